@@ -1,0 +1,205 @@
+#pragma once
+// ServerSession over the administration protocol's gRPC service.
+
+#include <QHash>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <grpcpp/grpcpp.h>
+
+#include "admin.grpc.pb.h"
+#include "session/ServerSession.h"
+
+namespace winadmin {
+
+class GrpcServerSession final : public ServerSession {
+public:
+    static constexpr int DefaultPort = 47110;
+    static constexpr int TimeoutBeforeLogin = 30;
+
+    // Login opens a channel to the host set with SetHostName.
+    GrpcServerSession();
+    // Uses the given channel whatever host name is set (an in-process channel
+    // of an embedded server, for example).
+    explicit GrpcServerSession(std::shared_ptr<grpc::Channel> channel);
+    ~GrpcServerSession() override;
+
+    // "host", "host:port", "[v6]", "[v6]:port" or a bare IPv6 literal to a gRPC
+    // target with the default port filled in; "" when the text names no host.
+    static std::string ChannelTarget(const QString& host);
+
+    // Calls issued on the wire so far, logins included. Lets tests and
+    // benchmarks prove that a collection costs one call and a label none.
+    uint64_t RpcCount() const { return rpcCount_; }
+
+    void SetHostName(const QString& host) override;
+    QString GetHostName() const override;
+    void SetPassword(const QString& password) override;
+    void Login() override;
+    bool IsLoggedIn() const override { return loggedIn_; }
+    QString GetBrand() const override;
+    QString GetLabel(const QString& key) const override;
+    void ReloadLabels() override;
+    int GetTimeout() const override { return timeoutSeconds_; }
+    void SetTimeout(int seconds) override;
+    int ServerLevel() const override { return info_.server_level(); }
+    int SecondVersion() const override { return info_.second_version(); }
+    void SetAdminPassword(const QString& password) override;
+
+    std::vector<ServerRecord> Servers() override;
+    ServerRecord GetServer(const QString& name) override;
+    int64_t CommitServer(const ServerRecord& server) override;
+    void DeleteServer(const QString& name, int64_t expectedVersion = 0) override;
+    void StartServer(const QString& name) override;
+    void StopServer(const QString& name) override;
+
+    std::vector<UserRecord> Users(const QString& host) override;
+    UserRecord GetUser(const QString& host, const QString& name) override;
+    int64_t CommitUser(const UserRecord& user) override;
+    void DeleteUser(const QString& host, const QString& name,
+                    int64_t expectedVersion = 0) override;
+    void SetUserPassword(const QString& host, const QString& name,
+                         const QString& password) override;
+    QStringList Scanners(const QString& host) override;
+
+    std::vector<GroupRecord> Groups() override;
+    GroupRecord GetGroup(const QString& name) override;
+    int64_t CommitGroup(const GroupRecord& group) override;
+    void DeleteGroup(const QString& name, int64_t expectedVersion = 0) override;
+
+    std::vector<PrinterRecord> Printers(const QString& host) override;
+    PrinterRecord GetPrinter(const QString& host, const QString& name) override;
+    int64_t CommitPrinter(const PrinterRecord& printer) override;
+    void DeletePrinter(const QString& host, const QString& name,
+                       int64_t expectedVersion = 0) override;
+
+    std::vector<DeviceTypeRecord> DeviceTypes() override;
+    std::vector<DeviceRecord> Devices(const QString& host) override;
+    DeviceRecord GetDevice(const QString& host, const QString& name) override;
+    int64_t CommitDevice(const DeviceRecord& device) override;
+    void DeleteDevice(const QString& host, const QString& name,
+                      int64_t expectedVersion = 0) override;
+    int64_t SaveDeviceLine(const QString& host, const QString& device,
+                           const DeviceLineRecord& line) override;
+    void DeleteDeviceLine(const QString& host, const QString& device, int number) override;
+    void DeleteSecondaryLines(const QString& host, const QString& device) override;
+    void StartDevice(const QString& host, const QString& name) override;
+    void StopDevice(const QString& host, const QString& name) override;
+    void TerminateDevice(const QString& host, const QString& name) override;
+
+    std::vector<ProcessRecord> Processes(const QString& host) override;
+    void StartProcess(const QString& host, int slot) override;
+    void StopProcess(const QString& host, int slot) override;
+    std::vector<EventRecord> Events(const QString& host, int minSeverity, int maxCount) override;
+
+    std::vector<RouteRecord> Routes() override;
+    RouteRecord GetRoute(const QString& name) override;
+    int64_t CommitRoute(const RouteRecord& route) override;
+    void DeleteRoute(const QString& name, int64_t expectedVersion = 0) override;
+
+    std::vector<NumberMappingRecord> NumberMappings() override;
+    NumberMappingRecord GetNumberMapping(const QString& match) override;
+    int64_t CommitNumberMapping(const NumberMappingRecord& mapping) override;
+    void DeleteNumberMapping(const QString& match, int64_t expectedVersion = 0) override;
+
+    std::vector<GatewayRecord> Gateways() override;
+    std::vector<GatewayUserRecord> GatewayUsers(const QString& gateway) override;
+    GatewayUserRecord GetGatewayUser(const QString& gateway, const QString& address) override;
+    int64_t CommitGatewayUser(const GatewayUserRecord& user) override;
+    void DeleteGatewayUser(const QString& gateway, const QString& address,
+                           int64_t expectedVersion = 0) override;
+
+    AdminSettingsRecord GetAdminSettings() override;
+    int64_t CommitAdminSettings(const AdminSettingsRecord& settings) override;
+
+    ZoneListRecord Zones() override;
+    ZoneRecord GetZone(const QString& name) override;
+    int64_t CommitZone(const ZoneRecord& zone) override;
+    void DeleteZone(const QString& name, int64_t expectedVersion = 0) override;
+    std::vector<RateRecord> Rates(const QString& zone) override;
+    RateRecord GetRate(const QString& zone, int index) override;
+    IndexedCommit CommitRate(const RateRecord& rate) override;
+    void DeleteRate(const QString& zone, int index, int64_t expectedVersion = 0) override;
+    std::vector<DestinationRecord> Destinations(const QString& zone) override;
+    DestinationRecord GetDestination(const QString& zone, int index) override;
+    IndexedCommit CommitDestination(const DestinationRecord& destination) override;
+    void DeleteDestination(const QString& zone, int index, int64_t expectedVersion = 0) override;
+    void ReloadLcr() override;
+
+private:
+    using Stub = veldrano::admin::v1::Administration::Stub;
+    using CallBody = std::function<grpc::Status(grpc::ClientContext&)>;
+
+    void EnsureChannel();
+    void PrepareContext(grpc::ClientContext& context, bool withToken) const;
+    veldrano::admin::v1::LoginReply CallLogin(bool atLogin);
+    void LoadLabels(const std::string& knownStamp);
+    // Runs one call with deadline and token; logs in again once when the
+    // server no longer knows the token.
+    void Run(const CallBody& body);
+    SessionError MapStatus(const grpc::Status& status, bool atLogin) const;
+
+    template <class Reply, class Body>
+    Reply Unary(Body&& body);
+    template <class Item, class Open, class Page>
+    std::vector<Item> Collect(Open&& open,
+                              google::protobuf::RepeatedPtrField<Item>* (Page::*items)());
+
+    std::shared_ptr<grpc::Channel> fixedChannel_;
+    std::shared_ptr<grpc::Channel> channel_;
+    std::string channelTarget_;
+    std::unique_ptr<Stub> stub_;
+
+    QString hostText_;
+    QString reportedHost_;
+    QString password_;
+    std::string token_;
+    bool loggedIn_ = false;
+    int timeoutSeconds_ = TimeoutBeforeLogin;
+    bool timeoutChosen_ = false;
+
+    veldrano::admin::v1::SessionInfo info_;
+    std::string labelStamp_;
+    QHash<QString, QString> labels_;
+    std::vector<DeviceTypeRecord> deviceTypes_;
+    uint64_t rpcCount_ = 0;
+};
+
+// Every record call goes through Run, so deadline, token, re-login and error
+// mapping are the same for all of them.
+template <class Reply, class Body>
+Reply GrpcServerSession::Unary(Body&& body)
+{
+    Reply reply;
+    Run([&](grpc::ClientContext& context) {
+        reply.Clear();
+        return body(context, &reply);
+    });
+    return reply;
+}
+
+// Reads a collection's page stream to its end within one call. Items are
+// moved out of each page, so the pages cost no copies.
+template <class Item, class Open, class Page>
+std::vector<Item> GrpcServerSession::Collect(
+    Open&& open, google::protobuf::RepeatedPtrField<Item>* (Page::*items)())
+{
+    std::vector<Item> result;
+    Run([&](grpc::ClientContext& context) {
+        result.clear();
+        auto reader = open(context);
+        Page page;
+        while (reader->Read(&page)) {
+            for (Item& item : *(page.*items)()) {
+                result.emplace_back();
+                result.back().Swap(&item);
+            }
+        }
+        return reader->Finish();
+    });
+    return result;
+}
+
+}  // namespace winadmin

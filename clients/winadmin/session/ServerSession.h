@@ -1,0 +1,165 @@
+#pragma once
+// The console's one connection to the administered installation. The login
+// dialog creates it; every window reaches the server through it until the
+// program ends. Records travel whole and collections arrive in one call; every
+// failure is thrown as SessionError.
+
+#include <QString>
+#include <QStringList>
+#include <cstdint>
+#include <vector>
+
+#include "session/Records.h"
+#include "session/SessionError.h"
+
+namespace winadmin {
+
+class ServerSession {
+public:
+    virtual ~ServerSession() = default;
+
+    // --- Session -------------------------------------------------------------
+
+    // The host as typed before Login; after Login, the name under which the
+    // server knows itself.
+    virtual void SetHostName(const QString& host) = 0;
+    virtual QString GetHostName() const = 0;
+    virtual void SetPassword(const QString& password) = 0;
+    // Opens the session: refused password 0x80070005, host 0x81002AF9. A
+    // failed login leaves the object ready for the next attempt.
+    virtual void Login() = 0;
+    virtual bool IsLoggedIn() const = 0;
+
+    // Lower-case brand word as the server reports it ("kelvar", "quorel").
+    virtual QString GetBrand() const = 0;
+    // The label text for key in the server's language; the key itself for a
+    // key the server does not know. Never calls the server.
+    virtual QString GetLabel(const QString& key) const = 0;
+    virtual void ReloadLabels() = 0;
+
+    // Seconds each call may take. 30 before login; after login the server's
+    // default unless the administrator chose a value.
+    virtual int GetTimeout() const = 0;
+    virtual void SetTimeout(int seconds) = 0;
+
+    virtual int ServerLevel() const = 0;
+    virtual int SecondVersion() const = 0;
+    virtual void SetAdminPassword(const QString& password) = 0;
+
+    // --- Servers ---------------------------------------------------------------
+
+    virtual std::vector<ServerRecord> Servers() = 0;
+    // A name that names no server answers a record marked is_new with defaults.
+    virtual ServerRecord GetServer(const QString& name) = 0;
+    // Answers the new version; a stale version is refused with 0x81000003.
+    virtual int64_t CommitServer(const ServerRecord& server) = 0;
+    // expectedVersion 0 deletes whatever version is stored.
+    virtual void DeleteServer(const QString& name, int64_t expectedVersion = 0) = 0;
+    virtual void StartServer(const QString& name) = 0;
+    virtual void StopServer(const QString& name) = 0;
+
+    // --- Users of a server -------------------------------------------------------
+
+    virtual std::vector<UserRecord> Users(const QString& host) = 0;
+    virtual UserRecord GetUser(const QString& host, const QString& name) = 0;
+    virtual int64_t CommitUser(const UserRecord& user) = 0;
+    virtual void DeleteUser(const QString& host, const QString& name,
+                            int64_t expectedVersion = 0) = 0;
+    virtual void SetUserPassword(const QString& host, const QString& name,
+                                 const QString& password) = 0;
+    virtual QStringList Scanners(const QString& host) = 0;
+
+    // --- Groups --------------------------------------------------------------------
+
+    virtual std::vector<GroupRecord> Groups() = 0;
+    virtual GroupRecord GetGroup(const QString& name) = 0;
+    virtual int64_t CommitGroup(const GroupRecord& group) = 0;
+    virtual void DeleteGroup(const QString& name, int64_t expectedVersion = 0) = 0;
+
+    // --- Printers of a server ------------------------------------------------------
+
+    virtual std::vector<PrinterRecord> Printers(const QString& host) = 0;
+    virtual PrinterRecord GetPrinter(const QString& host, const QString& name) = 0;
+    virtual int64_t CommitPrinter(const PrinterRecord& printer) = 0;
+    virtual void DeletePrinter(const QString& host, const QString& name,
+                               int64_t expectedVersion = 0) = 0;
+
+    // --- Devices of a server and their lines ---------------------------------------
+
+    virtual std::vector<DeviceTypeRecord> DeviceTypes() = 0;
+    virtual std::vector<DeviceRecord> Devices(const QString& host) = 0;
+    virtual DeviceRecord GetDevice(const QString& host, const QString& name) = 0;
+    // Commits the device with its primary line; secondary lines are saved one
+    // by one through SaveDeviceLine.
+    virtual int64_t CommitDevice(const DeviceRecord& device) = 0;
+    virtual void DeleteDevice(const QString& host, const QString& name,
+                              int64_t expectedVersion = 0) = 0;
+    virtual int64_t SaveDeviceLine(const QString& host, const QString& device,
+                                   const DeviceLineRecord& line) = 0;
+    virtual void DeleteDeviceLine(const QString& host, const QString& device, int number) = 0;
+    virtual void DeleteSecondaryLines(const QString& host, const QString& device) = 0;
+    virtual void StartDevice(const QString& host, const QString& name) = 0;
+    virtual void StopDevice(const QString& host, const QString& name) = 0;
+    virtual void TerminateDevice(const QString& host, const QString& name) = 0;
+
+    // --- Runtime of a server -------------------------------------------------------
+
+    virtual std::vector<ProcessRecord> Processes(const QString& host) = 0;
+    virtual void StartProcess(const QString& host, int slot) = 0;
+    virtual void StopProcess(const QString& host, int slot) = 0;
+    // Newest first; the server leaves out events below minSeverity and stops
+    // after maxCount events (0: the server's cap).
+    virtual std::vector<EventRecord> Events(const QString& host, int minSeverity,
+                                            int maxCount) = 0;
+
+    // --- Inbound routes and number mappings ------------------------------------------
+
+    virtual std::vector<RouteRecord> Routes() = 0;
+    virtual RouteRecord GetRoute(const QString& name) = 0;
+    virtual int64_t CommitRoute(const RouteRecord& route) = 0;
+    virtual void DeleteRoute(const QString& name, int64_t expectedVersion = 0) = 0;
+
+    virtual std::vector<NumberMappingRecord> NumberMappings() = 0;
+    virtual NumberMappingRecord GetNumberMapping(const QString& match) = 0;
+    virtual int64_t CommitNumberMapping(const NumberMappingRecord& mapping) = 0;
+    virtual void DeleteNumberMapping(const QString& match, int64_t expectedVersion = 0) = 0;
+
+    // --- Mail gateways -----------------------------------------------------------------
+
+    virtual std::vector<GatewayRecord> Gateways() = 0;
+    virtual std::vector<GatewayUserRecord> GatewayUsers(const QString& gateway) = 0;
+    virtual GatewayUserRecord GetGatewayUser(const QString& gateway, const QString& address) = 0;
+    virtual int64_t CommitGatewayUser(const GatewayUserRecord& user) = 0;
+    virtual void DeleteGatewayUser(const QString& gateway, const QString& address,
+                                   int64_t expectedVersion = 0) = 0;
+
+    // --- Administrator settings ----------------------------------------------------------
+
+    virtual AdminSettingsRecord GetAdminSettings() = 0;
+    virtual int64_t CommitAdminSettings(const AdminSettingsRecord& settings) = 0;
+
+    // --- Least-cost routing ----------------------------------------------------------------
+
+    // The zones in list order.
+    virtual ZoneListRecord Zones() = 0;
+    virtual ZoneRecord GetZone(const QString& name) = 0;
+    virtual int64_t CommitZone(const ZoneRecord& zone) = 0;
+    virtual void DeleteZone(const QString& name, int64_t expectedVersion = 0) = 0;
+
+    // Rates and destinations are addressed by their 1-based index in the zone.
+    virtual std::vector<RateRecord> Rates(const QString& zone) = 0;
+    virtual RateRecord GetRate(const QString& zone, int index) = 0;
+    virtual IndexedCommit CommitRate(const RateRecord& rate) = 0;
+    virtual void DeleteRate(const QString& zone, int index, int64_t expectedVersion = 0) = 0;
+
+    virtual std::vector<DestinationRecord> Destinations(const QString& zone) = 0;
+    virtual DestinationRecord GetDestination(const QString& zone, int index) = 0;
+    virtual IndexedCommit CommitDestination(const DestinationRecord& destination) = 0;
+    virtual void DeleteDestination(const QString& zone, int index,
+                                   int64_t expectedVersion = 0) = 0;
+
+    // Makes the routing engine read its tables again.
+    virtual void ReloadLcr() = 0;
+};
+
+}  // namespace winadmin

@@ -1,0 +1,55 @@
+#pragma once
+// The prompter of the test suites: answers prompts from a script, records
+// everything it was asked, and fails the running test on a prompt that the
+// script did not foresee.
+
+#include <QList>
+#include <QQueue>
+#include <QStringList>
+
+#include "common/Prompter.h"
+
+namespace winadmin {
+
+class ScriptedPrompter final : public Prompter {
+public:
+    struct Record {
+        Prompt prompt;
+        // Whether an override cursor (the hourglass) was up while the box showed.
+        bool busyPointer = false;
+    };
+
+    // Installs itself as the process's prompter; the destructor puts back the
+    // prompter that was current before.
+    ScriptedPrompter();
+    ~ScriptedPrompter() override;
+    ScriptedPrompter(const ScriptedPrompter&) = delete;
+    ScriptedPrompter& operator=(const ScriptedPrompter&) = delete;
+
+    // Answers for the coming prompts, in order.
+    void Answer(int answer) { answers_.enqueue(answer); }
+    void Answer(std::initializer_list<int> answers);
+    // File names for the coming save dialogs; "" answers a cancelled dialog.
+    void AnswerFileName(const QString& fileName) { fileNames_.enqueue(fileName); }
+
+    const QList<Record>& Prompts() const { return prompts_; }
+    const Prompt& LastPrompt() const;
+    int BeepCount() const { return beeps_; }
+    const QStringList& FileDialogTitles() const { return fileDialogTitles_; }
+    // Scripted answers that no prompt has used yet.
+    int UnusedAnswers() const { return int(answers_.size() + fileNames_.size()); }
+
+    int Show(const Prompt& prompt) override;
+    void Beep() override { ++beeps_; }
+    QString AskSaveFileName(const QString& title, const QString& filter) override;
+
+private:
+    Prompter* previous_;
+    QQueue<int> answers_;
+    QQueue<QString> fileNames_;
+    QList<Record> prompts_;
+    QStringList fileDialogTitles_;
+    int beeps_ = 0;
+};
+
+}  // namespace winadmin

@@ -1,0 +1,105 @@
+#include "support/TestServer.h"
+
+#include <stdexcept>
+
+#include "service/ServerHost.h"
+#include "store/Store.h"
+
+namespace winadmin {
+
+const QString TestServer::Password = QStringLiteral("Quill-7-Harbour");
+
+TestServer::TestServer() : TestServer(Options{}) {}
+
+TestServer::TestServer(Options options) : options_(std::move(options))
+{
+    if (!dir_.isValid())
+        throw std::runtime_error("cannot create a temporary directory for the store");
+    Start(options_.tcp ? "127.0.0.1:0" : "", Password);
+    port_ = host_->Port();
+}
+
+TestServer::~TestServer() = default;
+
+void TestServer::Start(const std::string& listen, const QString& password)
+{
+    veldrano::server::ServerOptions options;
+    options.dataPath = dir_.filePath(QStringLiteral("store.db")).toStdString();
+    options.listen = listen;
+    options.brand = options_.brand;
+    options.language = options_.language;
+    options.password = password.toStdString();
+    // Tests need a server that changes only when they change it.
+    options.simulate = false;
+    host_ = std::make_unique<veldrano::server::ServerHost>(options);
+}
+
+veldrano::server::Store& TestServer::GetStore()
+{
+    return host_->GetStore();
+}
+
+std::shared_ptr<grpc::Channel> TestServer::Channel()
+{
+    return host_->InProcessChannel();
+}
+
+QString TestServer::TcpHost() const
+{
+    return port_ ? QStringLiteral("127.0.0.1:%1").arg(port_) : QString();
+}
+
+std::unique_ptr<GrpcServerSession> TestServer::Login()
+{
+    auto session = std::make_unique<GrpcServerSession>(Channel());
+    session->SetPassword(Password);
+    session->Login();
+    return session;
+}
+
+std::unique_ptr<GrpcServerSession> TestServer::LoginTcp()
+{
+    auto session = std::make_unique<GrpcServerSession>();
+    session->SetHostName(TcpHost());
+    session->SetPassword(Password);
+    session->Login();
+    return session;
+}
+
+void TestServer::Shutdown()
+{
+    if (host_)
+        host_->Shutdown();
+}
+
+void TestServer::Restart(const QString& password)
+{
+    host_.reset();
+    Start(port_ ? "127.0.0.1:" + std::to_string(port_) : "", password);
+}
+
+void TestServer::AddUserServer(const QString& name)
+{
+    veldrano::admin::v1::Server server = GetStore().GetServer(name.toStdString());
+    server.set_comment("test server");
+    server.set_user_server(true);
+    server.set_printer_server(true);
+    server.set_device_server(true);
+    GetStore().CommitServer(server);
+}
+
+void TestServer::AddUsers(const QString& host, int count, const QString& prefix)
+{
+    veldrano::server::Store& store = GetStore();
+    const std::string hostName = host.toStdString();
+    store.Bulk([&] {
+        for (int i = 0; i < count; ++i) {
+            veldrano::admin::v1::User user =
+                store.GetUser(hostName, (prefix + QString::number(i)).toStdString());
+            user.set_comment("user " + std::to_string(i));
+            store.CommitUser(user);
+        }
+    });
+}
+
+}  // namespace winadmin

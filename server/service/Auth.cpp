@@ -1,0 +1,105 @@
+#include "service/Auth.h"
+
+#include <sodium.h>
+
+#include <stdexcept>
+
+#include "store/Store.h"
+
+namespace veldrano::server {
+
+namespace {
+
+constexpr const char* kPasswordKey = "admin_password_hash";
+// At least the recommended 19 MiB and two passes of argon2id.
+constexpr size_t kMemLimit = 19u * 1024u * 1024u;
+constexpr unsigned long long kOpsLimit = 2;
+
+void InitSodium() {
+    static const bool ok = sodium_init() >= 0;
+    if (!ok) throw std::runtime_error("libsodium cannot be initialised");
+}
+
+std::string ToHex(const unsigned char* data, size_t size) {
+    std::string hex(size * 2 + 1, '\0');
+    sodium_bin2hex(hex.data(), hex.size(), data, size);
+    hex.pop_back();
+    return hex;
+}
+
+}  // namespace
+
+std::string HashPassword(const std::string& password) {
+    InitSodium();
+    char out[crypto_pwhash_STRBYTES];
+    if (crypto_pwhash_str_alg(out, password.data(), password.size(), kOpsLimit, kMemLimit,
+                              crypto_pwhash_ALG_ARGON2ID13) != 0)
+        throw ServiceError(pb::ERROR_SERVER_BUSY, "not enough memory to hash the password");
+    return out;
+}
+
+bool VerifyPassword(const std::string& hash, const std::string& password) {
+    InitSodium();
+    return !hash.empty() &&
+           crypto_pwhash_str_verify(hash.c_str(), password.data(), password.size()) == 0;
+}
+
+std::string RandomPassword() {
+    InitSodium();
+    unsigned char bytes[9];
+    randombytes_buf(bytes, sizeof bytes);
+    return ToHex(bytes, sizeof bytes);
+}
+
+Auth::Auth(Store& store, int failuresBeforeThrottle)
+    : store_(store), failuresBeforeThrottle_(failuresBeforeThrottle) {}
+
+bool Auth::HasPassword() { return !store_.GetMeta(kPasswordKey).empty(); }
+
+void Auth::SetPassword(const std::string& password) {
+    if (password.empty())
+        throw ServiceError(pb::ERROR_REQUIRED, "the administrator password must not be empty");
+    store_.SetMeta(kPasswordKey, HashPassword(password));
+}
+
+std::string Auth::Login(const std::string& client, const std::string& password) {
+    {
+        std::lock_guard lock(mutex_);
+        auto it = failures_.find(client);
+        if (it != failures_.end() && Clock::now() < it->second.blockedUntil)
+            throw ServiceError(pb::ERROR_THROTTLED, "too many failed logins");
+    }
+    // Hashing takes a while and much memory: do it outside the lock.
+    bool ok = VerifyPassword(store_.GetMeta(kPasswordKey), password);
+    std::lock_guard lock(mutex_);
+    if (!ok) {
+        auto& f = failures_[client];
+        ++f.count;
+        if (f.count >= failuresBeforeThrottle_) {
+            int extra = std::min(f.count - failuresBeforeThrottle_, 6);
+            f.blockedUntil = Clock::now() + std::chrono::seconds(1 << extra);
+        }
+        throw ServiceError(pb::ERROR_ACCESS_DENIED, "the password was refused");
+    }
+    failures_.erase(client);
+    unsigned char bytes[32];
+    randombytes_buf(bytes, sizeof bytes);
+    std::string token = ToHex(bytes, sizeof bytes);
+    tokens_[token] = Clock::now();
+    return token;
+}
+
+void Auth::Check(const std::string& token) {
+    std::lock_guard lock(mutex_);
+    auto it = tokens_.find(token);
+    if (it == tokens_.end())
+        throw ServiceError(pb::ERROR_ACCESS_DENIED, "the session token is missing or unknown");
+    auto now = Clock::now();
+    if (now - it->second > idleLimit_) {
+        tokens_.erase(it);
+        throw ServiceError(pb::ERROR_ACCESS_DENIED, "the session has expired");
+    }
+    it->second = now;
+}
+
+}  // namespace veldrano::server

@@ -1,0 +1,153 @@
+// The collection calls: each streams the whole collection in pages that stay
+// below kPageBytes, so that a client makes one call per collection whatever
+// its size and no message nears gRPC's limit.
+
+#include "service/AdminService.h"
+#include "store/Store.h"
+
+namespace veldrano::server {
+
+namespace {
+
+// Collects records into pages of Page (whose repeated field add() gives) and
+// writes a page whenever it reaches the byte budget.
+template <class Page, class Record>
+class PageWriter {
+public:
+    using Adder = Record* (Page::*)();
+
+    PageWriter(grpc::ServerWriter<Page>* writer, Adder add) : writer_(writer), add_(add) {}
+
+    void Add(const Record& record) {
+        size_t size = record.ByteSizeLong() + 8;
+        if (bytes_ + size > AdminService::kPageBytes && bytes_ > 0) Flush();
+        *(page_.*add_)() = record;
+        bytes_ += size;
+    }
+    void Add(Record&& record) {
+        size_t size = record.ByteSizeLong() + 8;
+        if (bytes_ + size > AdminService::kPageBytes && bytes_ > 0) Flush();
+        *(page_.*add_)() = std::move(record);
+        bytes_ += size;
+    }
+    // Always writes at least one page, so an empty collection is one empty page.
+    void Finish() {
+        if (bytes_ > 0 || !written_) Flush();
+    }
+
+private:
+    void Flush() {
+        if (!writer_->Write(page_))
+            throw ServiceError(pb::ERROR_SERVER_BUSY, "the client stopped reading");
+        written_ = true;
+        page_.Clear();
+        bytes_ = 0;
+    }
+
+    grpc::ServerWriter<Page>* writer_;
+    Adder add_;
+    Page page_;
+    size_t bytes_ = 0;
+    bool written_ = false;
+};
+
+template <class Page, class Record, class Collection>
+void WriteAll(grpc::ServerWriter<Page>* writer, Record* (Page::*add)(), Collection&& records) {
+    PageWriter<Page, Record> pages(writer, add);
+    for (auto& record : records) pages.Add(std::move(record));
+    pages.Finish();
+}
+
+}  // namespace
+
+grpc::Status AdminService::ListServers(grpc::ServerContext* c, const pb::ListRequest*,
+                                       grpc::ServerWriter<pb::ServerPage>* w) {
+    return Guard(c, [&] { WriteAll(w, &pb::ServerPage::add_servers, store_.ListServers()); });
+}
+
+grpc::Status AdminService::ListUsers(grpc::ServerContext* c, const pb::ListRequest* req,
+                                     grpc::ServerWriter<pb::UserPage>* w) {
+    return Guard(c, [&] {
+        // Users can number hundreds of thousands: stream them straight from
+        // the store instead of building the whole list first.
+        PageWriter<pb::UserPage, pb::User> pages(w, &pb::UserPage::add_users);
+        store_.ForEachUser(req->host_name(), [&](pb::User& u) { pages.Add(std::move(u)); });
+        pages.Finish();
+    });
+}
+
+grpc::Status AdminService::ListGroups(grpc::ServerContext* c, const pb::ListRequest*,
+                                      grpc::ServerWriter<pb::GroupPage>* w) {
+    return Guard(c, [&] { WriteAll(w, &pb::GroupPage::add_groups, store_.ListGroups()); });
+}
+
+grpc::Status AdminService::ListPrinters(grpc::ServerContext* c, const pb::ListRequest* req,
+                                        grpc::ServerWriter<pb::PrinterPage>* w) {
+    return Guard(c, [&] {
+        WriteAll(w, &pb::PrinterPage::add_printers, store_.ListPrinters(req->host_name()));
+    });
+}
+
+grpc::Status AdminService::ListDevices(grpc::ServerContext* c, const pb::ListRequest* req,
+                                       grpc::ServerWriter<pb::DevicePage>* w) {
+    return Guard(c, [&] {
+        WriteAll(w, &pb::DevicePage::add_devices, store_.ListDevices(req->host_name()));
+    });
+}
+
+grpc::Status AdminService::ListProcesses(grpc::ServerContext* c, const pb::ListRequest* req,
+                                         grpc::ServerWriter<pb::ProcessPage>* w) {
+    return Guard(c, [&] {
+        WriteAll(w, &pb::ProcessPage::add_processes, store_.ListProcesses(req->host_name()));
+    });
+}
+
+grpc::Status AdminService::ListEvents(grpc::ServerContext* c, const pb::EventRequest* req,
+                                      grpc::ServerWriter<pb::EventPage>* w) {
+    return Guard(c, [&] {
+        if (req->max_count() < 0)
+            throw ServiceError(pb::ERROR_OUT_OF_RANGE, "the event count must not be negative");
+        PageWriter<pb::EventPage, pb::Event> pages(w, &pb::EventPage::add_events);
+        store_.ForEachEvent(*req, [&](const pb::Event& e) { pages.Add(e); });
+        pages.Finish();
+    });
+}
+
+grpc::Status AdminService::ListRoutes(grpc::ServerContext* c, const pb::ListRequest*,
+                                      grpc::ServerWriter<pb::RoutePage>* w) {
+    return Guard(c, [&] { WriteAll(w, &pb::RoutePage::add_routes, store_.ListRoutes()); });
+}
+
+grpc::Status AdminService::ListNumberMappings(grpc::ServerContext* c, const pb::ListRequest*,
+                                              grpc::ServerWriter<pb::NumberMappingPage>* w) {
+    return Guard(c, [&] {
+        WriteAll(w, &pb::NumberMappingPage::add_mappings, store_.ListNumberMappings());
+    });
+}
+
+grpc::Status AdminService::ListGateways(grpc::ServerContext* c, const pb::ListRequest*,
+                                        grpc::ServerWriter<pb::GatewayPage>* w) {
+    return Guard(c, [&] { WriteAll(w, &pb::GatewayPage::add_gateways, store_.ListGateways()); });
+}
+
+grpc::Status AdminService::ListGatewayUsers(grpc::ServerContext* c, const pb::ListRequest* req,
+                                            grpc::ServerWriter<pb::GatewayUserPage>* w) {
+    return Guard(c, [&] {
+        WriteAll(w, &pb::GatewayUserPage::add_users, store_.ListGatewayUsers(req->parent()));
+    });
+}
+
+grpc::Status AdminService::ListRates(grpc::ServerContext* c, const pb::ListRequest* req,
+                                     grpc::ServerWriter<pb::RatePage>* w) {
+    return Guard(c, [&] { WriteAll(w, &pb::RatePage::add_rates, store_.ListRates(req->parent())); });
+}
+
+grpc::Status AdminService::ListDestinations(grpc::ServerContext* c, const pb::ListRequest* req,
+                                            grpc::ServerWriter<pb::DestinationPage>* w) {
+    return Guard(c, [&] {
+        WriteAll(w, &pb::DestinationPage::add_destinations,
+                 store_.ListDestinations(req->parent()));
+    });
+}
+
+}  // namespace veldrano::server

@@ -1,0 +1,124 @@
+// The benchmark generator: its size list and a small installation counted
+// back through the store.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <set>
+#include <stdexcept>
+
+#include "demo/Generator.h"
+#include "tests/DemoTestSupport.h"
+
+namespace veldrano::server {
+namespace {
+
+using testing::Events;
+using testing::TempStore;
+
+TEST(GenerateSizesTest, ParsesEveryNameWithSpacesAndInAnyOrder) {
+    GenerateSizes s = ParseGenerateSizes(
+        "users=100000, events=1000000,servers=200 ,printers=100,devices=100,zones=1000");
+    EXPECT_EQ(s.servers, 200);
+    EXPECT_EQ(s.usersPerServer, 100000);
+    EXPECT_EQ(s.printersPerServer, 100);
+    EXPECT_EQ(s.devicesPerServer, 100);
+    EXPECT_EQ(s.zones, 1000);
+    EXPECT_EQ(s.events, 1000000);
+    EXPECT_TRUE(s.eventHost.empty());
+
+    s = ParseGenerateSizes("events=3000000000,eventhost=fxmaster");
+    EXPECT_EQ(s.events, 3000000000L);
+    EXPECT_EQ(s.eventHost, "fxmaster");
+    EXPECT_EQ(s.servers, 0);
+
+    s = ParseGenerateSizes("");
+    EXPECT_EQ(s.servers + s.usersPerServer + s.printersPerServer + s.devicesPerServer + s.zones, 0);
+}
+
+TEST(GenerateSizesTest, RefusesUnknownNamesAndBadNumbersNamingTheCulprit) {
+    const std::pair<const char*, const char*> bad[] = {
+        {"usres=5", "usres"},          {"users=12x", "12x"},
+        {"users=", "users"},           {"printers=-1", "-1"},
+        {"servers", "servers"},        {"zones=1.5", "1.5"},
+        {"devices=99999999999999999999", "devices"},
+        {"servers=2,events=many", "many"},
+    };
+    for (const auto& [text, culprit] : bad) {
+        try {
+            ParseGenerateSizes(text);
+            ADD_FAILURE() << text << " was accepted";
+        } catch (const std::invalid_argument& e) {
+            EXPECT_NE(std::string(e.what()).find(culprit), std::string::npos)
+                << text << ": " << e.what();
+        }
+    }
+    EXPECT_NE(std::string(GenerateHelp()).find("eventhost"), std::string::npos);
+}
+
+TEST(GenerateTest, SmallInstallationHasExactlyTheAskedCounts) {
+    TempStore store;
+    Generate(*store, ParseGenerateSizes("servers=3,users=50,printers=5,devices=5,zones=4,events=500"));
+
+    std::vector<pb::Server> servers = store->ListServers();
+    ASSERT_EQ(servers.size(), 3u);
+    const std::string first = servers.front().name();
+    std::set<std::string> netTypes;
+    for (const pb::Server& s : servers) {
+        SCOPED_TRACE(s.name());
+        netTypes.insert(s.net_type());
+        EXPECT_EQ(store->ListUsers(s.name()).size(), s.name() == first ? 50u : 0u);
+        EXPECT_EQ(store->ListPrinters(s.name()).size(), 5u);
+        EXPECT_EQ(store->ListDevices(s.name()).size(), 5u);
+        EXPECT_EQ(store->EventCount(s.name()), s.name() == first ? 500 : 0);
+        EXPECT_EQ(store->ListProcesses(s.name()).size(), 8u);
+        EXPECT_TRUE(s.online());
+    }
+    EXPECT_EQ(netTypes.size(), 2u);
+
+    pb::ZoneList zones = store->ListZones();
+    ASSERT_EQ(zones.zones_size(), 4);
+    for (const pb::Zone& z : zones.zones()) {
+        EXPECT_EQ(store->ListRates(z.name()).size(), 2u);
+        EXPECT_EQ(store->ListDestinations(z.name()).size(), 2u);
+    }
+
+    // The log is usable by the viewer: every severity, times in order.
+    std::set<int> severities;
+    int64_t newer = INT64_MAX;
+    for (const pb::Event& e : Events(*store, first)) {
+        severities.insert(e.severity());
+        EXPECT_LE(e.time(), newer);
+        newer = e.time();
+    }
+    EXPECT_EQ(severities.size(), 6u);
+}
+
+TEST(GenerateTest, EventsGoToTheNamedServerAndAnUnknownOneIsRefused) {
+    TempStore store;
+    GenerateSizes sizes = ParseGenerateSizes("servers=2,events=30");
+    sizes.eventHost = "srv00002.bench.example.net";
+    Generate(*store, sizes);
+    EXPECT_EQ(store->EventCount("srv00001.bench.example.net"), 0);
+    EXPECT_EQ(store->EventCount("srv00002.bench.example.net"), 30);
+
+    TempStore other;
+    sizes.eventHost = "nowhere.example.net";
+    try {
+        Generate(*other, sizes);
+        FAIL() << "events for an unknown server were accepted";
+    } catch (const ServiceError& e) {
+        EXPECT_EQ(e.code(), pb::ERROR_NOT_FOUND);
+    }
+}
+
+TEST(GenerateTest, AskingForUsersAloneStillCreatesTheirServer) {
+    TempStore store;
+    Generate(*store, ParseGenerateSizes("users=7"));
+    std::vector<pb::Server> servers = store->ListServers();
+    ASSERT_EQ(servers.size(), 1u);
+    EXPECT_EQ(store->ListUsers(servers[0].name()).size(), 7u);
+}
+
+}  // namespace
+}  // namespace veldrano::server
