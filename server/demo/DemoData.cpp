@@ -144,14 +144,25 @@ std::string DevicePrefix(const pb::DeviceType& t) {
 }
 
 const DemoServer& ServerFor(const pb::DeviceType& t, size_t i) {
-    // Scanners go to the head office so that its users can scan; the rest
-    // rotate over the device servers.
-    static const char* const rotation[] = {"fxline01", "remote-hq.example.net", "fxsales",
-                                           "fxmaster", "fxbackup"};
-    const char* host = t.is_scanner() ? "fxmaster" : rotation[i % 5];
+    // Scanners and voice ports go to the head office, where the users sit;
+    // telex to the line room, SMS to the field service. Everything else
+    // rotates over the line servers, the standby one included.
+    static const char* const rotation[] = {"fxline01", "remote-hq.example.net", "fxbackup",
+                                           "fxsales"};
+    const pb::DeviceFeatures& f = t.features();
+    const char* host = rotation[i % std::size(rotation)];
+    if (t.is_scanner() || f.voice() == 1) host = "fxmaster";
+    if (f.telex() == 1) host = "fxline01";
+    if (f.sms() == 1) host = "fxsales";
     for (const DemoServer& s : kServers)
         if (host == std::string(s.name)) return s;
     return kServers[0];
+}
+
+// "ISDN primary rate (30 channels)" becomes "ISDN primary rate 7".
+std::string DeviceComment(const pb::DeviceType& t, int serial) {
+    std::string base = t.name().substr(0, t.name().find(" ("));
+    return base.substr(0, 26) + " " + std::to_string(serial);
 }
 
 // The user server that a device delivers to: its own host when it has users.
@@ -175,7 +186,7 @@ void AddSecondaryLines(Store& store, const pb::Device& d, const pb::DeviceType& 
 
 void FillDevices(Store& store) {
     const std::vector<pb::DeviceType>& types = Store::DeviceTypes();
-    int serial = 0;
+    int serial = 0, running = 0;
     bool multiLineDone = false;
     for (size_t i = 0; i < types.size(); ++i) {
         const pb::DeviceType& t = types[i];
@@ -185,7 +196,7 @@ void FillDevices(Store& store) {
         for (int copy = 0; copy < (host.name == std::string("fxline01") ? 2 : 1); ++copy) {
             std::string name = DevicePrefix(t) + std::to_string(++serial);
             pb::Device d = MakeDevice(host.name, name, t, UserServerFor(host),
-                                      t.name().substr(0, 20) + " " + std::to_string(serial));
+                                      DeviceComment(t, serial));
             d.mutable_primary()->set_physical_device("/dev/ttyV" + std::to_string(serial));
             if (t.features().fax() == 1) {
                 d.mutable_primary()->set_tsi("+49 89 5550 " + std::to_string(100 + serial));
@@ -198,11 +209,12 @@ void FillDevices(Store& store) {
             store.CommitDevice(d);
             if (d.configured_lines() >= 2) AddSecondaryLines(store, d, t);
             if (host.online) {
-                // One line stopped and one terminated, so the console shows
-                // every device state right away.
+                // The second line that runs is shown stopped and the fourth
+                // terminated, so the console shows every device state.
+                ++running;
                 pb::DeviceRunState state = pb::DEVICE_RUNNING;
-                if (serial == 2) state = pb::DEVICE_STOPPED;
-                if (serial == 5) state = pb::DEVICE_TERMINATED;
+                if (running == 2) state = pb::DEVICE_STOPPED;
+                if (running == 4) state = pb::DEVICE_TERMINATED;
                 store.SetDeviceState(host.name, name, state);
             }
         }
@@ -210,7 +222,13 @@ void FillDevices(Store& store) {
 }
 
 void FillUsers(Store& store) {
-    std::vector<std::string> scanners = store.ListScanners("fxmaster");
+    // Only the scan stations, not every line that has the dialling group.
+    std::vector<std::string> scanners;
+    for (const std::string& name : store.ListScanners("fxmaster")) {
+        int type = store.GetDevice("fxmaster", name).type();
+        for (const pb::DeviceType& t : Store::DeviceTypes())
+            if (t.id() == type && t.is_scanner()) scanners.push_back(name);
+    }
     std::string previous[3];
     int i = 0;
     for (const DemoUser& du : kUsers) {
@@ -263,15 +281,13 @@ void FillUsers(Store& store) {
         store.CommitUser(u);
         ++i;
     }
-    // The scan line reserves pages for one user at the head office.
+    // The scan station reserves pages for the front desk.
     if (!scanners.empty()) {
         pb::Device scan = store.GetDevice("fxmaster", scanners.front());
-        if (!scan.is_new()) {
-            scan.mutable_primary()->mutable_scanner_user()->set_user_name("reception");
-            scan.mutable_primary()->mutable_scanner_user()->set_host_name("fxmaster");
-            scan.mutable_primary()->set_reservation_timeout(300);
-            store.CommitDevice(scan);
-        }
+        scan.mutable_primary()->mutable_scanner_user()->set_user_name("reception");
+        scan.mutable_primary()->mutable_scanner_user()->set_host_name("fxmaster");
+        scan.mutable_primary()->set_reservation_timeout(300);
+        store.CommitDevice(scan);
     }
 }
 

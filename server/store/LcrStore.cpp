@@ -153,7 +153,8 @@ pb::ZoneList Store::ListZones() {
 
 pb::Zone Store::GetZone(const std::string& name) {
     std::lock_guard lock(mutex_);
-    for (const auto& z : ListZones().zones())
+    auto list = ListZones();
+    for (const auto& z : list.zones())
         if (z.name() == name) return z;
     pb::Zone z;
     z.set_name(name);

@@ -159,7 +159,7 @@ std::vector<std::string> Store::ListScanners(const std::string& host) {
     int64_t server = RequireServer(*db_, host);
     std::set<int32_t> scannerTypes;
     for (const auto& type : DeviceTypes())
-        if (type.features().scanner() == 1) scannerTypes.insert(type.id());
+        if (type.is_scanner()) scannerTypes.insert(type.id());
     std::vector<std::string> result;
     auto st = db_->Prepare("SELECT name, body FROM devices WHERE server_id = ? ORDER BY name");
     st.Bind(1, server);

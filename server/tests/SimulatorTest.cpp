@@ -31,6 +31,7 @@ protected:
             store_->CommitServer(demo::MakeServer("gamma", "Standby", false, false, true, "rpc"));
             store_->SetServerOnline("alpha", true);
             store_->SetServerOnline("beta", true);
+            store_->SetServerOnline("gamma", false);
             const pb::DeviceType& type = Store::DeviceTypes().front();
             store_->CommitDevice(demo::MakeDevice("alpha", "fax1", type, "alpha", "Line one"));
             store_->CommitDevice(demo::MakeDevice("alpha", "fax2", type, "alpha", "Line two"));
