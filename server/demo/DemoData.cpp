@@ -166,7 +166,9 @@ std::string DeviceComment(const pb::DeviceType& t, int serial) {
 }
 
 // The user server that a device delivers to: its own host when it has users.
-std::string UserServerFor(const DemoServer& s) { return s.users ? s.name : "fxmaster"; }
+std::string UserServerFor(const DemoServer& s) {
+    return s.users ? s.name : "fxmaster";
+}
 
 void AddSecondaryLines(Store& store, const pb::Device& d, const pb::DeviceType& t) {
     pb::Device stored = store.GetDevice(d.host_name(), d.name());
@@ -176,9 +178,8 @@ void AddSecondaryLines(Store& store, const pb::Device& d, const pb::DeviceType& 
         if (present) continue;
         pb::DeviceLine line;
         line.set_number(n);
-        *line.mutable_settings() =
-            MakeLine(t, d.primary().user_server(), d.primary().comment() + ", line " +
-                                                       std::to_string(n));
+        *line.mutable_settings() = MakeLine(t, d.primary().user_server(),
+                                            d.primary().comment() + ", line " + std::to_string(n));
         line.mutable_settings()->set_physical_device("/dev/isdn" + std::to_string(n - 1));
         store.SaveDeviceLine(d.host_name(), d.name(), line);
     }
@@ -195,8 +196,8 @@ void FillDevices(Store& store) {
         // depth; its number keeps names unique when two types share a prefix.
         for (int copy = 0; copy < (host.name == std::string("fxline01") ? 2 : 1); ++copy) {
             std::string name = DevicePrefix(t) + std::to_string(++serial);
-            pb::Device d = MakeDevice(host.name, name, t, UserServerFor(host),
-                                      DeviceComment(t, serial));
+            pb::Device d =
+                MakeDevice(host.name, name, t, UserServerFor(host), DeviceComment(t, serial));
             d.mutable_primary()->set_physical_device("/dev/ttyV" + std::to_string(serial));
             if (t.features().fax() == 1) {
                 d.mutable_primary()->set_tsi("+49 89 5550 " + std::to_string(100 + serial));

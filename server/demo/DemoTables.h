@@ -134,8 +134,8 @@ inline const DemoGroup kGroups[] = {
     {"AllStaff", "Everybody, all sites", [](const DemoUser&) { return true; }},
     {"Finance", "Accounts, treasury, control",
      [](const DemoUser& u) {
-         return Has(u.comment, "Accounts") || Has(u.comment, "Treasury") ||
-                Has(u.comment, "CFO") || Has(u.comment, "Controlling") || Has(u.comment, "Tax");
+         return Has(u.comment, "Accounts") || Has(u.comment, "Treasury") || Has(u.comment, "CFO") ||
+                Has(u.comment, "Controlling") || Has(u.comment, "Tax");
      }},
     {"Management", "Directors of all sites",
      [](const DemoUser& u) {
@@ -147,8 +147,7 @@ inline const DemoGroup kGroups[] = {
      [](const DemoUser& u) { return Has(u.comment, "Legal"); }},
     {"FrontDesks", "Receptions, night fax watch",
      [](const DemoUser& u) { return Has(u.comment, "front desk") || Has(u.comment, "Front"); }},
-    {"ITSupport", "Help desk and group IT",
-     [](const DemoUser& u) { return Has(u.comment, "IT"); }},
+    {"ITSupport", "Help desk and group IT", [](const DemoUser& u) { return Has(u.comment, "IT"); }},
 };
 
 struct DemoRoute {
@@ -168,8 +167,8 @@ inline const DemoRoute kRoutes[] = {
      ""},
     {"legal-in", "Contracts and court mail", "440", "", "legal", "fxmaster", "Legal", "", ""},
     {"sales-in", "Sales enquiries", "200", "", "sales", "fxsales", "SalesTeam", "", ""},
-    {"orders", "Order forms, polled hourly", "250", "", "orders", "fxsales", "SalesTeam",
-     "fxsales", "ORDERFORM"},
+    {"orders", "Order forms, polled hourly", "250", "", "orders", "fxsales", "SalesTeam", "fxsales",
+     "ORDERFORM"},
     {"hq-rates", "Daily rates from HQ treasury", "", "+41 44 555", "treasury",
      "remote-hq.example.net", "Finance", "remote-hq.example.net", "DAILYRATES"},
     {"night", "Unmatched mail after hours", "999", "", "reception", "fxmaster", "FrontDesks", "",
@@ -182,8 +181,12 @@ struct DemoMapping {
 };
 
 inline const DemoMapping kMappings[] = {
-    {"00", "+"},           {"0", "+49"},          {"+49890", "+4989"},
-    {"110", "+4989110"},   {"*31#", "+41445551000"}, {"0041", "+41"},
+    {"00", "+"},
+    {"0", "+49"},
+    {"+49890", "+4989"},
+    {"110", "+4989110"},
+    {"*31#", "+41445551000"},
+    {"0041", "+41"},
 };
 
 struct DemoGatewayUser {
@@ -242,13 +245,19 @@ struct DemoZone {
 // One zone of each kind: local host, host pair, single host, daemon user.
 inline const DemoZone kZones[] = {
     {"Local extensions",
-     true, "", "", "", "",
+     true,
+     "",
+     "",
+     "",
+     "",
      {{0x7F, 0, 0, 24, 0}, {}},
-     {{"Internal fax extensions", 0, "2", false},
-      {"Internal voice mail", 2, "8", false},
-      {}}},
+     {{"Internal fax extensions", 0, "2", false}, {"Internal voice mail", 2, "8", false}, {}}},
     {"Germany national",
-     false, "", "", "fxmaster", "fxline01",
+     false,
+     "",
+     "",
+     "fxmaster",
+     "fxline01",
      {{kWeekdays, 8, 0, 18, 0}, {kWeekdays, 18, 0, 24, 0}, {kWeekend, 0, 0, 24, 0}, {}},
      {{"German landlines", 0, "+49", true},
       {"German telex", 1, "41", true},
@@ -256,26 +265,35 @@ inline const DemoZone kZones[] = {
       {"Munich office voice", 2, "+4989", true},
       {}}},
     {"Switzerland via HQ",
-     false, "", "", "remote-hq.example.net", "",
+     false,
+     "",
+     "",
+     "remote-hq.example.net",
+     "",
      {{kWeekdays, 7, 30, 19, 0}, {kWeekend, 9, 0, 17, 30}, {}},
      {{"Swiss landlines", 0, "+41", true},
       {"Swiss mobiles", 3, "+417", true},
       {"HQ internal", 0, "+41445551", false},
       {}}},
     {"Overseas, least cost daemon",
-     false, "treasury", "remote-hq.example.net", "", "",
+     false,
+     "treasury",
+     "remote-hq.example.net",
+     "",
+     "",
      {{kWeekdays, 22, 0, 24, 0}, {kWeekdays, 0, 0, 6, 0}, {kWeekend, 0, 0, 24, 0}, {}},
      {{"North America", 0, "+1", true},
       {"North America voice", 2, "+1", true},
       {"Asia Pacific telex", 1, "+8", true},
       {}}},
     {"Europe",
-     false, "", "", "fxline01", "fxbackup",
+     false,
+     "",
+     "",
+     "fxline01",
+     "fxbackup",
      {{kWeekdays | kWeekend, 0, 0, 24, 0}, {}},
-     {{"France", 0, "+33", true},
-      {"France SMS", 3, "+336", true},
-      {"Spain", 0, "+34", true},
-      {}}},
+     {{"France", 0, "+33", true}, {"France SMS", 3, "+336", true}, {"Spain", 0, "+34", true}, {}}},
 };
 
 struct DemoEvent {
@@ -307,7 +325,8 @@ inline const DemoEvent kEvents[] = {
     {"fxline01", 4, 7, 4212, kDriver | kUnix, "Line fax2: modem does not respond, line closed"},
     {"fxprint01", 3, 16, 4303, kFilter, "PostScript job 10245 failed: syntax error"},
     {"fxsales", 2, 11, 4412, kRpc, "Client session from 10.1.4.23 timed out"},
-    {"remote-hq.example.net", 5, 0, 4501, kServer | kUnix, "Dispatcher: queue file damaged, rebuilt"},
+    {"remote-hq.example.net", 5, 0, 4501, kServer | kUnix,
+     "Dispatcher: queue file damaged, rebuilt"},
     {"fxmaster", 1, 12, 4170, kRpc | kNet, "Windows client WS-ACC-07 logged in"},
     {"fxmaster", 4, 5, 4120, kServer | kUnix, "Journal disk 95% full"},
     {"fxline01", 0, 9, 4220, kAppl, "ASCII document 10250 rendered, 2 pages"},

@@ -42,7 +42,9 @@ std::string Numbered(const char* prefix, long n, int width) {
     return buf;
 }
 
-std::string ServerName(int i) { return Numbered("srv", i + 1, 5) + ".bench.example.net"; }
+std::string ServerName(int i) {
+    return Numbered("srv", i + 1, 5) + ".bench.example.net";
+}
 
 void AddServer(Store& store, const std::string& name, int index) {
     pb::Server s = demo::MakeServer(name, "Benchmark server " + std::to_string(index + 1), true,
@@ -135,10 +137,10 @@ void AddZones(Store& store, int count, int servers) {
 }
 
 void AddEvents(Store& store, const std::string& host, long count) {
-    static constexpr int kClasses[] = {0x01, 0x02, 0x04, 0x08, 0x10,
+    static constexpr int kClasses[] = {0x01, 0x02, 0x04, 0x08,  0x10,
                                        0x20, 0x40, 0x80, 0x100, 0x200};
-    static const char* const kTexts[] = {"Job queued for dispatch", "Fax sent, 2 pages",
-                                         "Receive job completed", "Print job printed",
+    static const char* const kTexts[] = {"Job queued for dispatch",    "Fax sent, 2 pages",
+                                         "Receive job completed",      "Print job printed",
                                          "Line busy, retry scheduled", "Mail accepted"};
     // One event a second, ending now, so time filters and sorting see a spread.
     const int64_t now = static_cast<int64_t>(std::time(nullptr));
@@ -167,13 +169,14 @@ GenerateSizes ParseGenerateSizes(const std::string& text) {
     size_t start = 0;
     while (start <= text.size()) {
         size_t comma = text.find(',', start);
-        std::string item = Trim(text.substr(start, comma == std::string::npos ? std::string::npos
-                                                                             : comma - start));
+        std::string item = Trim(
+            text.substr(start, comma == std::string::npos ? std::string::npos : comma - start));
         start = comma == std::string::npos ? text.size() + 1 : comma + 1;
         if (item.empty()) continue;
         size_t eq = item.find('=');
         if (eq == std::string::npos)
-            throw std::invalid_argument("Generate: \"" + item + "\" is not of the form name=number");
+            throw std::invalid_argument("Generate: \"" + item +
+                                        "\" is not of the form name=number");
         std::string name = Trim(item.substr(0, eq));
         std::string value = Trim(item.substr(eq + 1));
         if (name == "servers")

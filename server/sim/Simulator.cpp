@@ -13,7 +13,7 @@ namespace {
 // Message class bits and originator types as the message server reports them.
 constexpr int kUnix = 0x01, kRpc = 0x02, kNet = 0x04, kServer = 0x08, kDriver = 0x10,
               kFilter = 0x20, kAppl = 0x40, kAsync = 0x80, kSetup = 0x100, kSignal = 0x200;
-constexpr int kClassBits[] = {kUnix,  kRpc,  kNet,   kServer, kDriver,
+constexpr int kClassBits[] = {kUnix,   kRpc,  kNet,   kServer, kDriver,
                               kFilter, kAppl, kAsync, kSetup,  kSignal};
 constexpr int kOriginatorFaxAdm = 10;
 constexpr int kOriginatorDriverFax = 7;
@@ -22,7 +22,7 @@ constexpr int kOriginatorDriverTelex = 8;
 constexpr int kRunFailed = -1, kRunStarting = 0, kRunLaunched = 1;
 constexpr int kExitInitialising = -2, kExitRunning = -1, kExitTerminated = 0;
 
-struct SlotSpec {
+struct SlotTemplate {
     const char* directory;
     const char* command;
     int originator;
@@ -30,7 +30,7 @@ struct SlotSpec {
 };
 
 // The standard processes of a message-server host, in slot order.
-constexpr SlotSpec kSlots[] = {
+constexpr SlotTemplate kSlots[] = {
     {"/opt/veldrano/bin", "dispatcher", 0, kServer},
     {"/opt/veldrano/bin", "faxdriver -l 1", 7, kDriver},
     {"/opt/veldrano/bin", "faxdriver -l 2", 7, kDriver},
@@ -95,7 +95,9 @@ const pb::DeviceType* FindType(int id) {
 
 Simulator::Simulator(Store& store) : store_(store) {}
 
-Simulator::~Simulator() { Stop(); }
+Simulator::~Simulator() {
+    Stop();
+}
 
 int Simulator::Random(int below) {
     return std::uniform_int_distribution<int>(0, below - 1)(random_);
@@ -135,9 +137,9 @@ pb::Device Simulator::RequireDevice(const std::string& host, const std::string& 
     RequireServer(host);
     pb::Device d = store_.GetDevice(host, device);
     if (d.is_new())
-        throw ServiceError(pb::ERROR_NOT_FOUND,
-                           "The device '" + device + "' does not exist on the server '" + host +
-                               "'");
+        throw ServiceError(
+            pb::ERROR_NOT_FOUND,
+            "The device '" + device + "' does not exist on the server '" + host + "'");
     return d;
 }
 
@@ -257,7 +259,7 @@ void Simulator::DeviceAction(const std::string& host, const std::string& device,
     pb::Device d = RequireDevice(host, device);
     const pb::DeviceType* type = FindType(d.type());
     int originator = type != nullptr && type->features().telex() == 1 ? kOriginatorDriverTelex
-                                                                       : kOriginatorDriverFax;
+                                                                      : kOriginatorDriverFax;
     store_.Bulk([&] {
         store_.SetDeviceState(host, device, state);
         Log(host, severity, originator, kDriver | kAppl,
@@ -329,8 +331,8 @@ void Simulator::BackgroundEvent(const pb::Server& server) {
     int originator = Random(20);
     int messageClass = kClassBits[Random(static_cast<int>(std::size(kClassBits)))];
     if (Random(3) == 0) messageClass |= kClassBits[Random(static_cast<int>(std::size(kClassBits)))];
-    std::string pattern = severity >= 3 ? kChatter[originator].trouble
-                                        : kChatter[originator].ordinary;
+    std::string pattern =
+        severity >= 3 ? kChatter[originator].trouble : kChatter[originator].ordinary;
     // The first number is a job (or a line, for line messages), later ones
     // are page or entry counts.
     std::string text;

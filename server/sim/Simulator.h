@@ -55,8 +55,8 @@ private:
     pb::Device RequireDevice(const std::string& host, const std::string& device);
     void Launch(const std::string& host, pb::Process& p);
     void Halt(const std::string& host, pb::Process& p);
-    void DeviceAction(const std::string& host, const std::string& device,
-                      pb::DeviceRunState state, int severity, const char* verb);
+    void DeviceAction(const std::string& host, const std::string& device, pb::DeviceRunState state,
+                      int severity, const char* verb);
     void Advance(const pb::Server& server, pb::Process& p);
     void MaybeBreakProcess(const pb::Server& server);
     void BackgroundEvent(const pb::Server& server);

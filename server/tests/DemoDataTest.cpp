@@ -195,7 +195,8 @@ TEST_F(DemoDataTest, LeastCostRoutingHasEveryZoneKindRateAndDestination) {
 TEST_F(DemoDataTest, AdminSettingsAndEventLogAreFilled) {
     pb::AdminSettings s = store_->GetAdminSettings();
     bool offered = false;
-    for (const pb::MapErrorChoice& c : s.map_error_choices()) offered |= c.code() == s.map_error_to_busy();
+    for (const pb::MapErrorChoice& c : s.map_error_choices())
+        offered |= c.code() == s.map_error_to_busy();
     EXPECT_TRUE(offered) << "map_error_to_busy " << s.map_error_to_busy() << " is not a choice";
     EXPECT_TRUE(Resolves(*store_, s.send_copy_user()));
     EXPECT_TRUE(Resolves(*store_, s.receive_copy_user()));

@@ -2,14 +2,14 @@
 // A store on a fresh SQLite file in a directory of its own, removed again when
 // the test ends, for the simulator, demo data and generator suites.
 
+#include <unistd.h>
+
 #include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <unistd.h>
 
 #include "store/Store.h"
 

@@ -38,9 +38,12 @@ TEST(GenerateSizesTest, ParsesEveryNameWithSpacesAndInAnyOrder) {
 
 TEST(GenerateSizesTest, RefusesUnknownNamesAndBadNumbersNamingTheCulprit) {
     const std::pair<const char*, const char*> bad[] = {
-        {"usres=5", "usres"},          {"users=12x", "12x"},
-        {"users=", "users"},           {"printers=-1", "-1"},
-        {"servers", "servers"},        {"zones=1.5", "1.5"},
+        {"usres=5", "usres"},
+        {"users=12x", "12x"},
+        {"users=", "users"},
+        {"printers=-1", "-1"},
+        {"servers", "servers"},
+        {"zones=1.5", "1.5"},
         {"devices=99999999999999999999", "devices"},
         {"servers=2,events=many", "many"},
     };
@@ -58,7 +61,8 @@ TEST(GenerateSizesTest, RefusesUnknownNamesAndBadNumbersNamingTheCulprit) {
 
 TEST(GenerateTest, SmallInstallationHasExactlyTheAskedCounts) {
     TempStore store;
-    Generate(*store, ParseGenerateSizes("servers=3,users=50,printers=5,devices=5,zones=4,events=500"));
+    Generate(*store,
+             ParseGenerateSizes("servers=3,users=50,printers=5,devices=5,zones=4,events=500"));
 
     std::vector<pb::Server> servers = store->ListServers();
     ASSERT_EQ(servers.size(), 3u);

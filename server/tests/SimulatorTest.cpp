@@ -26,8 +26,10 @@ class SimulatorTest : public ::testing::Test {
 protected:
     void SetUp() override {
         store_->Bulk([&] {
-            store_->CommitServer(demo::MakeServer("alpha", "Head office", true, false, true, "rpc"));
-            store_->CommitServer(demo::MakeServer("beta", "Print room", false, true, false, "rrpc"));
+            store_->CommitServer(
+                demo::MakeServer("alpha", "Head office", true, false, true, "rpc"));
+            store_->CommitServer(
+                demo::MakeServer("beta", "Print room", false, true, false, "rrpc"));
             store_->CommitServer(demo::MakeServer("gamma", "Standby", false, false, true, "rpc"));
             store_->SetServerOnline("alpha", true);
             store_->SetServerOnline("beta", true);
@@ -114,7 +116,8 @@ TEST_F(SimulatorTest, StoppingAServerStopsItsProcessesAndDevicesOnly) {
         EXPECT_EQ(p.pid(), 0) << "slot " << p.slot();
         EXPECT_EQ(p.exit_status(), 0) << "slot " << p.slot();
     }
-    for (const pb::Device& d : store_->ListDevices("alpha")) EXPECT_EQ(d.state(), pb::DEVICE_STOPPED);
+    for (const pb::Device& d : store_->ListDevices("alpha"))
+        EXPECT_EQ(d.state(), pb::DEVICE_STOPPED);
     EXPECT_TRUE(store_->GetServer("beta").online());
     for (const pb::Process& p : store_->ListProcesses("beta")) EXPECT_TRUE(IsRunning(p));
 
@@ -127,7 +130,8 @@ TEST_F(SimulatorTest, StoppingAServerStopsItsProcessesAndDevicesOnly) {
     sim_.StartServer("alpha");
     EXPECT_TRUE(store_->GetServer("alpha").online());
     for (const pb::Process& p : store_->ListProcesses("alpha")) EXPECT_EQ(p.run_state(), 0);
-    for (const pb::Device& d : store_->ListDevices("alpha")) EXPECT_EQ(d.state(), pb::DEVICE_RUNNING);
+    for (const pb::Device& d : store_->ListDevices("alpha"))
+        EXPECT_EQ(d.state(), pb::DEVICE_RUNNING);
     sim_.Tick();
     for (const pb::Process& p : store_->ListProcesses("alpha")) {
         // The tick may also have let one process die; every other one runs.
@@ -166,7 +170,8 @@ TEST_F(SimulatorTest, EveryActionLogsOneReadableEventOnItsServer) {
     for (const Action& a : actions) {
         SCOPED_TRACE(a.mentions);
         const int64_t before = store_->EventCount(a.host);
-        const int64_t others = store_->EventCount(a.host == std::string("alpha") ? "beta" : "alpha");
+        const int64_t others =
+            store_->EventCount(a.host == std::string("alpha") ? "beta" : "alpha");
         a.run();
         EXPECT_EQ(store_->EventCount(a.host), before + 1);
         EXPECT_EQ(store_->EventCount(a.host == std::string("alpha") ? "beta" : "alpha"), others);
@@ -229,8 +234,8 @@ TEST_F(SimulatorTest, ProcessesThatDieOnTheirOwnAreRestartedLater) {
         sim_.Tick();
         for (const char* host : {"alpha", "beta"}) {
             for (const pb::Process& p : store_->ListProcesses(host)) {
-                bool dead = p.run_state() == -1 ||
-                            (p.exit_status() != -1 && p.exit_status() != -2 && p.exit_status() != 0);
+                bool dead = p.run_state() == -1 || (p.exit_status() != -1 &&
+                                                    p.exit_status() != -2 && p.exit_status() != 0);
                 if (!dead) continue;
                 sawDeath = true;
                 EXPECT_EQ(p.pid(), 0) << "a dead process keeps its pid";
@@ -259,8 +264,10 @@ TEST_F(SimulatorTest, RunTicksOnItsOwnAndStopReturnsPromptly) {
     const int64_t after = store_->EventCount("alpha") + store_->EventCount("beta");
     EXPECT_GE(after - before, 5);
 
-    // Stop must not wait for a long period to run out.
+    // Stop must not wait for a long period to run out; the pause lets the
+    // thread reach its wait first.
     sim_.Run(60000);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
     t0 = std::chrono::steady_clock::now();
     sim_.Stop();
     EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::milliseconds(500));
@@ -271,6 +278,8 @@ TEST_F(SimulatorTest, RunTicksOnItsOwnAndStopReturnsPromptly) {
     {
         Simulator running(*store_);
         running.Run(60000);
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        t0 = std::chrono::steady_clock::now();
     }
     EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::milliseconds(500));
 }

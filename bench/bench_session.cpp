@@ -1,0 +1,182 @@
+// bench-session: what the console's session costs against the reference
+// server embedded in this process.
+//
+// Measures, side by side in one run: fetching a large user list over loopback
+// TCP and over gRPC's in-process channel, the number of calls one list costs,
+// and the latency of small calls. Prints "name: value" lines and the ratios to
+// the goals (100,000 users within 250 ms over loopback; small call p50 within
+// 0.3 ms).
+//
+// Usage: bench-session [users] [small-calls]
+
+#include <QString>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "demo/Generator.h"
+#include "service/ServerHost.h"
+#include "session/GrpcServerSession.h"
+#include "store/Store.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr double UsersGoalMs = 250.0;
+constexpr double SmallCallGoalMs = 0.3;
+constexpr int ListRuns = 5;
+const QString Password = QStringLiteral("Bench-Password-1");
+
+double MillisecondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+double Median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+// The value below which the given share of the samples lies.
+double Percentile(std::vector<double> sorted, double share)
+{
+    std::sort(sorted.begin(), sorted.end());
+    const size_t index = std::min(sorted.size() - 1, size_t(share * double(sorted.size())));
+    return sorted[index];
+}
+
+void Print(const char* name, double value)
+{
+    std::printf("%s: %.3f\n", name, value);
+}
+
+void Print(const char* name, long long value)
+{
+    std::printf("%s: %lld\n", name, value);
+}
+
+struct ListTiming {
+    double medianMs = 0;
+    size_t count = 0;
+    size_t bytes = 0;
+};
+
+ListTiming TimeUsers(winadmin::GrpcServerSession& session, const QString& host)
+{
+    ListTiming timing;
+    std::vector<double> runs;
+    for (int run = 0; run < ListRuns; ++run) {
+        const Clock::time_point start = Clock::now();
+        const std::vector<winadmin::UserRecord> users = session.Users(host);
+        runs.push_back(MillisecondsSince(start));
+        timing.count = users.size();
+        if (run == 0) {
+            for (const winadmin::UserRecord& user : users)
+                timing.bytes += user.ByteSizeLong();
+        }
+    }
+    timing.medianMs = Median(runs);
+    return timing;
+}
+
+template <class Call>
+std::vector<double> TimeSmallCalls(int calls, Call&& call)
+{
+    std::vector<double> samples;
+    samples.reserve(calls);
+    for (int i = 0; i < calls; ++i) {
+        const Clock::time_point start = Clock::now();
+        call();
+        samples.push_back(MillisecondsSince(start));
+    }
+    return samples;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    const int userCount = argc > 1 ? std::atoi(argv[1]) : 100000;
+    const int smallCalls = argc > 2 ? std::atoi(argv[2]) : 10000;
+
+    QTemporaryDir dir;
+    if (!dir.isValid()) {
+        std::fprintf(stderr, "cannot create a temporary directory\n");
+        return 1;
+    }
+    veldrano::server::ServerOptions options;
+    options.dataPath = dir.filePath(QStringLiteral("bench.db")).toStdString();
+    options.listen = "127.0.0.1:0";
+    options.password = Password.toStdString();
+    options.simulate = false;
+    veldrano::server::ServerHost server(options);
+
+    Clock::time_point start = Clock::now();
+    veldrano::server::GenerateSizes sizes;
+    sizes.servers = 1;
+    sizes.usersPerServer = userCount;
+    veldrano::server::Generate(server.GetStore(), sizes);
+    const double generateMs = MillisecondsSince(start);
+    const QString host = QString::fromStdString(server.GetStore().ListServers().front().name());
+
+    try {
+        winadmin::GrpcServerSession loopback;
+        loopback.SetHostName(QStringLiteral("127.0.0.1:%1").arg(server.Port()));
+        loopback.SetPassword(Password);
+        loopback.Login();
+        winadmin::GrpcServerSession inProcess(server.InProcessChannel());
+        inProcess.SetPassword(Password);
+        inProcess.Login();
+
+        // First fetches warm the store's page cache and both connections.
+        loopback.Users(host);
+        inProcess.Users(host);
+
+        const uint64_t callsBefore = loopback.RpcCount();
+        const ListTiming overTcp = TimeUsers(loopback, host);
+        const uint64_t callsPerList = (loopback.RpcCount() - callsBefore) / ListRuns;
+        const ListTiming overInProcess = TimeUsers(inProcess, host);
+
+        // The server record is what the server editor loads; a user record
+        // is read by key alone, so the two together tell the transport's
+        // share from the server's own work.
+        const QString user = QString::fromStdString(
+            server.GetStore().ListUsers(host.toStdString()).front().name());
+        auto getServer = [&] { loopback.GetServer(host); };
+        TimeSmallCalls(std::min(smallCalls, 500), getServer);
+        const std::vector<double> small = TimeSmallCalls(smallCalls, getServer);
+        const std::vector<double> smallInProcess =
+            TimeSmallCalls(smallCalls, [&] { inProcess.GetServer(host); });
+        const std::vector<double> smallUser =
+            TimeSmallCalls(smallCalls, [&] { loopback.GetUser(host, user); });
+
+        Print("users", static_cast<long long>(overTcp.count));
+        Print("users_payload_mb", double(overTcp.bytes) / (1024.0 * 1024.0));
+        Print("generate_ms", generateMs);
+        Print("users_loopback_ms", overTcp.medianMs);
+        Print("users_inprocess_ms", overInProcess.medianMs);
+        Print("calls_per_list", static_cast<long long>(callsPerList));
+        Print("small_calls", static_cast<long long>(small.size()));
+        Print("small_call_p50_ms", Percentile(small, 0.50));
+        Print("small_call_p99_ms", Percentile(small, 0.99));
+        Print("small_call_inprocess_p50_ms", Percentile(smallInProcess, 0.50));
+        Print("small_call_getuser_p50_ms", Percentile(smallUser, 0.50));
+        Print("small_call_getuser_p99_ms", Percentile(smallUser, 0.99));
+        // Scaled to the goal's 100,000 users when run with another size.
+        Print("users_loopback_vs_goal",
+              overTcp.medianMs / UsersGoalMs * (100000.0 / std::max<size_t>(1, overTcp.count)));
+        Print("small_call_p50_vs_goal", Percentile(small, 0.50) / SmallCallGoalMs);
+        Print("loopback_vs_inprocess", overTcp.medianMs / overInProcess.medianMs);
+    } catch (const winadmin::SessionError& error) {
+        std::fprintf(stderr, "session error %X: %s\n", error.Number(),
+                     error.Description().toUtf8().constData());
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,256 @@
+// The service as a console meets it: authentication and throttling, numbered
+// refusals with their description and source, paging of large collections,
+// label tables, runtime actions, and robustness against bad requests.
+
+#include <gtest/gtest.h>
+
+#include <grpcpp/generic/generic_stub.h>
+
+#include <set>
+
+#include "service/Auth.h"
+#include "service/Labels.h"
+#include "service/ServerHost.h"
+#include "sim/Simulator.h"
+#include "tests/DemoTestSupport.h"
+#include "tests/ServiceClient.h"
+#include "tests/StoreFixtures.h"
+
+namespace veldrano::server::testing {
+namespace {
+
+constexpr const char* kPassword = "s3cret pass";
+
+class ServiceTest : public ::testing::Test {
+protected:
+    explicit ServiceTest(int failuresBeforeThrottle = 3) {
+        dir_ = std::filesystem::temp_directory_path() /
+               ("veldrano-service-" + std::to_string(::getpid()) + "-" +
+                std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
+        std::filesystem::create_directories(dir_);
+        ServerOptions options;
+        options.dataPath = (dir_ / "store.sqlite").string();
+        options.listen = "";
+        options.password = kPassword;
+        options.simulate = false;
+        options.loginFailuresBeforeThrottle = failuresBeforeThrottle;
+        host_ = std::make_unique<ServerHost>(options);
+        SeedInstallation(host_->GetStore());
+        host_->GetSimulator().EnsureProcessSlots();
+        client_ = std::make_unique<ServiceClient>(host_->InProcessChannel());
+    }
+    ~ServiceTest() override {
+        client_.reset();
+        host_.reset();
+        std::filesystem::remove_all(dir_);
+    }
+
+    ServiceClient& client() { return *client_; }
+    Store& store() { return host_->GetStore(); }
+
+    std::filesystem::path dir_;
+    std::unique_ptr<ServerHost> host_;
+    std::unique_ptr<ServiceClient> client_;
+};
+
+TEST_F(ServiceTest, LoginAcceptsOnlyThePasswordAndEveryOtherCallNeedsTheToken) {
+    pb::Server server;
+    pb::Key key;
+    key.set_name("alpha");
+
+    auto status = client().stub->GetServer(client().Context().get(), key, &server);
+    EXPECT_EQ(status.error_code(), grpc::StatusCode::UNAUTHENTICATED);
+    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x80070005u);
+
+    status = client().Login("wrong");
+    EXPECT_EQ(status.error_code(), grpc::StatusCode::UNAUTHENTICATED);
+    auto detail = ServiceClient::Detail(status);
+    EXPECT_EQ(detail.number(), 0x80070005u);
+    EXPECT_FALSE(detail.description().empty());
+    EXPECT_FALSE(detail.source().empty());
+
+    client().token = "0123456789abcdef";
+    status = client().stub->GetServer(client().Context().get(), key, &server);
+    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x80070005u);
+
+    client().token.clear();
+    ASSERT_TRUE(client().Login(kPassword).ok());
+    ASSERT_TRUE(client().stub->GetServer(client().Context().get(), key, &server).ok());
+    EXPECT_EQ(server.comment(), "Server alpha");
+}
+
+TEST_F(ServiceTest, ExpiredTokensAreRefused) {
+    ASSERT_TRUE(client().Login(kPassword).ok());
+    host_->GetAuth().SetIdleLimit(std::chrono::seconds(0));
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    pb::SessionInfo info;
+    auto status = client().stub->GetSessionInfo(client().Context().get(), pb::Empty(), &info);
+    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x80070005u);
+}
+
+TEST_F(ServiceTest, RepeatedFailuresAreThrottledEvenForTheRightPassword) {
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(ServiceClient::Detail(client().Login("guess")).number(), 0x80070005u);
+    auto status = client().Login(kPassword);
+    EXPECT_EQ(status.error_code(), grpc::StatusCode::RESOURCE_EXHAUSTED);
+    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81000004u);
+    EXPECT_TRUE(client().token.empty());
+}
+
+TEST_F(ServiceTest, ThePasswordIsStoredAsAStrongArgon2idHash) {
+    std::string hash = store().GetMeta("admin_password_hash");
+    EXPECT_EQ(hash.rfind("$argon2id$", 0), 0u) << hash;
+    EXPECT_EQ(hash.find(kPassword), std::string::npos);
+    // m is in KiB: at least 19 MiB; t at least two passes.
+    EXPECT_NE(hash.find("m=19456,t=2"), std::string::npos) << hash;
+}
+
+TEST_F(ServiceTest, RefusalsCarryTheirNumberDescriptionAndSource) {
+    ASSERT_TRUE(client().Login(kPassword).ok());
+    pb::Key key;
+    key.set_host_name("alpha");
+    key.set_name("alice");
+    pb::User user;
+    ASSERT_TRUE(client().stub->GetUser(client().Context().get(), key, &user).ok());
+
+    pb::CommitReply reply;
+    user.set_comment("");
+    auto status = client().stub->CommitUser(client().Context().get(), user, &reply);
+    auto detail = ServiceClient::Detail(status);
+    EXPECT_EQ(detail.number(), 0x81010006u);
+    EXPECT_NE(detail.description().find("alice"), std::string::npos) << detail.description();
+    EXPECT_EQ(detail.source(), "Kelvar.Administrator");
+
+    user.set_comment("Changed");
+    user.set_version(user.version() + 5);
+    status = client().stub->CommitUser(client().Context().get(), user, &reply);
+    detail = ServiceClient::Detail(status);
+    EXPECT_EQ(detail.number(), 0x81000003u);
+    EXPECT_NE(detail.description().find("another administrator"), std::string::npos);
+}
+
+TEST_F(ServiceTest, LargeCollectionsArriveWholeInPagesBelowOneMebibyte) {
+    store().Bulk([&] {
+        for (int i = 0; i < 3000; ++i) {
+            auto u = store().GetUser("alpha", "u" + std::to_string(i));
+            u.set_comment(std::string(30, 'c'));
+            u.set_headlines(std::string(80, 'h'));
+            for (int x = 0; x < 5; ++x) {
+                auto* extra = u.add_extras();
+                extra->set_name("extra" + std::to_string(x));
+                extra->set_value(std::string(80, 'v'));
+            }
+            store().CommitUser(u);
+        }
+    });
+    ASSERT_TRUE(client().Login(kPassword).ok());
+    pb::ListRequest req;
+    req.set_host_name("alpha");
+    auto context = client().Context();
+    auto reader = client().stub->ListUsers(context.get(), req);
+    pb::UserPage page;
+    int pages = 0, users = 0;
+    while (reader->Read(&page)) {
+        ++pages;
+        users += page.users_size();
+        EXPECT_LT(page.ByteSizeLong(), 1024u * 1024u);
+    }
+    ASSERT_TRUE(reader->Finish().ok());
+    EXPECT_EQ(users, 3001);  // and alice
+    EXPECT_GT(pages, 1);
+}
+
+TEST_F(ServiceTest, LabelTablesAreWholeAndOnlySentAgainWhenChanged) {
+    ASSERT_TRUE(client().Login(kPassword).ok());
+    pb::LabelTable table;
+    ASSERT_TRUE(
+        client().stub->GetLabels(client().Context().get(), pb::LabelsRequest(), &table).ok());
+    EXPECT_GT(table.labels_size(), 300);
+    std::map<std::string, std::string> texts;
+    for (const auto& l : table.labels()) texts[l.key()] = l.text();
+    EXPECT_FALSE(texts["ServerNotExist"].empty());
+    EXPECT_FALSE(texts["Rate Start"].empty());
+
+    pb::LabelsRequest again;
+    again.set_known_stamp(table.stamp());
+    pb::LabelTable unchanged;
+    ASSERT_TRUE(client().stub->GetLabels(client().Context().get(), again, &unchanged).ok());
+    EXPECT_TRUE(unchanged.unchanged());
+    EXPECT_EQ(unchanged.labels_size(), 0);
+}
+
+TEST_F(ServiceTest, GermanAndEnglishTablesHoldTheSameKeys) {
+    const auto& en = Labels("en");
+    const auto& de = Labels("de");
+    ASSERT_EQ(en.entries.size(), de.entries.size());
+    std::set<std::string> enKeys, deKeys;
+    for (const auto& [k, t] : en.entries) enKeys.insert(k);
+    for (const auto& [k, t] : de.entries) deKeys.insert(k);
+    EXPECT_EQ(enKeys, deKeys);
+    EXPECT_EQ(enKeys.size(), en.entries.size()) << "a key is written twice";
+    EXPECT_NE(en.stamp, de.stamp);
+}
+
+TEST_F(ServiceTest, RuntimeActionsChangeStateAndLogEvents) {
+    ASSERT_TRUE(client().Login(kPassword).ok());
+    auto before = store().EventCount("alpha");
+    pb::ProcessRequest req;
+    req.set_host_name("alpha");
+    req.set_slot(2);
+    pb::Empty empty;
+    ASSERT_TRUE(client().stub->StopProcess(client().Context().get(), req, &empty).ok());
+    auto processes = store().ListProcesses("alpha");
+    EXPECT_EQ(processes.at(2).exit_status(), 0);
+    EXPECT_EQ(processes.at(2).pid(), 0);
+    EXPECT_GT(store().EventCount("alpha"), before);
+
+    req.set_slot(99);
+    auto status = client().stub->StartProcess(client().Context().get(), req, &empty);
+    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81010002u);
+}
+
+TEST_F(ServiceTest, OversizedAndMalformedRequestsAreRefusedAndTheServerGoesOn) {
+    ASSERT_TRUE(client().Login(kPassword).ok());
+    pb::User huge = store().GetUser("alpha", "alice");
+    huge.set_comment(std::string(5 * 1024 * 1024, 'x'));
+    pb::CommitReply reply;
+    auto status = client().stub->CommitUser(client().Context().get(), huge, &reply);
+    EXPECT_FALSE(status.ok());
+
+    // Not too large for the transport, but far beyond the field.
+    huge.set_comment(std::string(1000, 'x'));
+    status = client().stub->CommitUser(client().Context().get(), huge, &reply);
+    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81010004u);
+
+    // Bytes that are no valid message at all, sent through a raw call.
+    grpc::GenericStub generic(host_->InProcessChannel());
+    grpc::ClientContext context;
+    context.AddMetadata("veldrano-token", client().token);
+    grpc::ByteBuffer garbage, answer;
+    grpc::Slice slice(std::string("\xff\xff\xff\xff\x0f garbage", 14));
+    garbage = grpc::ByteBuffer(&slice, 1);
+    std::mutex m;
+    std::condition_variable done;
+    bool finished = false;
+    grpc::Status raw;
+    generic.UnaryCall(&context, "/veldrano.admin.v1.Administration/CommitUser", {}, &garbage,
+                      &answer, [&](grpc::Status s) {
+                          std::lock_guard lock(m);
+                          raw = s;
+                          finished = true;
+                          done.notify_one();
+                      });
+    std::unique_lock lock(m);
+    done.wait_for(lock, std::chrono::seconds(10), [&] { return finished; });
+    EXPECT_TRUE(finished);
+    EXPECT_FALSE(raw.ok());
+
+    pb::Server server;
+    pb::Key key;
+    key.set_name("alpha");
+    EXPECT_TRUE(client().stub->GetServer(client().Context().get(), key, &server).ok());
+    EXPECT_EQ(store().GetUser("alpha", "alice").comment(), "User alice");
+}
+
+}  // namespace
+}  // namespace veldrano::server::testing
