@@ -40,12 +40,14 @@ double MillisecondsSince(Clock::time_point start)
 double Median(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
+    return values.empty() ? 0 : values[values.size() / 2];
 }
 
 // The value below which the given share of the samples lies.
 double Percentile(std::vector<double> sorted, double share)
 {
+    if (sorted.empty())
+        return 0;
     std::sort(sorted.begin(), sorted.end());
     const size_t index = std::min(sorted.size() - 1, size_t(share * double(sorted.size())));
     return sorted[index];
