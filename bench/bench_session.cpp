@@ -100,6 +100,37 @@ std::vector<double> TimeSmallCalls(int calls, Call&& call)
     return samples;
 }
 
+// The same list read with the bare generated stub, pages parsed and dropped:
+// the floor that server and transport set, against which the session's own
+// share (moving records into the result) shows.
+double TimeRawUsers(const std::shared_ptr<grpc::Channel>& channel, const QString& host)
+{
+    namespace pb = veldrano::admin::v1;
+    auto stub = pb::Administration::NewStub(channel);
+    pb::LoginRequest login;
+    login.set_password(Password.toStdString());
+    pb::LoginReply reply;
+    grpc::ClientContext loginContext;
+    if (!stub->Login(&loginContext, login, &reply).ok())
+        return -1;
+    pb::ListRequest request;
+    request.set_host_name(host.toStdString());
+    std::vector<double> runs;
+    for (int run = 0; run < ListRuns; ++run) {
+        const Clock::time_point start = Clock::now();
+        grpc::ClientContext context;
+        context.AddMetadata("veldrano-token", reply.token());
+        auto reader = stub->ListUsers(&context, request);
+        pb::UserPage page;
+        while (reader->Read(&page)) {
+        }
+        if (!reader->Finish().ok())
+            return -1;
+        runs.push_back(MillisecondsSince(start));
+    }
+    return Median(runs);
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -122,7 +153,7 @@ int main(int argc, char** argv)
     Clock::time_point start = Clock::now();
     veldrano::server::GenerateSizes sizes;
     sizes.servers = 1;
-    sizes.usersPerServer = userCount;
+    sizes.firstServerUsers = userCount;
     veldrano::server::Generate(server.GetStore(), sizes);
     const double generateMs = MillisecondsSince(start);
     const QString host = QString::fromStdString(server.GetStore().ListServers().front().name());
@@ -144,6 +175,10 @@ int main(int argc, char** argv)
         const ListTiming overTcp = TimeUsers(loopback, host);
         const uint64_t callsPerList = (loopback.RpcCount() - callsBefore) / ListRuns;
         const ListTiming overInProcess = TimeUsers(inProcess, host);
+        const double rawLoopbackMs = TimeRawUsers(
+            grpc::CreateChannel("127.0.0.1:" + std::to_string(server.Port()),
+                                grpc::InsecureChannelCredentials()),
+            host);
 
         // The server record is what the server editor loads; a user record
         // is read by key alone, so the two together tell the transport's
@@ -163,6 +198,7 @@ int main(int argc, char** argv)
         Print("generate_ms", generateMs);
         Print("users_loopback_ms", overTcp.medianMs);
         Print("users_inprocess_ms", overInProcess.medianMs);
+        Print("users_loopback_bare_stub_ms", rawLoopbackMs);
         Print("calls_per_list", static_cast<long long>(callsPerList));
         Print("small_calls", static_cast<long long>(small.size()));
         Print("small_call_p50_ms", Percentile(small, 0.50));

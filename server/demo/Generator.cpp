@@ -182,7 +182,7 @@ GenerateSizes ParseGenerateSizes(const std::string& text) {
         if (name == "servers")
             sizes.servers = static_cast<int>(ParseCount(name, value, 99999));
         else if (name == "users")
-            sizes.usersPerServer = static_cast<int>(ParseCount(name, value, 9999999));
+            sizes.firstServerUsers = static_cast<int>(ParseCount(name, value, 9999999));
         else if (name == "printers")
             sizes.printersPerServer = static_cast<int>(ParseCount(name, value, 9999));
         else if (name == "devices")
@@ -209,7 +209,7 @@ const char* GenerateHelp() {
 }
 
 void Generate(Store& store, const GenerateSizes& sizes) {
-    bool anything = sizes.usersPerServer > 0 || sizes.printersPerServer > 0 ||
+    bool anything = sizes.firstServerUsers > 0 || sizes.printersPerServer > 0 ||
                     sizes.devicesPerServer > 0 || sizes.zones > 0 || sizes.events > 0;
     int servers = std::max(sizes.servers, anything ? 1 : 0);
     if (servers == 0) return;
@@ -221,7 +221,7 @@ void Generate(Store& store, const GenerateSizes& sizes) {
             AddDevices(store, host, sizes.devicesPerServer);
         });
     }
-    AddUsers(store, ServerName(0), sizes.usersPerServer);
+    AddUsers(store, ServerName(0), sizes.firstServerUsers);
     AddZones(store, sizes.zones, servers);
     std::string eventHost = sizes.eventHost.empty() ? ServerName(0) : sizes.eventHost;
     if (sizes.events > 0 && store.GetServer(eventHost).is_new())

@@ -20,7 +20,7 @@
 namespace veldrano::server {
 
 struct GenerateSizes {
-    int servers = 0, usersPerServer = 0, printersPerServer = 0, devicesPerServer = 0, zones = 0;
+    int servers = 0, firstServerUsers = 0, printersPerServer = 0, devicesPerServer = 0, zones = 0;
     long events = 0;
     std::string eventHost;
 };

@@ -18,13 +18,7 @@ public:
 
     PageWriter(grpc::ServerWriter<Page>* writer, Adder add) : writer_(writer), add_(add) {}
 
-    void Add(const Record& record) {
-        size_t size = record.ByteSizeLong() + 8;
-        if (bytes_ + size > AdminService::kPageBytes && bytes_ > 0) Flush();
-        *(page_.*add_)() = record;
-        bytes_ += size;
-    }
-    void Add(Record&& record) {
+    void Add(Record record) {
         size_t size = record.ByteSizeLong() + 8;
         if (bytes_ + size > AdminService::kPageBytes && bytes_ > 0) Flush();
         *(page_.*add_)() = std::move(record);

@@ -20,7 +20,7 @@ TEST(GenerateSizesTest, ParsesEveryNameWithSpacesAndInAnyOrder) {
     GenerateSizes s = ParseGenerateSizes(
         "users=100000, events=1000000,servers=200 ,printers=100,devices=100,zones=1000");
     EXPECT_EQ(s.servers, 200);
-    EXPECT_EQ(s.usersPerServer, 100000);
+    EXPECT_EQ(s.firstServerUsers, 100000);
     EXPECT_EQ(s.printersPerServer, 100);
     EXPECT_EQ(s.devicesPerServer, 100);
     EXPECT_EQ(s.zones, 1000);
@@ -33,7 +33,7 @@ TEST(GenerateSizesTest, ParsesEveryNameWithSpacesAndInAnyOrder) {
     EXPECT_EQ(s.servers, 0);
 
     s = ParseGenerateSizes("");
-    EXPECT_EQ(s.servers + s.usersPerServer + s.printersPerServer + s.devicesPerServer + s.zones, 0);
+    EXPECT_EQ(s.servers + s.firstServerUsers + s.printersPerServer + s.devicesPerServer + s.zones, 0);
 }
 
 TEST(GenerateSizesTest, RefusesUnknownNamesAndBadNumbersNamingTheCulprit) {
