@@ -32,34 +32,28 @@ constexpr double SmallCallGoalMs = 0.3;
 constexpr int ListRuns = 5;
 const QString Password = QStringLiteral("Bench-Password-1");
 
-double MillisecondsSince(Clock::time_point start)
-{
+double MillisecondsSince(Clock::time_point start) {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
-double Median(std::vector<double> values)
-{
+double Median(std::vector<double> values) {
     std::sort(values.begin(), values.end());
     return values.empty() ? 0 : values[values.size() / 2];
 }
 
 // The value below which the given share of the samples lies.
-double Percentile(std::vector<double> sorted, double share)
-{
-    if (sorted.empty())
-        return 0;
+double Percentile(std::vector<double> sorted, double share) {
+    if (sorted.empty()) return 0;
     std::sort(sorted.begin(), sorted.end());
     const size_t index = std::min(sorted.size() - 1, size_t(share * double(sorted.size())));
     return sorted[index];
 }
 
-void Print(const char* name, double value)
-{
+void Print(const char* name, double value) {
     std::printf("%s: %.3f\n", name, value);
 }
 
-void Print(const char* name, long long value)
-{
+void Print(const char* name, long long value) {
     std::printf("%s: %lld\n", name, value);
 }
 
@@ -69,8 +63,7 @@ struct ListTiming {
     size_t bytes = 0;
 };
 
-ListTiming TimeUsers(winadmin::GrpcServerSession& session, const QString& host)
-{
+ListTiming TimeUsers(winadmin::GrpcServerSession& session, const QString& host) {
     ListTiming timing;
     std::vector<double> runs;
     for (int run = 0; run < ListRuns; ++run) {
@@ -79,8 +72,7 @@ ListTiming TimeUsers(winadmin::GrpcServerSession& session, const QString& host)
         runs.push_back(MillisecondsSince(start));
         timing.count = users.size();
         if (run == 0) {
-            for (const winadmin::UserRecord& user : users)
-                timing.bytes += user.ByteSizeLong();
+            for (const winadmin::UserRecord& user : users) timing.bytes += user.ByteSizeLong();
         }
     }
     timing.medianMs = Median(runs);
@@ -88,8 +80,7 @@ ListTiming TimeUsers(winadmin::GrpcServerSession& session, const QString& host)
 }
 
 template <class Call>
-std::vector<double> TimeSmallCalls(int calls, Call&& call)
-{
+std::vector<double> TimeSmallCalls(int calls, Call&& call) {
     std::vector<double> samples;
     samples.reserve(calls);
     for (int i = 0; i < calls; ++i) {
@@ -103,16 +94,14 @@ std::vector<double> TimeSmallCalls(int calls, Call&& call)
 // The same list read with the bare generated stub, pages parsed and dropped:
 // the floor that server and transport set, against which the session's own
 // share (moving records into the result) shows.
-double TimeRawUsers(const std::shared_ptr<grpc::Channel>& channel, const QString& host)
-{
+double TimeRawUsers(const std::shared_ptr<grpc::Channel>& channel, const QString& host) {
     namespace pb = veldrano::admin::v1;
     auto stub = pb::Administration::NewStub(channel);
     pb::LoginRequest login;
     login.set_password(Password.toStdString());
     pb::LoginReply reply;
     grpc::ClientContext loginContext;
-    if (!stub->Login(&loginContext, login, &reply).ok())
-        return -1;
+    if (!stub->Login(&loginContext, login, &reply).ok()) return -1;
     pb::ListRequest request;
     request.set_host_name(host.toStdString());
     std::vector<double> runs;
@@ -124,8 +113,7 @@ double TimeRawUsers(const std::shared_ptr<grpc::Channel>& channel, const QString
         pb::UserPage page;
         while (reader->Read(&page)) {
         }
-        if (!reader->Finish().ok())
-            return -1;
+        if (!reader->Finish().ok()) return -1;
         runs.push_back(MillisecondsSince(start));
     }
     return Median(runs);
@@ -133,8 +121,7 @@ double TimeRawUsers(const std::shared_ptr<grpc::Channel>& channel, const QString
 
 }  // namespace
 
-int main(int argc, char** argv)
-{
+int main(int argc, char** argv) {
     const int userCount = argc > 1 ? std::atoi(argv[1]) : 100000;
     const int smallCalls = argc > 2 ? std::atoi(argv[2]) : 10000;
 
@@ -175,16 +162,16 @@ int main(int argc, char** argv)
         const ListTiming overTcp = TimeUsers(loopback, host);
         const uint64_t callsPerList = (loopback.RpcCount() - callsBefore) / ListRuns;
         const ListTiming overInProcess = TimeUsers(inProcess, host);
-        const double rawLoopbackMs = TimeRawUsers(
-            grpc::CreateChannel("127.0.0.1:" + std::to_string(server.Port()),
-                                grpc::InsecureChannelCredentials()),
-            host);
+        const double rawLoopbackMs =
+            TimeRawUsers(grpc::CreateChannel("127.0.0.1:" + std::to_string(server.Port()),
+                                             grpc::InsecureChannelCredentials()),
+                         host);
 
         // The server record is what the server editor loads; a user record
         // is read by key alone, so the two together tell the transport's
         // share from the server's own work.
-        const QString user = QString::fromStdString(
-            server.GetStore().ListUsers(host.toStdString()).front().name());
+        const QString user =
+            QString::fromStdString(server.GetStore().ListUsers(host.toStdString()).front().name());
         auto getServer = [&] { loopback.GetServer(host); };
         TimeSmallCalls(std::min(smallCalls, 500), getServer);
         const std::vector<double> small = TimeSmallCalls(smallCalls, getServer);

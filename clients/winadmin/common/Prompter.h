@@ -58,8 +58,4 @@ Prompter* SetPrompter(Prompter* prompter);
 // not covered by the hourglass that the work left behind.
 void ResetBusyPointer();
 
-// Convenience for the common case of a message with a title and icon.
-int ShowPrompt(const QString& text, const QString& title, PromptIcon icon,
-               PromptButtons buttons = PromptButtons::OK, int defaultButton = 1);
-
 }  // namespace winadmin

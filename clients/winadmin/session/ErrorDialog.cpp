@@ -6,20 +6,17 @@ namespace winadmin {
 
 namespace {
 
-QString HexNumber(uint32_t number)
-{
+QString HexNumber(uint32_t number) {
     return QString::number(number, 16).toUpper();
 }
 
 }  // namespace
 
-QString FormatErrorText(const QString& description, uint32_t number)
-{
+QString FormatErrorText(const QString& description, uint32_t number) {
     return description + QStringLiteral(" (") + HexNumber(number) + QStringLiteral(").");
 }
 
-int ShowErrorMessage(uint32_t number, const QString& description, const QString& source)
-{
+int ShowErrorMessage(uint32_t number, const QString& description, const QString& source) {
     // The failing work may have left the hourglass up; the administrator must
     // be able to answer the box.
     ResetBusyPointer();
@@ -40,8 +37,7 @@ int ShowErrorMessage(uint32_t number, const QString& description, const QString&
     return ThePrompter().Show(prompt);
 }
 
-int ShowErrorMessage(const SessionError& error)
-{
+int ShowErrorMessage(const SessionError& error) {
     return ShowErrorMessage(error.Number(), error.Description(), error.Source());
 }
 

@@ -11,13 +11,11 @@ namespace {
 
 constexpr char TokenHeader[] = "veldrano-token";
 
-std::string Utf8(const QString& text)
-{
+std::string Utf8(const QString& text) {
     return text.toStdString();
 }
 
-bool ValidPort(const QString& text)
-{
+bool ValidPort(const QString& text) {
     bool ok = false;
     const int port = text.toInt(&ok);
     return ok && port > 0 && port <= 65535 && !text.startsWith(QLatin1Char('+'));
@@ -28,29 +26,22 @@ bool ValidPort(const QString& text)
 GrpcServerSession::GrpcServerSession() = default;
 
 GrpcServerSession::GrpcServerSession(std::shared_ptr<grpc::Channel> channel)
-    : fixedChannel_(std::move(channel))
-{
-}
+    : fixedChannel_(std::move(channel)) {}
 
 GrpcServerSession::~GrpcServerSession() = default;
 
-std::string GrpcServerSession::ChannelTarget(const QString& host)
-{
+std::string GrpcServerSession::ChannelTarget(const QString& host) {
     const QString text = host.trimmed();
     const QString defaultPort = QString::number(DefaultPort);
-    if (text.isEmpty())
-        return {};
+    if (text.isEmpty()) return {};
 
     if (text.startsWith(QLatin1Char('['))) {
         const qsizetype close = text.indexOf(QLatin1Char(']'));
-        if (close < 2)
-            return {};
+        if (close < 2) return {};
         const QString address = text.mid(1, close - 1);
         const QString rest = text.mid(close + 1);
-        if (rest.isEmpty())
-            return Utf8(QStringLiteral("[%1]:%2").arg(address, defaultPort));
-        if (!rest.startsWith(QLatin1Char(':')) || !ValidPort(rest.mid(1)))
-            return {};
+        if (rest.isEmpty()) return Utf8(QStringLiteral("[%1]:%2").arg(address, defaultPort));
+        if (!rest.startsWith(QLatin1Char(':')) || !ValidPort(rest.mid(1))) return {};
         return Utf8(QStringLiteral("[%1]:%2").arg(address, rest.mid(1)));
     }
 
@@ -63,48 +54,40 @@ std::string GrpcServerSession::ChannelTarget(const QString& host)
     const qsizetype colon = text.indexOf(QLatin1Char(':'));
     const QString name = colon < 0 ? text : text.left(colon);
     const QString port = colon < 0 ? defaultPort : text.mid(colon + 1);
-    if (!hostPattern.match(name).hasMatch() || !ValidPort(port))
-        return {};
+    if (!hostPattern.match(name).hasMatch() || !ValidPort(port)) return {};
     return Utf8(name + QLatin1Char(':') + port);
 }
 
-void GrpcServerSession::SetHostName(const QString& host)
-{
+void GrpcServerSession::SetHostName(const QString& host) {
     hostText_ = host;
     reportedHost_.clear();
 }
 
-QString GrpcServerSession::GetHostName() const
-{
+QString GrpcServerSession::GetHostName() const {
     return reportedHost_.isEmpty() ? hostText_ : reportedHost_;
 }
 
-void GrpcServerSession::SetPassword(const QString& password)
-{
+void GrpcServerSession::SetPassword(const QString& password) {
     password_ = password;
 }
 
-void GrpcServerSession::SetTimeout(int seconds)
-{
+void GrpcServerSession::SetTimeout(int seconds) {
     // Every call must carry a deadline; a zero or negative time-out would
     // mean none, so the shortest one is a second.
     timeoutSeconds_ = std::max(1, seconds);
     timeoutChosen_ = true;
 }
 
-QString GrpcServerSession::GetBrand() const
-{
+QString GrpcServerSession::GetBrand() const {
     return QString::fromStdString(info_.brand());
 }
 
-QString GrpcServerSession::GetLabel(const QString& key) const
-{
+QString GrpcServerSession::GetLabel(const QString& key) const {
     const auto found = labels_.constFind(key);
     return found == labels_.cend() ? key : found.value();
 }
 
-void GrpcServerSession::EnsureChannel()
-{
+void GrpcServerSession::EnsureChannel() {
     if (fixedChannel_) {
         if (!stub_) {
             channel_ = fixedChannel_;
@@ -115,23 +98,18 @@ void GrpcServerSession::EnsureChannel()
     const std::string target = ChannelTarget(hostText_);
     if (target.empty())
         throw SessionError::FromCode(veldrano::admin::v1::ERROR_HOST_UNREACHABLE, hostText_);
-    if (target == channelTarget_ && stub_)
-        return;
+    if (target == channelTarget_ && stub_) return;
     channel_ = grpc::CreateChannel(target, grpc::InsecureChannelCredentials());
     channelTarget_ = target;
     stub_ = veldrano::admin::v1::Administration::NewStub(channel_);
 }
 
-void GrpcServerSession::PrepareContext(grpc::ClientContext& context, bool withToken) const
-{
-    context.set_deadline(std::chrono::system_clock::now() +
-                         std::chrono::seconds(timeoutSeconds_));
-    if (withToken && !token_.empty())
-        context.AddMetadata(TokenHeader, token_);
+void GrpcServerSession::PrepareContext(grpc::ClientContext& context, bool withToken) const {
+    context.set_deadline(std::chrono::system_clock::now() + std::chrono::seconds(timeoutSeconds_));
+    if (withToken && !token_.empty()) context.AddMetadata(TokenHeader, token_);
 }
 
-veldrano::admin::v1::LoginReply GrpcServerSession::CallLogin(bool atLogin)
-{
+veldrano::admin::v1::LoginReply GrpcServerSession::CallLogin(bool atLogin) {
     veldrano::admin::v1::LoginRequest request;
     request.set_password(Utf8(password_));
     request.set_host_name(Utf8(hostText_));
@@ -140,13 +118,11 @@ veldrano::admin::v1::LoginReply GrpcServerSession::CallLogin(bool atLogin)
     PrepareContext(context, false);
     ++rpcCount_;
     const grpc::Status status = stub_->Login(&context, request, &reply);
-    if (!status.ok())
-        throw MapStatus(status, atLogin);
+    if (!status.ok()) throw MapStatus(status, atLogin);
     return reply;
 }
 
-void GrpcServerSession::Login()
-{
+void GrpcServerSession::Login() {
     loggedIn_ = false;
     token_.clear();
     reportedHost_.clear();
@@ -165,20 +141,18 @@ void GrpcServerSession::Login()
     // earlier table is kept.
     labelStamp_.clear();
     LoadLabels({});
+    deviceTypes_.clear();
 
     reportedHost_ = QString::fromStdString(reply.host_name());
     loggedIn_ = true;
 }
 
-void GrpcServerSession::LoadLabels(const std::string& knownStamp)
-{
+void GrpcServerSession::LoadLabels(const std::string& knownStamp) {
     veldrano::admin::v1::LabelsRequest request;
     request.set_known_stamp(knownStamp);
-    const auto table = Unary<veldrano::admin::v1::LabelTable>([&](auto& context, auto* out) {
-        return stub_->GetLabels(&context, request, out);
-    });
-    if (table.unchanged() && !knownStamp.empty())
-        return;
+    const auto table = Unary<veldrano::admin::v1::LabelTable>(
+        [&](auto& context, auto* out) { return stub_->GetLabels(&context, request, out); });
+    if (table.unchanged() && !knownStamp.empty()) return;
     QHash<QString, QString> labels;
     labels.reserve(table.labels_size());
     for (const auto& label : table.labels())
@@ -187,28 +161,23 @@ void GrpcServerSession::LoadLabels(const std::string& knownStamp)
     labelStamp_ = table.stamp();
 }
 
-void GrpcServerSession::ReloadLabels()
-{
+void GrpcServerSession::ReloadLabels() {
     LoadLabels(labelStamp_);
 }
 
-void GrpcServerSession::SetAdminPassword(const QString& password)
-{
+void GrpcServerSession::SetAdminPassword(const QString& password) {
     veldrano::admin::v1::ChangePasswordRequest request;
     request.set_new_password(Utf8(password));
-    Unary<veldrano::admin::v1::Empty>([&](auto& context, auto* out) {
-        return stub_->SetAdminPassword(&context, request, out);
-    });
+    Unary<veldrano::admin::v1::Empty>(
+        [&](auto& context, auto* out) { return stub_->SetAdminPassword(&context, request, out); });
     // A later automatic re-login must use the password that is now valid.
     password_ = password;
 }
 
-void GrpcServerSession::Run(const CallBody& body)
-{
+void GrpcServerSession::Run(const CallBody& body) {
     // Without a login the call still goes to a given channel: the server is
     // the one that refuses it, as it would refuse any caller without a token.
-    if (!stub_ && fixedChannel_)
-        EnsureChannel();
+    if (!stub_ && fixedChannel_) EnsureChannel();
     if (!stub_)
         throw SessionError::FromCode(veldrano::admin::v1::ERROR_ACCESS_DENIED,
                                      QStringLiteral("not logged in"));
@@ -218,19 +187,16 @@ void GrpcServerSession::Run(const CallBody& body)
         PrepareContext(context, true);
         ++rpcCount_;
         const grpc::Status status = body(context);
-        if (status.ok())
-            return;
+        if (status.ok()) return;
         SessionError error = MapStatus(status, false);
         // A token ends when the server restarts or the session sat idle too
         // long; the administrator should not have to log in again for that.
-        if (retried || !loggedIn_ || error.Number() != accessDenied)
-            throw error;
+        if (retried || !loggedIn_ || error.Number() != accessDenied) throw error;
         token_ = CallLogin(false).token();
     }
 }
 
-SessionError GrpcServerSession::MapStatus(const grpc::Status& status, bool atLogin) const
-{
+SessionError GrpcServerSession::MapStatus(const grpc::Status& status, bool atLogin) const {
     namespace pb = veldrano::admin::v1;
     pb::ErrorDetail detail;
     if (!status.error_details().empty() && detail.ParseFromString(status.error_details()) &&
@@ -241,19 +207,18 @@ SessionError GrpcServerSession::MapStatus(const grpc::Status& status, bool atLog
 
     const QString message = QString::fromStdString(status.error_message());
     switch (status.error_code()) {
-    case grpc::StatusCode::UNAUTHENTICATED:
-    case grpc::StatusCode::PERMISSION_DENIED:
-        return SessionError::FromCode(pb::ERROR_ACCESS_DENIED);
-    case grpc::StatusCode::DEADLINE_EXCEEDED:
-        return SessionError::FromCode(pb::ERROR_TIMEOUT);
-    case grpc::StatusCode::UNAVAILABLE:
-        if (atLogin)
-            return SessionError::FromCode(pb::ERROR_HOST_UNREACHABLE, GetHostName());
-        return SessionError::FromCode(pb::ERROR_SERVER_BUSY);
-    case grpc::StatusCode::RESOURCE_EXHAUSTED:
-        return SessionError::FromCode(pb::ERROR_SERVER_BUSY, message);
-    default:
-        return SessionError::FromCode(pb::ERROR_PROTOCOL, message);
+        case grpc::StatusCode::UNAUTHENTICATED:
+        case grpc::StatusCode::PERMISSION_DENIED:
+            return SessionError::FromCode(pb::ERROR_ACCESS_DENIED);
+        case grpc::StatusCode::DEADLINE_EXCEEDED:
+            return SessionError::FromCode(pb::ERROR_TIMEOUT);
+        case grpc::StatusCode::UNAVAILABLE:
+            if (atLogin) return SessionError::FromCode(pb::ERROR_HOST_UNREACHABLE, GetHostName());
+            return SessionError::FromCode(pb::ERROR_SERVER_BUSY);
+        case grpc::StatusCode::RESOURCE_EXHAUSTED:
+            return SessionError::FromCode(pb::ERROR_SERVER_BUSY, message);
+        default:
+            return SessionError::FromCode(pb::ERROR_PROTOCOL, message);
     }
 }
 

@@ -7,53 +7,46 @@ namespace winadmin {
 
 namespace {
 
-pb::Key MakeKey(const QString& host, const QString& name)
-{
+pb::Key MakeKey(const QString& host, const QString& name) {
     pb::Key key;
     key.set_host_name(host.toStdString());
     key.set_name(name.toStdString());
     return key;
 }
 
-pb::Key NameKey(const QString& name)
-{
+pb::Key NameKey(const QString& name) {
     return MakeKey({}, name);
 }
 
-pb::Key IndexKey(const QString& parent, int index)
-{
+pb::Key IndexKey(const QString& parent, int index) {
     pb::Key key;
     key.set_parent(parent.toStdString());
     key.set_index(index);
     return key;
 }
 
-pb::DeleteRequest Deletion(pb::Key key, int64_t expectedVersion)
-{
+pb::DeleteRequest Deletion(pb::Key key, int64_t expectedVersion) {
     pb::DeleteRequest request;
     *request.mutable_key() = std::move(key);
     request.set_expected_version(expectedVersion);
     return request;
 }
 
-pb::ListRequest ListOf(const QString& host, const QString& parent = {})
-{
+pb::ListRequest ListOf(const QString& host, const QString& parent = {}) {
     pb::ListRequest request;
     request.set_host_name(host.toStdString());
     request.set_parent(parent.toStdString());
     return request;
 }
 
-pb::DeviceActionRequest DeviceAction(const QString& host, const QString& name)
-{
+pb::DeviceActionRequest DeviceAction(const QString& host, const QString& name) {
     pb::DeviceActionRequest request;
     request.set_host_name(host.toStdString());
     request.set_name(name.toStdString());
     return request;
 }
 
-pb::ProcessRequest ProcessAction(const QString& host, int slot)
-{
+pb::ProcessRequest ProcessAction(const QString& host, int slot) {
     pb::ProcessRequest request;
     request.set_host_name(host.toStdString());
     request.set_slot(slot);
@@ -64,11 +57,11 @@ pb::ProcessRequest ProcessAction(const QString& host, int slot)
 
 // The stub's calls differ only in method and message types; these keep each
 // operation below to the one line that says which call it makes.
-#define VELDRANO_UNARY(Reply, Method, request)                      \
+#define VELDRANO_UNARY(Reply, Method, request)                     \
     Unary<Reply>([&](grpc::ClientContext& context, Reply* reply) { \
         return stub_->Method(&context, request, reply);            \
     })
-#define VELDRANO_LIST(Item, Method, request, Page, field)                                 \
+#define VELDRANO_LIST(Item, Method, request, Page, field)                                         \
     Collect<Item>([&](grpc::ClientContext& context) { return stub_->Method(&context, request); }, \
                   &Page::mutable_##field)
 #define VELDRANO_VERSION(Method, record) VELDRANO_UNARY(pb::CommitReply, Method, record).version()
@@ -76,62 +69,51 @@ pb::ProcessRequest ProcessAction(const QString& host, int slot)
 
 // --- Servers --------------------------------------------------------------------------
 
-std::vector<ServerRecord> GrpcServerSession::Servers()
-{
+std::vector<ServerRecord> GrpcServerSession::Servers() {
     return VELDRANO_LIST(pb::Server, ListServers, ListOf({}), pb::ServerPage, servers);
 }
 
-ServerRecord GrpcServerSession::GetServer(const QString& name)
-{
+ServerRecord GrpcServerSession::GetServer(const QString& name) {
     return VELDRANO_UNARY(pb::Server, GetServer, NameKey(name));
 }
 
-int64_t GrpcServerSession::CommitServer(const ServerRecord& server)
-{
+int64_t GrpcServerSession::CommitServer(const ServerRecord& server) {
     return VELDRANO_VERSION(CommitServer, server);
 }
 
-void GrpcServerSession::DeleteServer(const QString& name, int64_t expectedVersion)
-{
+void GrpcServerSession::DeleteServer(const QString& name, int64_t expectedVersion) {
     VELDRANO_ACTION(DeleteServer, Deletion(NameKey(name), expectedVersion));
 }
 
-void GrpcServerSession::StartServer(const QString& name)
-{
+void GrpcServerSession::StartServer(const QString& name) {
     VELDRANO_ACTION(StartServer, NameKey(name));
 }
 
-void GrpcServerSession::StopServer(const QString& name)
-{
+void GrpcServerSession::StopServer(const QString& name) {
     VELDRANO_ACTION(StopServer, NameKey(name));
 }
 
 // --- Users ------------------------------------------------------------------------------
 
-std::vector<UserRecord> GrpcServerSession::Users(const QString& host)
-{
+std::vector<UserRecord> GrpcServerSession::Users(const QString& host) {
     return VELDRANO_LIST(pb::User, ListUsers, ListOf(host), pb::UserPage, users);
 }
 
-UserRecord GrpcServerSession::GetUser(const QString& host, const QString& name)
-{
+UserRecord GrpcServerSession::GetUser(const QString& host, const QString& name) {
     return VELDRANO_UNARY(pb::User, GetUser, MakeKey(host, name));
 }
 
-int64_t GrpcServerSession::CommitUser(const UserRecord& user)
-{
+int64_t GrpcServerSession::CommitUser(const UserRecord& user) {
     return VELDRANO_VERSION(CommitUser, user);
 }
 
 void GrpcServerSession::DeleteUser(const QString& host, const QString& name,
-                                   int64_t expectedVersion)
-{
+                                   int64_t expectedVersion) {
     VELDRANO_ACTION(DeleteUser, Deletion(MakeKey(host, name), expectedVersion));
 }
 
 void GrpcServerSession::SetUserPassword(const QString& host, const QString& name,
-                                        const QString& password)
-{
+                                        const QString& password) {
     pb::SetUserPasswordRequest request;
     request.set_host_name(host.toStdString());
     request.set_name(name.toStdString());
@@ -139,99 +121,82 @@ void GrpcServerSession::SetUserPassword(const QString& host, const QString& name
     VELDRANO_ACTION(SetUserPassword, request);
 }
 
-QStringList GrpcServerSession::Scanners(const QString& host)
-{
+QStringList GrpcServerSession::Scanners(const QString& host) {
     const pb::ScannerList list = VELDRANO_UNARY(pb::ScannerList, ListScanners, ListOf(host));
     QStringList names;
     names.reserve(list.names_size());
-    for (const std::string& name : list.names())
-        names.append(QString::fromStdString(name));
+    for (const std::string& name : list.names()) names.append(QString::fromStdString(name));
     return names;
 }
 
 // --- Groups -----------------------------------------------------------------------------
 
-std::vector<GroupRecord> GrpcServerSession::Groups()
-{
+std::vector<GroupRecord> GrpcServerSession::Groups() {
     return VELDRANO_LIST(pb::Group, ListGroups, ListOf({}), pb::GroupPage, groups);
 }
 
-GroupRecord GrpcServerSession::GetGroup(const QString& name)
-{
+GroupRecord GrpcServerSession::GetGroup(const QString& name) {
     return VELDRANO_UNARY(pb::Group, GetGroup, NameKey(name));
 }
 
-int64_t GrpcServerSession::CommitGroup(const GroupRecord& group)
-{
+int64_t GrpcServerSession::CommitGroup(const GroupRecord& group) {
     return VELDRANO_VERSION(CommitGroup, group);
 }
 
-void GrpcServerSession::DeleteGroup(const QString& name, int64_t expectedVersion)
-{
+void GrpcServerSession::DeleteGroup(const QString& name, int64_t expectedVersion) {
     VELDRANO_ACTION(DeleteGroup, Deletion(NameKey(name), expectedVersion));
 }
 
 // --- Printers ---------------------------------------------------------------------------
 
-std::vector<PrinterRecord> GrpcServerSession::Printers(const QString& host)
-{
+std::vector<PrinterRecord> GrpcServerSession::Printers(const QString& host) {
     return VELDRANO_LIST(pb::Printer, ListPrinters, ListOf(host), pb::PrinterPage, printers);
 }
 
-PrinterRecord GrpcServerSession::GetPrinter(const QString& host, const QString& name)
-{
+PrinterRecord GrpcServerSession::GetPrinter(const QString& host, const QString& name) {
     return VELDRANO_UNARY(pb::Printer, GetPrinter, MakeKey(host, name));
 }
 
-int64_t GrpcServerSession::CommitPrinter(const PrinterRecord& printer)
-{
+int64_t GrpcServerSession::CommitPrinter(const PrinterRecord& printer) {
     return VELDRANO_VERSION(CommitPrinter, printer);
 }
 
 void GrpcServerSession::DeletePrinter(const QString& host, const QString& name,
-                                      int64_t expectedVersion)
-{
+                                      int64_t expectedVersion) {
     VELDRANO_ACTION(DeletePrinter, Deletion(MakeKey(host, name), expectedVersion));
 }
 
 // --- Devices ----------------------------------------------------------------------------
 
-std::vector<DeviceTypeRecord> GrpcServerSession::DeviceTypes()
-{
+std::vector<DeviceTypeRecord> GrpcServerSession::DeviceTypes() {
     // The type table is fixed for a server's lifetime, and the device editor
     // asks for it on every open.
     if (deviceTypes_.empty()) {
-        pb::DeviceTypeList list =
-            VELDRANO_UNARY(pb::DeviceTypeList, ListDeviceTypes, pb::Empty());
+        pb::DeviceTypeList list = VELDRANO_UNARY(pb::DeviceTypeList, ListDeviceTypes, pb::Empty());
         deviceTypes_.assign(list.types().begin(), list.types().end());
     }
     return deviceTypes_;
 }
 
-std::vector<DeviceRecord> GrpcServerSession::Devices(const QString& host)
-{
+std::vector<DeviceRecord> GrpcServerSession::Devices(const QString& host) {
     return VELDRANO_LIST(pb::Device, ListDevices, ListOf(host), pb::DevicePage, devices);
 }
 
-DeviceRecord GrpcServerSession::GetDevice(const QString& host, const QString& name)
-{
+DeviceRecord GrpcServerSession::GetDevice(const QString& host, const QString& name) {
     return VELDRANO_UNARY(pb::Device, GetDevice, MakeKey(host, name));
 }
 
-int64_t GrpcServerSession::CommitDevice(const DeviceRecord& device)
-{
+int64_t GrpcServerSession::CommitDevice(const DeviceRecord& device) {
     return VELDRANO_VERSION(CommitDevice, device);
 }
 
 void GrpcServerSession::DeleteDevice(const QString& host, const QString& name,
-                                     int64_t expectedVersion)
-{
+                                     int64_t expectedVersion) {
     VELDRANO_ACTION(DeleteDevice, Deletion(MakeKey(host, name), expectedVersion));
 }
 
 int64_t GrpcServerSession::SaveDeviceLine(const QString& host, const QString& device,
-                                          const DeviceLineRecord& line)
-{
+                                          const DeviceLineRecord& line) {
     pb::SaveLineRequest request;
     request.set_host_name(host.toStdString());
     request.set_device(device.toStdString());
@@ -239,8 +204,7 @@ int64_t GrpcServerSession::SaveDeviceLine(const QString& host, const QString& de
     return VELDRANO_VERSION(SaveDeviceLine, request);
 }
 
-void GrpcServerSession::DeleteDeviceLine(const QString& host, const QString& device, int number)
-{
+void GrpcServerSession::DeleteDeviceLine(const QString& host, const QString& device, int number) {
     pb::LineRequest request;
     request.set_host_name(host.toStdString());
     request.set_device(device.toStdString());
@@ -248,46 +212,38 @@ void GrpcServerSession::DeleteDeviceLine(const QString& host, const QString& dev
     VELDRANO_ACTION(DeleteDeviceLine, request);
 }
 
-void GrpcServerSession::DeleteSecondaryLines(const QString& host, const QString& device)
-{
+void GrpcServerSession::DeleteSecondaryLines(const QString& host, const QString& device) {
     VELDRANO_ACTION(DeleteSecondaryLines, DeviceAction(host, device));
 }
 
-void GrpcServerSession::StartDevice(const QString& host, const QString& name)
-{
+void GrpcServerSession::StartDevice(const QString& host, const QString& name) {
     VELDRANO_ACTION(StartDevice, DeviceAction(host, name));
 }
 
-void GrpcServerSession::StopDevice(const QString& host, const QString& name)
-{
+void GrpcServerSession::StopDevice(const QString& host, const QString& name) {
     VELDRANO_ACTION(StopDevice, DeviceAction(host, name));
 }
 
-void GrpcServerSession::TerminateDevice(const QString& host, const QString& name)
-{
+void GrpcServerSession::TerminateDevice(const QString& host, const QString& name) {
     VELDRANO_ACTION(TerminateDevice, DeviceAction(host, name));
 }
 
 // --- Runtime ----------------------------------------------------------------------------
 
-std::vector<ProcessRecord> GrpcServerSession::Processes(const QString& host)
-{
+std::vector<ProcessRecord> GrpcServerSession::Processes(const QString& host) {
     return VELDRANO_LIST(pb::Process, ListProcesses, ListOf(host), pb::ProcessPage, processes);
 }
 
-void GrpcServerSession::StartProcess(const QString& host, int slot)
-{
+void GrpcServerSession::StartProcess(const QString& host, int slot) {
     VELDRANO_ACTION(StartProcess, ProcessAction(host, slot));
 }
 
-void GrpcServerSession::StopProcess(const QString& host, int slot)
-{
+void GrpcServerSession::StopProcess(const QString& host, int slot) {
     VELDRANO_ACTION(StopProcess, ProcessAction(host, slot));
 }
 
 std::vector<EventRecord> GrpcServerSession::Events(const QString& host, int minSeverity,
-                                                   int maxCount)
-{
+                                                   int maxCount) {
     pb::EventRequest request;
     request.set_host_name(host.toStdString());
     request.set_min_severity(minSeverity);
@@ -297,76 +253,63 @@ std::vector<EventRecord> GrpcServerSession::Events(const QString& host, int minS
 
 // --- Routes and number mappings -----------------------------------------------------------
 
-std::vector<RouteRecord> GrpcServerSession::Routes()
-{
+std::vector<RouteRecord> GrpcServerSession::Routes() {
     return VELDRANO_LIST(pb::Route, ListRoutes, ListOf({}), pb::RoutePage, routes);
 }
 
-RouteRecord GrpcServerSession::GetRoute(const QString& name)
-{
+RouteRecord GrpcServerSession::GetRoute(const QString& name) {
     return VELDRANO_UNARY(pb::Route, GetRoute, NameKey(name));
 }
 
-int64_t GrpcServerSession::CommitRoute(const RouteRecord& route)
-{
+int64_t GrpcServerSession::CommitRoute(const RouteRecord& route) {
     return VELDRANO_VERSION(CommitRoute, route);
 }
 
-void GrpcServerSession::DeleteRoute(const QString& name, int64_t expectedVersion)
-{
+void GrpcServerSession::DeleteRoute(const QString& name, int64_t expectedVersion) {
     VELDRANO_ACTION(DeleteRoute, Deletion(NameKey(name), expectedVersion));
 }
 
-std::vector<NumberMappingRecord> GrpcServerSession::NumberMappings()
-{
-    return VELDRANO_LIST(pb::NumberMapping, ListNumberMappings, ListOf({}),
-                         pb::NumberMappingPage, mappings);
+std::vector<NumberMappingRecord> GrpcServerSession::NumberMappings() {
+    return VELDRANO_LIST(pb::NumberMapping, ListNumberMappings, ListOf({}), pb::NumberMappingPage,
+                         mappings);
 }
 
-NumberMappingRecord GrpcServerSession::GetNumberMapping(const QString& match)
-{
+NumberMappingRecord GrpcServerSession::GetNumberMapping(const QString& match) {
     return VELDRANO_UNARY(pb::NumberMapping, GetNumberMapping, NameKey(match));
 }
 
-int64_t GrpcServerSession::CommitNumberMapping(const NumberMappingRecord& mapping)
-{
+int64_t GrpcServerSession::CommitNumberMapping(const NumberMappingRecord& mapping) {
     return VELDRANO_VERSION(CommitNumberMapping, mapping);
 }
 
-void GrpcServerSession::DeleteNumberMapping(const QString& match, int64_t expectedVersion)
-{
+void GrpcServerSession::DeleteNumberMapping(const QString& match, int64_t expectedVersion) {
     VELDRANO_ACTION(DeleteNumberMapping, Deletion(NameKey(match), expectedVersion));
 }
 
 // --- Gateways ----------------------------------------------------------------------------
 
-std::vector<GatewayRecord> GrpcServerSession::Gateways()
-{
+std::vector<GatewayRecord> GrpcServerSession::Gateways() {
     return VELDRANO_LIST(pb::Gateway, ListGateways, ListOf({}), pb::GatewayPage, gateways);
 }
 
-std::vector<GatewayUserRecord> GrpcServerSession::GatewayUsers(const QString& gateway)
-{
+std::vector<GatewayUserRecord> GrpcServerSession::GatewayUsers(const QString& gateway) {
     return VELDRANO_LIST(pb::GatewayUser, ListGatewayUsers, ListOf({}, gateway),
                          pb::GatewayUserPage, users);
 }
 
 GatewayUserRecord GrpcServerSession::GetGatewayUser(const QString& gateway,
-                                                    const QString& address)
-{
+                                                    const QString& address) {
     pb::Key key = NameKey(address);
     key.set_parent(gateway.toStdString());
     return VELDRANO_UNARY(pb::GatewayUser, GetGatewayUser, key);
 }
 
-int64_t GrpcServerSession::CommitGatewayUser(const GatewayUserRecord& user)
-{
+int64_t GrpcServerSession::CommitGatewayUser(const GatewayUserRecord& user) {
     return VELDRANO_VERSION(CommitGatewayUser, user);
 }
 
 void GrpcServerSession::DeleteGatewayUser(const QString& gateway, const QString& address,
-                                          int64_t expectedVersion)
-{
+                                          int64_t expectedVersion) {
     pb::Key key = NameKey(address);
     key.set_parent(gateway.toStdString());
     VELDRANO_ACTION(DeleteGatewayUser, Deletion(std::move(key), expectedVersion));
@@ -374,85 +317,74 @@ void GrpcServerSession::DeleteGatewayUser(const QString& gateway, const QString&
 
 // --- Administrator settings ----------------------------------------------------------------
 
-AdminSettingsRecord GrpcServerSession::GetAdminSettings()
-{
+AdminSettingsRecord GrpcServerSession::GetAdminSettings() {
     return VELDRANO_UNARY(pb::AdminSettings, GetAdminSettings, pb::Empty());
 }
 
-int64_t GrpcServerSession::CommitAdminSettings(const AdminSettingsRecord& settings)
-{
+int64_t GrpcServerSession::CommitAdminSettings(const AdminSettingsRecord& settings) {
     return VELDRANO_VERSION(CommitAdminSettings, settings);
 }
 
 // --- Least-cost routing ----------------------------------------------------------------------
 
-ZoneListRecord GrpcServerSession::Zones()
-{
+ZoneListRecord GrpcServerSession::Zones() {
     return VELDRANO_UNARY(pb::ZoneList, ListZones, ListOf({}));
 }
 
-ZoneRecord GrpcServerSession::GetZone(const QString& name)
-{
+ZoneRecord GrpcServerSession::GetZone(const QString& name) {
     return VELDRANO_UNARY(pb::Zone, GetZone, NameKey(name));
 }
 
-int64_t GrpcServerSession::CommitZone(const ZoneRecord& zone)
-{
+int64_t GrpcServerSession::CommitZone(const ZoneRecord& zone) {
     return VELDRANO_VERSION(CommitZone, zone);
 }
 
-void GrpcServerSession::DeleteZone(const QString& name, int64_t expectedVersion)
-{
+void GrpcServerSession::DeleteZone(const QString& name, int64_t expectedVersion) {
     VELDRANO_ACTION(DeleteZone, Deletion(NameKey(name), expectedVersion));
 }
 
-std::vector<RateRecord> GrpcServerSession::Rates(const QString& zone)
-{
+std::vector<RateRecord> GrpcServerSession::Rates(const QString& zone) {
     return VELDRANO_LIST(pb::Rate, ListRates, ListOf({}, zone), pb::RatePage, rates);
 }
 
-RateRecord GrpcServerSession::GetRate(const QString& zone, int index)
-{
+RateRecord GrpcServerSession::GetRate(const QString& zone, int index) {
     return VELDRANO_UNARY(pb::Rate, GetRate, IndexKey(zone, index));
 }
 
-IndexedCommit GrpcServerSession::CommitRate(const RateRecord& rate)
-{
+IndexedCommit GrpcServerSession::CommitRate(const RateRecord& rate) {
     const pb::CommitReply reply = VELDRANO_UNARY(pb::CommitReply, CommitRate, rate);
     return {reply.version(), reply.index()};
 }
 
-void GrpcServerSession::DeleteRate(const QString& zone, int index, int64_t expectedVersion)
-{
+void GrpcServerSession::DeleteRate(const QString& zone, int index, int64_t expectedVersion) {
     VELDRANO_ACTION(DeleteRate, Deletion(IndexKey(zone, index), expectedVersion));
 }
 
-std::vector<DestinationRecord> GrpcServerSession::Destinations(const QString& zone)
-{
-    return VELDRANO_LIST(pb::Destination, ListDestinations, ListOf({}, zone),
-                         pb::DestinationPage, destinations);
+std::vector<DestinationRecord> GrpcServerSession::Destinations(const QString& zone) {
+    return VELDRANO_LIST(pb::Destination, ListDestinations, ListOf({}, zone), pb::DestinationPage,
+                         destinations);
 }
 
-DestinationRecord GrpcServerSession::GetDestination(const QString& zone, int index)
-{
+DestinationRecord GrpcServerSession::GetDestination(const QString& zone, int index) {
     return VELDRANO_UNARY(pb::Destination, GetDestination, IndexKey(zone, index));
 }
 
-IndexedCommit GrpcServerSession::CommitDestination(const DestinationRecord& destination)
-{
+IndexedCommit GrpcServerSession::CommitDestination(const DestinationRecord& destination) {
     const pb::CommitReply reply = VELDRANO_UNARY(pb::CommitReply, CommitDestination, destination);
     return {reply.version(), reply.index()};
 }
 
-void GrpcServerSession::DeleteDestination(const QString& zone, int index,
-                                          int64_t expectedVersion)
-{
+void GrpcServerSession::DeleteDestination(const QString& zone, int index, int64_t expectedVersion) {
     VELDRANO_ACTION(DeleteDestination, Deletion(IndexKey(zone, index), expectedVersion));
 }
 
-void GrpcServerSession::ReloadLcr()
-{
+void GrpcServerSession::ReloadLcr() {
     VELDRANO_ACTION(ReloadLcr, pb::Empty());
 }
+
+#undef VELDRANO_UNARY
+#undef VELDRANO_LIST
+#undef VELDRANO_VERSION
+#undef VELDRANO_ACTION
 
 }  // namespace winadmin

@@ -109,8 +109,7 @@ public:
     virtual void StopProcess(const QString& host, int slot) = 0;
     // Newest first; the server leaves out events below minSeverity and stops
     // after maxCount events (0: the server's cap).
-    virtual std::vector<EventRecord> Events(const QString& host, int minSeverity,
-                                            int maxCount) = 0;
+    virtual std::vector<EventRecord> Events(const QString& host, int minSeverity, int maxCount) = 0;
 
     // --- Inbound routes and number mappings ------------------------------------------
 
@@ -155,8 +154,7 @@ public:
     virtual std::vector<DestinationRecord> Destinations(const QString& zone) = 0;
     virtual DestinationRecord GetDestination(const QString& zone, int index) = 0;
     virtual IndexedCommit CommitDestination(const DestinationRecord& destination) = 0;
-    virtual void DeleteDestination(const QString& zone, int index,
-                                   int64_t expectedVersion = 0) = 0;
+    virtual void DeleteDestination(const QString& zone, int index, int64_t expectedVersion = 0) = 0;
 
     // Makes the routing engine read its tables again.
     virtual void ReloadLcr() = 0;

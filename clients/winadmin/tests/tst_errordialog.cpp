@@ -23,39 +23,36 @@ private slots:
     void FallbackPrompterAnswersDefaultButton();
 };
 
-void TestErrorDialog::FormatsErrorText_data()
-{
+void TestErrorDialog::FormatsErrorText_data() {
     QTest::addColumn<QString>("description");
     QTest::addColumn<uint>("number");
     QTest::addColumn<QString>("expected");
 
     QTest::newRow("access denied") << QStringLiteral("Access is denied") << 0x80070005u
                                    << QStringLiteral("Access is denied (80070005).");
-    QTest::newRow("letters upper case") << QStringLiteral("Odd answer") << 0x8101000Du
-                                        << QStringLiteral("Odd answer (8101000D).");
+    QTest::newRow("letters upper case")
+        << QStringLiteral("Odd answer") << 0x8101000Du << QStringLiteral("Odd answer (8101000D).");
     QTest::newRow("short number") << QStringLiteral("Small") << 5u << QStringLiteral("Small (5).");
-    QTest::newRow("empty description") << QString() << 0xABCDEF01u
-                                       << QStringLiteral(" (ABCDEF01).");
+    QTest::newRow("empty description")
+        << QString() << 0xABCDEF01u << QStringLiteral(" (ABCDEF01).");
 }
 
-void TestErrorDialog::FormatsErrorText()
-{
+void TestErrorDialog::FormatsErrorText() {
     QFETCH(QString, description);
     QFETCH(uint, number);
     QFETCH(QString, expected);
     QCOMPARE(FormatErrorText(description, number), expected);
 }
 
-void TestErrorDialog::ChoosesButtonsByFamily_data()
-{
+void TestErrorDialog::ChoosesButtonsByFamily_data() {
     QTest::addColumn<uint>("number");
     QTest::addColumn<PromptButtons>("buttons");
     QTest::addColumn<int>("answer");
 
-    QTest::newRow("version conflict, retry") << 0x81000003u << PromptButtons::RetryCancel
-                                             << int(Answer::Retry);
-    QTest::newRow("time-out, cancel") << 0x81000001u << PromptButtons::RetryCancel
-                                      << int(Answer::Cancel);
+    QTest::newRow("version conflict, retry")
+        << 0x81000003u << PromptButtons::RetryCancel << int(Answer::Retry);
+    QTest::newRow("time-out, cancel")
+        << 0x81000001u << PromptButtons::RetryCancel << int(Answer::Cancel);
     QTest::newRow("not found") << 0x81010002u << PromptButtons::OK << int(Answer::OK);
     QTest::newRow("access denied") << 0x80070005u << PromptButtons::OK << int(Answer::OK);
     QTest::newRow("8000 family") << 0x80004005u << PromptButtons::OK << int(Answer::OK);
@@ -63,12 +60,11 @@ void TestErrorDialog::ChoosesButtonsByFamily_data()
     QTest::newRow("short number") << 5u << PromptButtons::OK << int(Answer::OK);
     // Seven digits that start like the transient family are still no prefix.
     QTest::newRow("seven digits") << 0x08100001u << PromptButtons::OK << int(Answer::OK);
-    QTest::newRow("ignore passes through") << 0x81010001u << PromptButtons::OK
-                                           << int(Answer::Ignore);
+    QTest::newRow("ignore passes through")
+        << 0x81010001u << PromptButtons::OK << int(Answer::Ignore);
 }
 
-void TestErrorDialog::ChoosesButtonsByFamily()
-{
+void TestErrorDialog::ChoosesButtonsByFamily() {
     QFETCH(uint, number);
     QFETCH(PromptButtons, buttons);
     QFETCH(int, answer);
@@ -91,8 +87,7 @@ void TestErrorDialog::ChoosesButtonsByFamily()
     QVERIFY2(shown.text.endsWith(QStringLiteral("(%1).").arg(hex)), qPrintable(shown.text));
 }
 
-void TestErrorDialog::ResetsBusyPointerBeforeShowing()
-{
+void TestErrorDialog::ResetsBusyPointerBeforeShowing() {
     ScriptedPrompter prompter;
     prompter.Answer(Answer::OK);
     // Nested busy sections, as a failing editor leaves them.
@@ -106,8 +101,7 @@ void TestErrorDialog::ResetsBusyPointerBeforeShowing()
     QVERIFY(QGuiApplication::overrideCursor() == nullptr);
 }
 
-void TestErrorDialog::ShowsSessionErrorFromTheTable()
-{
+void TestErrorDialog::ShowsSessionErrorFromTheTable() {
     // Number, description and source come from the protocol's error table.
     const SessionError conflict = SessionError::FromCode(
         veldrano::admin::v1::ERROR_VERSION_CONFLICT, QStringLiteral("user bob@alpha"));
@@ -130,8 +124,7 @@ void TestErrorDialog::ShowsSessionErrorFromTheTable()
     QCOMPARE(ErrorNumber(veldrano::admin::v1::ERROR_NONE), 0u);
 }
 
-void TestErrorDialog::FallbackPrompterAnswersDefaultButton()
-{
+void TestErrorDialog::FallbackPrompterAnswersDefaultButton() {
     // No scripted prompter here: the process's own fallback answers.
     Prompt prompt;
     prompt.text = QStringLiteral("Delete the user?");

@@ -1,10 +1,11 @@
 // The gRPC session against the reference server embedded in the test process.
 
+#include <google/protobuf/util/message_differencer.h>
+
 #include <QElapsedTimer>
 #include <QSet>
 #include <QTcpServer>
 #include <QTest>
-#include <google/protobuf/util/message_differencer.h>
 
 #include "store/Store.h"
 #include "support/TestServer.h"
@@ -16,8 +17,7 @@ namespace {
 // Runs f and answers the SessionError it throws; fails the test when it
 // throws nothing.
 template <class F>
-SessionError Refusal(F&& f)
-{
+SessionError Refusal(F&& f) {
     try {
         f();
     } catch (const SessionError& error) {
@@ -27,23 +27,20 @@ SessionError Refusal(F&& f)
     return SessionError(0, {}, {});
 }
 
-QString Hex(uint32_t number)
-{
+QString Hex(uint32_t number) {
     return QString::number(number, 16).toUpper();
 }
 
 // Compares numbers in hexadecimal, so a failure reads like the error box.
 #define COMPARE_NUMBER(error, expected) QCOMPARE(Hex((error).Number()), Hex(expected))
 
-TestServer::Options Tcp()
-{
+TestServer::Options Tcp() {
     TestServer::Options options;
     options.tcp = true;
     return options;
 }
 
-UserRecord FullUser(const QString& host, const QString& name)
-{
+UserRecord FullUser(const QString& host, const QString& name) {
     UserRecord user;
     user.set_host_name(host.toStdString());
     user.set_name(name.toStdString());
@@ -63,8 +60,7 @@ UserRecord FullUser(const QString& host, const QString& name)
     user.set_mail_address("ines@example.net");
     user.set_phone_signal_nr("555 0101");
     user.set_background_default(2147483647);
-    for (int i = 0; i < 9; ++i)
-        user.add_background_paper(i * 1000);
+    for (int i = 0; i < 9; ++i) user.add_background_paper(i * 1000);
     auto* extra = user.add_extras();
     extra->set_name("Room");
     extra->set_value("B 2.14 \xc3\xa4\xc3\xb6\xc3\xbc");
@@ -98,8 +94,7 @@ private slots:
     void ChannelTargetsFromHostText();
 };
 
-void TestSession::LoginOpensTheSession()
-{
+void TestSession::LoginOpensTheSession() {
     TestServer::Options options;
     options.brand = "quorel";
     TestServer server(options);
@@ -127,8 +122,7 @@ void TestSession::LoginOpensTheSession()
     QVERIFY(session.Servers().empty());
 }
 
-void TestSession::LoginRefusesWrongPasswordAndAllowsAnotherAttempt()
-{
+void TestSession::LoginRefusesWrongPasswordAndAllowsAnotherAttempt() {
     TestServer server;
     GrpcServerSession session(server.Channel());
     session.SetPassword(QStringLiteral("not the password"));
@@ -147,8 +141,7 @@ void TestSession::LoginRefusesWrongPasswordAndAllowsAnotherAttempt()
     QCOMPARE(session.GetBrand(), QStringLiteral("kelvar"));
 }
 
-void TestSession::LoginReportsUnreachableHost_data()
-{
+void TestSession::LoginReportsUnreachableHost_data() {
     QTest::addColumn<bool>("usePort");
     QTest::addColumn<QString>("host");
     QTest::newRow("nothing listens") << true << QString();
@@ -157,8 +150,7 @@ void TestSession::LoginReportsUnreachableHost_data()
     QTest::newRow("empty") << false << QStringLiteral("   ");
 }
 
-void TestSession::LoginReportsUnreachableHost()
-{
+void TestSession::LoginReportsUnreachableHost() {
     QFETCH(bool, usePort);
     QFETCH(QString, host);
     if (usePort) {
@@ -180,21 +172,18 @@ void TestSession::LoginReportsUnreachableHost()
     QCOMPARE(session.RpcCount(), usePort ? 1u : 0u);
 }
 
-void TestSession::CallsNeedAValidToken()
-{
+void TestSession::CallsNeedAValidToken() {
     TestServer server;
     GrpcServerSession anonymous(server.Channel());
     const SessionError error = Refusal([&] { anonymous.Servers(); });
     COMPARE_NUMBER(error, 0x80070005u);
     // The server itself refused: the call went out.
     QCOMPARE(anonymous.RpcCount(), 1u);
-    QCOMPARE(Refusal([&] { anonymous.GetUser(QStringLiteral("a"), QStringLiteral("b")); })
-                 .Number(),
+    QCOMPARE(Refusal([&] { anonymous.GetUser(QStringLiteral("a"), QStringLiteral("b")); }).Number(),
              0x80070005u);
 }
 
-void TestSession::ExpiredTokenLogsInAgainOnce()
-{
+void TestSession::ExpiredTokenLogsInAgainOnce() {
     TestServer server(Tcp());
     server.AddUserServer(QStringLiteral("alpha"));
     auto session = server.LoginTcp();
@@ -214,8 +203,7 @@ void TestSession::ExpiredTokenLogsInAgainOnce()
     QCOMPARE(session->RpcCount() - beforeSecond, 2u);
 }
 
-void TestSession::LostServerIsReportedAsBusy()
-{
+void TestSession::LostServerIsReportedAsBusy() {
     TestServer server(Tcp());
     auto session = server.LoginTcp();
     session->GetAdminSettings();
@@ -225,8 +213,7 @@ void TestSession::LostServerIsReportedAsBusy()
     COMPARE_NUMBER(Refusal([&] { session->Users(QStringLiteral("alpha")); }), 0x81000002u);
 }
 
-void TestSession::SilentServerRunsIntoTheDeadline()
-{
+void TestSession::SilentServerRunsIntoTheDeadline() {
     // Accepts connections (the kernel completes them) and never says a word.
     QTcpServer silent;
     QVERIFY(silent.listen(QHostAddress::LocalHost));
@@ -244,8 +231,7 @@ void TestSession::SilentServerRunsIntoTheDeadline()
     QVERIFY2(elapsed >= 900 && elapsed < 10000, qPrintable(QString::number(elapsed)));
 }
 
-void TestSession::LabelsComeFromMemory()
-{
+void TestSession::LabelsComeFromMemory() {
     // Over TCP: a call on the in-process channel of a stopped server is not
     // an error gRPC reports, it is a crash.
     TestServer server(Tcp());
@@ -256,8 +242,7 @@ void TestSession::LabelsComeFromMemory()
     QCOMPARE(session->GetLabel(QStringLiteral("Cancel")), QStringLiteral("Cancel"));
     QCOMPARE(session->GetLabel(QStringLiteral("No such key 4711")),
              QStringLiteral("No such key 4711"));
-    for (int i = 0; i < 1000; ++i)
-        session->GetLabel(QStringLiteral("key %1").arg(i));
+    for (int i = 0; i < 1000; ++i) session->GetLabel(QStringLiteral("key %1").arg(i));
     QCOMPARE(session->RpcCount(), calls);
 
     // With the server gone, labels still answer while calls fail.
@@ -266,8 +251,7 @@ void TestSession::LabelsComeFromMemory()
     COMPARE_NUMBER(Refusal([&] { session->Servers(); }), 0x81000002u);
 }
 
-void TestSession::LabelsFollowTheServersLanguage()
-{
+void TestSession::LabelsFollowTheServersLanguage() {
     TestServer::Options options;
     options.language = "de";
     TestServer server(options);
@@ -281,8 +265,7 @@ void TestSession::LabelsFollowTheServersLanguage()
     QCOMPARE(session->GetLabel(QStringLiteral("Yes")), QStringLiteral("Ja"));
 }
 
-void TestSession::ServerRefusalsKeepTheServersNumbers()
-{
+void TestSession::ServerRefusalsKeepTheServersNumbers() {
     TestServer server;
     server.AddUserServer(QStringLiteral("alpha"));
     auto first = server.Login();
@@ -330,8 +313,7 @@ void TestSession::ServerRefusalsKeepTheServersNumbers()
                    0x81010002u);
 }
 
-void TestSession::RecordsTravelWhole()
-{
+void TestSession::RecordsTravelWhole() {
     TestServer server;
     server.AddUserServer(QStringLiteral("alpha"));
     server.AddUsers(QStringLiteral("alpha"), 1, QStringLiteral("sub"));
@@ -360,8 +342,7 @@ void TestSession::RecordsTravelWhole()
     QVERIFY2(differencer.Compare(stored, received), difference.c_str());
 }
 
-void TestSession::LargeCollectionsArriveInOneCall()
-{
+void TestSession::LargeCollectionsArriveInOneCall() {
     TestServer server;
     server.AddUserServer(QStringLiteral("alpha"));
     // About 6 MiB in all: more than one gRPC message may carry.
@@ -396,8 +377,7 @@ void TestSession::LargeCollectionsArriveInOneCall()
     QVERIFY(names.contains(QStringLiteral("u0")) && names.contains(QStringLiteral("u1999")));
 }
 
-void TestSession::EveryKindIsAddressedByItsKey()
-{
+void TestSession::EveryKindIsAddressedByItsKey() {
     TestServer server;
     server.AddUserServer(QStringLiteral("alpha"));
     server.AddUsers(QStringLiteral("alpha"), 2);
@@ -433,10 +413,11 @@ void TestSession::EveryKindIsAddressedByItsKey()
     mailUser.set_extension("2001");
     session->CommitGatewayUser(mailUser);
     QCOMPARE(session->GatewayUsers(QStringLiteral("smtp.example.net")).size(), size_t(1));
-    QCOMPARE(session->GetGatewayUser(QStringLiteral("smtp.example.net"),
-                                     QStringLiteral("ann@example.net"))
-                 .extension(),
-             std::string("2001"));
+    QCOMPARE(
+        session
+            ->GetGatewayUser(QStringLiteral("smtp.example.net"), QStringLiteral("ann@example.net"))
+            .extension(),
+        std::string("2001"));
 
     // Rates are addressed by zone and 1-based index.
     ZoneRecord zone = session->GetZone(QStringLiteral("Europe"));
@@ -460,18 +441,17 @@ void TestSession::EveryKindIsAddressedByItsKey()
     QCOMPARE(session->Zones().zones_size(), 1);
 }
 
-void TestSession::ChannelTargetsFromHostText_data()
-{
+void TestSession::ChannelTargetsFromHostText_data() {
     QTest::addColumn<QString>("host");
     QTest::addColumn<QString>("target");
     QTest::newRow("name") << QStringLiteral("msgsrv") << QStringLiteral("msgsrv:47110");
-    QTest::newRow("name and port") << QStringLiteral("msgsrv.example.net:5000")
-                                   << QStringLiteral("msgsrv.example.net:5000");
-    QTest::newRow("blanks around") << QStringLiteral("  10.0.0.7 ")
-                                   << QStringLiteral("10.0.0.7:47110");
+    QTest::newRow("name and port")
+        << QStringLiteral("msgsrv.example.net:5000") << QStringLiteral("msgsrv.example.net:5000");
+    QTest::newRow("blanks around")
+        << QStringLiteral("  10.0.0.7 ") << QStringLiteral("10.0.0.7:47110");
     QTest::newRow("ipv6 in brackets") << QStringLiteral("[::1]") << QStringLiteral("[::1]:47110");
-    QTest::newRow("ipv6 with port") << QStringLiteral("[fe80::1]:99")
-                                    << QStringLiteral("[fe80::1]:99");
+    QTest::newRow("ipv6 with port")
+        << QStringLiteral("[fe80::1]:99") << QStringLiteral("[fe80::1]:99");
     QTest::newRow("bare ipv6") << QStringLiteral("fe80::2") << QStringLiteral("[fe80::2]:47110");
     QTest::newRow("port zero") << QStringLiteral("msgsrv:0") << QString();
     QTest::newRow("port not a number") << QStringLiteral("msgsrv:http") << QString();
@@ -480,8 +460,7 @@ void TestSession::ChannelTargetsFromHostText_data()
     QTest::newRow("empty brackets") << QStringLiteral("[]") << QString();
 }
 
-void TestSession::ChannelTargetsFromHostText()
-{
+void TestSession::ChannelTargetsFromHostText() {
     QFETCH(QString, host);
     QFETCH(QString, target);
     QCOMPARE(QString::fromStdString(GrpcServerSession::ChannelTarget(host)), target);

@@ -7,39 +7,33 @@ namespace winadmin {
 
 ScriptedPrompter::ScriptedPrompter() : previous_(SetPrompter(this)) {}
 
-ScriptedPrompter::~ScriptedPrompter()
-{
+ScriptedPrompter::~ScriptedPrompter() {
     SetPrompter(previous_);
 }
 
-void ScriptedPrompter::Answer(std::initializer_list<int> answers)
-{
-    for (int answer : answers)
-        answers_.enqueue(answer);
+void ScriptedPrompter::Answer(std::initializer_list<int> answers) {
+    for (int answer : answers) answers_.enqueue(answer);
 }
 
-const Prompt& ScriptedPrompter::LastPrompt() const
-{
+const Prompt& ScriptedPrompter::LastPrompt() const {
     static const Prompt none;
     return prompts_.isEmpty() ? none : prompts_.constLast().prompt;
 }
 
-int ScriptedPrompter::Show(const Prompt& prompt)
-{
+int ScriptedPrompter::Show(const Prompt& prompt) {
     const bool busy = qobject_cast<QGuiApplication*>(QCoreApplication::instance()) &&
                       QGuiApplication::overrideCursor() != nullptr;
     prompts_.append(Record{prompt, busy});
     if (answers_.isEmpty()) {
-        const QByteArray message = "unexpected prompt \"" + prompt.text.toUtf8() +
-                                   "\" titled \"" + prompt.title.toUtf8() + "\"";
+        const QByteArray message = "unexpected prompt \"" + prompt.text.toUtf8() + "\" titled \"" +
+                                   prompt.title.toUtf8() + "\"";
         QTest::qFail(message.constData(), __FILE__, __LINE__);
         return winadmin::Answer::Cancel;
     }
     return answers_.dequeue();
 }
 
-QString ScriptedPrompter::AskSaveFileName(const QString& title, const QString& filter)
-{
+QString ScriptedPrompter::AskSaveFileName(const QString& title, const QString& filter) {
     fileDialogTitles_.append(title);
     if (fileNames_.isEmpty()) {
         const QByteArray message = "unexpected save dialog \"" + title.toUtf8() + "\"";

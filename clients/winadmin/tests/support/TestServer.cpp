@@ -11,8 +11,7 @@ const QString TestServer::Password = QStringLiteral("Quill-7-Harbour");
 
 TestServer::TestServer() : TestServer(Options{}) {}
 
-TestServer::TestServer(Options options) : options_(std::move(options))
-{
+TestServer::TestServer(Options options) : options_(std::move(options)) {
     if (!dir_.isValid())
         throw std::runtime_error("cannot create a temporary directory for the store");
     Start(options_.tcp ? "127.0.0.1:0" : "", Password);
@@ -21,8 +20,7 @@ TestServer::TestServer(Options options) : options_(std::move(options))
 
 TestServer::~TestServer() = default;
 
-void TestServer::Start(const std::string& listen, const QString& password)
-{
+void TestServer::Start(const std::string& listen, const QString& password) {
     veldrano::server::ServerOptions options;
     options.dataPath = dir_.filePath(QStringLiteral("store.db")).toStdString();
     options.listen = listen;
@@ -34,31 +32,26 @@ void TestServer::Start(const std::string& listen, const QString& password)
     host_ = std::make_unique<veldrano::server::ServerHost>(options);
 }
 
-veldrano::server::Store& TestServer::GetStore()
-{
+veldrano::server::Store& TestServer::GetStore() {
     return host_->GetStore();
 }
 
-std::shared_ptr<grpc::Channel> TestServer::Channel()
-{
+std::shared_ptr<grpc::Channel> TestServer::Channel() {
     return host_->InProcessChannel();
 }
 
-QString TestServer::TcpHost() const
-{
+QString TestServer::TcpHost() const {
     return port_ ? QStringLiteral("127.0.0.1:%1").arg(port_) : QString();
 }
 
-std::unique_ptr<GrpcServerSession> TestServer::Login()
-{
+std::unique_ptr<GrpcServerSession> TestServer::Login() {
     auto session = std::make_unique<GrpcServerSession>(Channel());
     session->SetPassword(Password);
     session->Login();
     return session;
 }
 
-std::unique_ptr<GrpcServerSession> TestServer::LoginTcp()
-{
+std::unique_ptr<GrpcServerSession> TestServer::LoginTcp() {
     auto session = std::make_unique<GrpcServerSession>();
     session->SetHostName(TcpHost());
     session->SetPassword(Password);
@@ -66,20 +59,16 @@ std::unique_ptr<GrpcServerSession> TestServer::LoginTcp()
     return session;
 }
 
-void TestServer::Shutdown()
-{
-    if (host_)
-        host_->Shutdown();
+void TestServer::Shutdown() {
+    if (host_) host_->Shutdown();
 }
 
-void TestServer::Restart(const QString& password)
-{
+void TestServer::Restart(const QString& password) {
     host_.reset();
     Start(port_ ? "127.0.0.1:" + std::to_string(port_) : "", password);
 }
 
-void TestServer::AddUserServer(const QString& name)
-{
+void TestServer::AddUserServer(const QString& name) {
     veldrano::admin::v1::Server server = GetStore().GetServer(name.toStdString());
     server.set_comment("test server");
     server.set_user_server(true);
@@ -88,8 +77,7 @@ void TestServer::AddUserServer(const QString& name)
     GetStore().CommitServer(server);
 }
 
-void TestServer::AddUsers(const QString& host, int count, const QString& prefix)
-{
+void TestServer::AddUsers(const QString& host, int count, const QString& prefix) {
     veldrano::server::Store& store = GetStore();
     const std::string hostName = host.toStdString();
     store.Bulk([&] {

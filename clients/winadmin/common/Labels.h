@@ -1,0 +1,43 @@
+#pragma once
+// Language labels: every caption, tooltip, column header and message is a key
+// whose text comes from the server's label table. Forms are designed with the
+// keys as captions and translated when they load.
+
+#include <QList>
+#include <QString>
+
+class QWidget;
+class QLabel;
+class QTabWidget;
+
+namespace winadmin {
+
+// Whoever holds the label table (the server session after login).
+class LabelSource {
+public:
+    virtual ~LabelSource() = default;
+    virtual QString GetLabel(const QString& key) const = 0;
+};
+
+// Does not take ownership; nullptr makes every key its own text.
+void SetLabelSource(const LabelSource* source);
+
+// The text of key; the key itself when no table is loaded or the key is unknown.
+QString GetLabel(const QString& key);
+
+// Translates one form: its caption, and every label, frame (group box), button,
+// check box, option button and menu entry (caption key = the caption without
+// one trailing ":"), and the tooltips of toolbar buttons that have one. The
+// frame named "fraHiddenLabels" keeps its own caption (the labels inside it are
+// translated). Text fields, lists, trees and combo boxes are never touched.
+// Answers true when the walk ran to its end.
+bool ApplyFormLabels(QWidget* form);
+
+// Copies the (translated) captions of labels into the tabs, tab i from labels[i].
+bool ApplyTabCaptions(QTabWidget* tabs, const QList<QLabel*>& labels);
+
+// A field label's caption without its last character (the colon), as messages
+// that name a field show it.
+QString CaptionWithoutColon(const QString& caption);
+
+}  // namespace winadmin

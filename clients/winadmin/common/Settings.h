@@ -1,0 +1,36 @@
+#pragma once
+// The console's one settings store: per-user strings under
+//   Software\<vendor>\<product key>\<section>\<name>
+// A setting N under a key K lives as the default value of the subkey K\N, the
+// layout the console has always used in the registry, so that existing
+// settings are found. On Windows this is HKEY_CURRENT_USER; elsewhere a
+// per-user file with the same key paths. Tests point the store at a file of
+// their own with UseSettingsFile.
+
+#include <QString>
+
+namespace winadmin {
+
+inline const QString kVendor = QStringLiteral("Tarnex");
+
+// Where the store lives; by default the user's native store.
+void UseSettingsFile(const QString& path);
+void UseNativeSettings();
+
+// Reads are cut to 199 characters (the classic 200-character buffer with its
+// terminator) and trimmed; an empty or missing value gives the default.
+QString GetSetting(const QString& vendor, const QString& name, const QString& defaultValue);
+QString GetSectionSetting(const QString& vendor, const QString& productKey,
+                          const QString& section, const QString& name,
+                          const QString& defaultValue);
+// Writes the trimmed text. Answers true; a store that cannot be written
+// throws SettingsError.
+bool SaveSetting(const QString& vendor, const QString& name, const QString& value);
+bool SaveSectionSetting(const QString& vendor, const QString& productKey, const QString& section,
+                        const QString& name, const QString& value);
+
+// The leading number of a stored text ("12abc" gives 12), with "." as the
+// decimal point; fallback when the text does not start with a number.
+double LeadingNumber(const QString& text, double fallback);
+
+}  // namespace winadmin
