@@ -109,6 +109,8 @@ public:
     // Collections, streamed in pages (ListService.cpp)
     grpc::Status ListServers(grpc::ServerContext*, const pb::ListRequest*,
                              grpc::ServerWriter<pb::ServerPage>*) override;
+    grpc::Status ListServerObjects(grpc::ServerContext*, const pb::ListRequest*,
+                                   grpc::ServerWriter<pb::ServerObjectsPage>*) override;
     grpc::Status ListUsers(grpc::ServerContext*, const pb::ListRequest*,
                            grpc::ServerWriter<pb::UserPage>*) override;
     grpc::Status ListGroups(grpc::ServerContext*, const pb::ListRequest*,

@@ -59,6 +59,13 @@ grpc::Status AdminService::ListServers(grpc::ServerContext* c, const pb::ListReq
     return Guard(c, [&] { WriteAll(w, &pb::ServerPage::add_servers, store_.ListServers()); });
 }
 
+grpc::Status AdminService::ListServerObjects(grpc::ServerContext* c, const pb::ListRequest*,
+                                             grpc::ServerWriter<pb::ServerObjectsPage>* w) {
+    return Guard(c, [&] {
+        WriteAll(w, &pb::ServerObjectsPage::add_servers, store_.ListServerObjects());
+    });
+}
+
 grpc::Status AdminService::ListUsers(grpc::ServerContext* c, const pb::ListRequest* req,
                                      grpc::ServerWriter<pb::UserPage>* w) {
     return Guard(c, [&] {

@@ -2,6 +2,8 @@
 
 #include <google/protobuf/descriptor.h>
 
+#include <map>
+
 #include "store/Database.h"
 #include "store/Schema.h"
 #include "store/StoreDetail.h"
@@ -282,6 +284,28 @@ void Store::DeleteServer(const std::string& name, int64_t expectedVersion) {
     // go with it through the cascades of the schema.
     DeleteRow(*db_, kServers, 0, name, ServerCheck(name), expectedVersion);
     tx.Commit();
+}
+
+std::vector<pb::ServerObjects> Store::ListServerObjects() {
+    std::lock_guard lock(mutex_);
+    std::vector<pb::ServerObjects> result;
+    std::map<int64_t, size_t> byId;
+    auto servers = db_->Prepare("SELECT id, name FROM servers ORDER BY name");
+    while (servers.Step()) {
+        byId[servers.Int(0)] = result.size();
+        result.emplace_back().set_server(servers.Text(1));
+    }
+    // Two scans in all, whatever the number of servers.
+    for (const char* table : {"printers", "devices"}) {
+        auto st = db_->Prepare(std::string("SELECT server_id, name FROM ") + table +
+                               " ORDER BY server_id, name");
+        bool printers = std::string(table) == "printers";
+        while (st.Step()) {
+            auto& objects = result[byId.at(st.Int(0))];
+            *(printers ? objects.add_printers() : objects.add_devices()) = st.Text(1);
+        }
+    }
+    return result;
 }
 
 void Store::SetServerOnline(const std::string& name, bool online) {

@@ -46,6 +46,8 @@ public:
     int64_t CommitServer(const pb::Server& s);
     void DeleteServer(const std::string& name, int64_t expectedVersion = 0);
     void SetServerOnline(const std::string& name, bool online);
+    // The printer and device names of every server, servers in name order.
+    std::vector<pb::ServerObjects> ListServerObjects();
 
     // Users
     void ForEachUser(const std::string& host, const std::function<void(pb::User&)>& f);

@@ -303,6 +303,23 @@ TEST_F(StoreTest, EventsAreFilteredAndCappedWhereTheyAreStored) {
     EXPECT_EQ(seen.front().text(), "event 3");
 }
 
+TEST_F(StoreTest, ServerObjectsNameEveryPrinterAndDeviceUnderItsServer) {
+    auto objects = store->ListServerObjects();
+    ASSERT_EQ(objects.size(), 3u);
+    EXPECT_EQ(objects[0].server(), "alpha");
+    ASSERT_EQ(objects[0].printers_size(), 1);
+    EXPECT_EQ(objects[0].printers(0), "laser1");
+    ASSERT_EQ(objects[0].devices_size(), 3);
+    EXPECT_EQ(objects[0].devices(0), "isdn1");  // by name
+    EXPECT_EQ(objects[1].server(), "beta");
+    EXPECT_EQ(objects[1].printers_size() + objects[1].devices_size(), 0);
+    auto printer = store->GetPrinter("gamma", "ink2");
+    printer.set_comment("Ink");
+    printer.set_filter_command("cat");
+    store->CommitPrinter(printer);
+    EXPECT_EQ(store->ListServerObjects()[2].printers(0), "ink2");
+}
+
 TEST(SchemaTest, AnOlderStoreIsMigratedAndKeepsItsData) {
     auto dir = std::filesystem::temp_directory_path() / ("veldrano-migrate-" + std::to_string(::getpid()));
     std::filesystem::create_directories(dir);

@@ -31,6 +31,17 @@ QString GetLabel(const QString& key);
 // frame named "fraHiddenLabels" keeps its own caption (the labels inside it are
 // translated). Text fields, lists, trees and combo boxes are never touched.
 // Answers true when the walk ran to its end.
+//
+// What counts as part of the form: its child widgets, except other windows
+// parented to it (dialogs translate themselves when they load), status-bar
+// panels and the insides of fields, lists and tab bars. Menus count when they
+// are children of the form or of its menu bar, pop-up menus included. A label
+// with a buddy also names the buddy for screen readers (its text without the
+// mnemonic marker and the colon). Picture labels are left alone. Each control
+// remembers the caption it was designed with, so translating a form again (or
+// a page that its frame translates too) looks up the design keys once more.
+// A toolbar action's tooltip that Qt made up from a menu entry's text follows
+// that text and is not looked up on its own.
 bool ApplyFormLabels(QWidget* form);
 
 // Copies the (translated) captions of labels into the tabs, tab i from labels[i].

@@ -8,21 +8,30 @@
 // their own with UseSettingsFile.
 
 #include <QString>
+#include <stdexcept>
 
 namespace winadmin {
 
 inline const QString kVendor = QStringLiteral("Tarnex");
 
+// A write that the store refused (read-only file, denied registry key). The
+// message names the store so that the administrator knows what to fix.
+class SettingsError : public std::runtime_error {
+public:
+    explicit SettingsError(const QString& where);
+};
+
 // Where the store lives; by default the user's native store.
 void UseSettingsFile(const QString& path);
 void UseNativeSettings();
+// The file or registry root that reads and writes go to, for messages.
+QString SettingsLocation();
 
 // Reads are cut to 199 characters (the classic 200-character buffer with its
 // terminator) and trimmed; an empty or missing value gives the default.
 QString GetSetting(const QString& vendor, const QString& name, const QString& defaultValue);
-QString GetSectionSetting(const QString& vendor, const QString& productKey,
-                          const QString& section, const QString& name,
-                          const QString& defaultValue);
+QString GetSectionSetting(const QString& vendor, const QString& productKey, const QString& section,
+                          const QString& name, const QString& defaultValue);
 // Writes the trimmed text. Answers true; a store that cannot be written
 // throws SettingsError.
 bool SaveSetting(const QString& vendor, const QString& name, const QString& value);

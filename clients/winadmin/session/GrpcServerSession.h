@@ -49,6 +49,7 @@ public:
     void SetAdminPassword(const QString& password) override;
 
     std::vector<ServerRecord> Servers() override;
+    std::vector<ServerObjectsRecord> ServerObjects() override;
     ServerRecord GetServer(const QString& name) override;
     int64_t CommitServer(const ServerRecord& server) override;
     void DeleteServer(const QString& name, int64_t expectedVersion = 0) override;

@@ -73,6 +73,11 @@ std::vector<ServerRecord> GrpcServerSession::Servers() {
     return VELDRANO_LIST(pb::Server, ListServers, ListOf({}), pb::ServerPage, servers);
 }
 
+std::vector<ServerObjectsRecord> GrpcServerSession::ServerObjects() {
+    return VELDRANO_LIST(pb::ServerObjects, ListServerObjects, ListOf({}), pb::ServerObjectsPage,
+                         servers);
+}
+
 ServerRecord GrpcServerSession::GetServer(const QString& name) {
     return VELDRANO_UNARY(pb::Server, GetServer, NameKey(name));
 }

@@ -9,6 +9,7 @@ namespace winadmin {
 namespace pb = veldrano::admin::v1;
 
 using ServerRecord = pb::Server;
+using ServerObjectsRecord = pb::ServerObjects;
 using UserRecord = pb::User;
 using UserRefRecord = pb::UserRef;
 using GroupRecord = pb::Group;

@@ -9,12 +9,15 @@
 #include <cstdint>
 #include <vector>
 
+#include <memory>
+
+#include "common/Labels.h"
 #include "session/Records.h"
 #include "session/SessionError.h"
 
 namespace winadmin {
 
-class ServerSession {
+class ServerSession : public LabelSource {
 public:
     virtual ~ServerSession() = default;
 
@@ -34,7 +37,7 @@ public:
     virtual QString GetBrand() const = 0;
     // The label text for key in the server's language; the key itself for a
     // key the server does not know. Never calls the server.
-    virtual QString GetLabel(const QString& key) const = 0;
+    QString GetLabel(const QString& key) const override = 0;
     virtual void ReloadLabels() = 0;
 
     // Seconds each call may take. 30 before login; after login the server's
@@ -49,6 +52,8 @@ public:
     // --- Servers ---------------------------------------------------------------
 
     virtual std::vector<ServerRecord> Servers() = 0;
+    // The printer and device names of every server in one call, for the tree.
+    virtual std::vector<ServerObjectsRecord> ServerObjects() = 0;
     // A name that names no server answers a record marked is_new with defaults.
     virtual ServerRecord GetServer(const QString& name) = 0;
     // Answers the new version; a stale version is refused with 0x81000003.
@@ -159,5 +164,11 @@ public:
     // Makes the routing engine read its tables again.
     virtual void ReloadLcr() = 0;
 };
+
+// The one session of the process: created by the login dialog, held until
+// the program ends (tests replace it between cases). Setting it also makes
+// it the source of every label text.
+ServerSession* TheSession();
+void SetTheSession(std::unique_ptr<ServerSession> session);
 
 }  // namespace winadmin

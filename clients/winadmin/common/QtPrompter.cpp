@@ -1,0 +1,181 @@
+#include "common/QtPrompter.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFileDialog>
+#include <QKeyEvent>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRegularExpression>
+
+#include "common/AppContext.h"
+
+namespace winadmin {
+
+namespace {
+
+QMessageBox::StandardButton ButtonFor(int answer) {
+    switch (answer) {
+        case Answer::OK:
+            return QMessageBox::Ok;
+        case Answer::Cancel:
+            return QMessageBox::Cancel;
+        case Answer::Abort:
+            return QMessageBox::Abort;
+        case Answer::Retry:
+            return QMessageBox::Retry;
+        case Answer::Ignore:
+            return QMessageBox::Ignore;
+        case Answer::Yes:
+            return QMessageBox::Yes;
+        case Answer::No:
+            return QMessageBox::No;
+    }
+    return QMessageBox::NoButton;
+}
+
+int AnswerFor(QMessageBox::StandardButton button) {
+    switch (button) {
+        case QMessageBox::Ok:
+            return Answer::OK;
+        case QMessageBox::Cancel:
+            return Answer::Cancel;
+        case QMessageBox::Abort:
+            return Answer::Abort;
+        case QMessageBox::Retry:
+            return Answer::Retry;
+        case QMessageBox::Ignore:
+            return Answer::Ignore;
+        case QMessageBox::Yes:
+            return Answer::Yes;
+        case QMessageBox::No:
+            return Answer::No;
+        default:
+            return 0;
+    }
+}
+
+QMessageBox::Icon IconFor(PromptIcon icon) {
+    switch (icon) {
+        case PromptIcon::None:
+            return QMessageBox::NoIcon;
+        case PromptIcon::Critical:
+            return QMessageBox::Critical;
+        case PromptIcon::Question:
+            return QMessageBox::Question;
+        case PromptIcon::Exclamation:
+            return QMessageBox::Warning;
+        case PromptIcon::Information:
+            return QMessageBox::Information;
+    }
+    return QMessageBox::NoIcon;
+}
+
+// QMessageBox would let Escape and the close button answer Abort in an
+// Abort/Retry/Ignore box; the administrator has to choose one of the three.
+class PromptBox final : public QMessageBox {
+public:
+    using QMessageBox::QMessageBox;
+    bool escapable = true;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        if (!escapable && event->matches(QKeySequence::Cancel)) {
+            event->accept();
+            return;
+        }
+        QMessageBox::keyPressEvent(event);
+    }
+    void closeEvent(QCloseEvent* event) override {
+        if (!escapable) {
+            event->ignore();
+            return;
+        }
+        QMessageBox::closeEvent(event);
+    }
+};
+
+// Work that failed may leave the hourglass up; the box needs the normal
+// pointer while it shows, and the work's own busy state must be intact
+// afterwards.
+class NormalPointer {
+public:
+    NormalPointer() : active_(QGuiApplication::overrideCursor() != nullptr) {
+        if (active_) QGuiApplication::setOverrideCursor(Qt::ArrowCursor);
+    }
+    ~NormalPointer() {
+        if (active_) QGuiApplication::restoreOverrideCursor();
+    }
+    NormalPointer(const NormalPointer&) = delete;
+    NormalPointer& operator=(const NormalPointer&) = delete;
+
+private:
+    bool active_;
+};
+
+}  // namespace
+
+int QtPrompter::Show(const Prompt& prompt) {
+    const QList<int> answers = AnswersOf(prompt.buttons);
+    PromptBox box(QApplication::activeWindow());
+    box.setIcon(IconFor(prompt.icon));
+    box.setWindowTitle(prompt.title.isEmpty() ? ApplicationTitle() : prompt.title);
+    // Messages quote names such as "<Unknown>"; they must never be read as markup.
+    box.setTextFormat(Qt::PlainText);
+    box.setText(prompt.text);
+
+    int escapeAnswer = 0;
+    for (int answer : answers) {
+        QAbstractButton* button = box.addButton(ButtonFor(answer));
+        if (answer == Answer::Cancel || (answer == Answer::No && escapeAnswer == 0)) {
+            escapeAnswer = answer;
+            box.setEscapeButton(button);
+        }
+    }
+    if (answers.size() == 1) escapeAnswer = answers.first();
+    box.escapable = escapeAnswer != 0;
+    if (!box.escapable) box.setWindowFlag(Qt::WindowCloseButtonHint, false);
+
+    const int index = prompt.defaultButton - 1;
+    const int defaultAnswer = index >= 0 && index < answers.size() ? answers[index] : answers[0];
+    box.setDefaultButton(ButtonFor(defaultAnswer));
+
+    const NormalPointer pointer;
+    box.exec();
+    const int answer = AnswerFor(box.standardButton(box.clickedButton()));
+    // A box closed from outside (the application quitting) counts as
+    // dismissed the way Escape would have done it.
+    if (answer != 0) return answer;
+    return escapeAnswer != 0 ? escapeAnswer : defaultAnswer;
+}
+
+void QtPrompter::Beep() {
+    QApplication::beep();
+}
+
+QString QtPrompter::AskSaveFileName(const QString& title, const QString& filter) {
+    const NormalPointer pointer;
+    return QFileDialog::getSaveFileName(QApplication::activeWindow(), title, QString(),
+                                        QtFileFilter(filter));
+}
+
+QString QtFileFilter(const QString& classicFilter) {
+    if (classicFilter.isEmpty()) return {};
+    // Qt reads the patterns from a parenthesised list at the end of the name.
+    static const QRegularExpression namesPatterns(QStringLiteral("\\([^()]*\\)\\s*$"));
+    const QStringList parts = classicFilter.split(u'|');
+    QStringList filters;
+    for (qsizetype i = 0; i < parts.size(); i += 2) {
+        const QString description = parts.at(i).trimmed();
+        const QString patterns = i + 1 < parts.size()
+                                     ? parts.at(i + 1).split(u';', Qt::SkipEmptyParts).join(u' ')
+                                     : QString();
+        if (description.contains(namesPatterns) || patterns.isEmpty())
+            filters << description;
+        else
+            filters << QStringLiteral("%1 (%2)").arg(description, patterns.trimmed());
+    }
+    return filters.join(QStringLiteral(";;"));
+}
+
+}  // namespace winadmin

@@ -1,0 +1,122 @@
+#include "shell/ExplorerListView.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QListView>
+#include <QTreeView>
+
+namespace winadmin {
+
+namespace {
+
+constexpr int kLargeIconSize = 32;
+constexpr int kSmallIconSize = 16;
+
+}  // namespace
+
+ExplorerListView::ExplorerListView(QWidget* parent) : QStackedWidget(parent) {
+    details_ = new QTreeView(this);
+    details_->setObjectName(QStringLiteral("lvDetails"));
+    details_->setRootIsDecorated(false);
+    details_->setItemsExpandable(false);
+    // Large lists (thousands of users) must scroll without measuring rows.
+    details_->setUniformRowHeights(true);
+    details_->setAllColumnsShowFocus(true);
+    details_->setSelectionMode(QAbstractItemView::SingleSelection);
+    details_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    details_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    details_->setIconSize(QSize(kSmallIconSize, kSmallIconSize));
+    details_->header()->setStretchLastSection(false);
+
+    icons_ = new QListView(this);
+    icons_->setObjectName(QStringLiteral("lvIcons"));
+    icons_->setSelectionMode(QAbstractItemView::SingleSelection);
+    // The icon modes show one column, but a row picked there must be the
+    // whole row the report view shows selected.
+    icons_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    icons_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    icons_->setResizeMode(QListView::Adjust);
+    icons_->setMovement(QListView::Static);
+    icons_->setUniformItemSizes(true);
+
+    addWidget(details_);
+    addWidget(icons_);
+    setCurrentWidget(details_);
+    setFocusProxy(details_);
+}
+
+void ExplorerListView::SetModel(QAbstractItemModel* model) {
+    // Each view makes a selection model of its own in setModel; the icon view
+    // gives its up and shares the report view's, so both always show the same
+    // selection and current row. The pair's previous one is no longer used.
+    QItemSelectionModel* previous = details_->selectionModel();
+    details_->setModel(model);
+    icons_->setModel(model);
+    QItemSelectionModel* iconsOwn = icons_->selectionModel();
+    icons_->setSelectionModel(details_->selectionModel());
+    delete iconsOwn;
+    delete previous;
+}
+
+QAbstractItemModel* ExplorerListView::Model() const {
+    return details_->model();
+}
+
+QItemSelectionModel* ExplorerListView::SelectionModel() const {
+    return Model() ? details_->selectionModel() : nullptr;
+}
+
+void ExplorerListView::SetMode(int mode) {
+    if (!IsMode(mode)) return;
+    const bool hadFocus = HasListFocus();
+    switch (mode) {
+        case LargeIcons:
+            icons_->setViewMode(QListView::IconMode);
+            icons_->setFlow(QListView::LeftToRight);
+            icons_->setWrapping(true);
+            icons_->setIconSize(QSize(kLargeIconSize, kLargeIconSize));
+            icons_->setWordWrap(true);
+            break;
+        case SmallIcons:
+            // Rows of small icons, filled left to right.
+            icons_->setViewMode(QListView::ListMode);
+            icons_->setFlow(QListView::LeftToRight);
+            icons_->setWrapping(true);
+            icons_->setIconSize(QSize(kSmallIconSize, kSmallIconSize));
+            icons_->setWordWrap(false);
+            break;
+        case List:
+            // Columns of small icons, filled top to bottom.
+            icons_->setViewMode(QListView::ListMode);
+            icons_->setFlow(QListView::TopToBottom);
+            icons_->setWrapping(true);
+            icons_->setIconSize(QSize(kSmallIconSize, kSmallIconSize));
+            icons_->setWordWrap(false);
+            break;
+        default:
+            break;
+    }
+    // setViewMode resets the movement; the icons stay where the model puts them.
+    icons_->setMovement(QListView::Static);
+    QAbstractItemView* shown = mode == Details ? static_cast<QAbstractItemView*>(details_)
+                                               : static_cast<QAbstractItemView*>(icons_);
+    setCurrentWidget(shown);
+    setFocusProxy(shown);
+    if (hadFocus) shown->setFocus();
+    if (SelectionModel() && SelectionModel()->currentIndex().isValid())
+        shown->scrollTo(SelectionModel()->currentIndex());
+    const bool changed = mode != mode_;
+    mode_ = mode;
+    if (changed) emit ModeChanged(mode_);
+}
+
+QAbstractItemView* ExplorerListView::CurrentView() const {
+    return qobject_cast<QAbstractItemView*>(currentWidget());
+}
+
+bool ExplorerListView::HasListFocus() const {
+    const QWidget* focus = QApplication::focusWidget();
+    return focus && (focus == this || isAncestorOf(focus));
+}
+
+}  // namespace winadmin

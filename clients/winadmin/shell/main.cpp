@@ -1,0 +1,23 @@
+// veldrano-admin: the administration console of the VELDRANO message server.
+
+#include <QApplication>
+#include <QIcon>
+
+#include "common/QtPrompter.h"
+#include "shell/KindIcons.h"
+#include "shell/Startup.h"
+
+int main(int argc, char* argv[]) {
+    QApplication app(argc, argv);
+    QApplication::setOrganizationName(QStringLiteral("Tarnex"));
+    QApplication::setApplicationName(QStringLiteral("VELDRANO Administrator"));
+
+    winadmin::QtPrompter prompter;
+    winadmin::SetPrompter(&prompter);
+    winadmin::LoadConsoleResources();
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/app/icon.svg")));
+
+    const int result = winadmin::Main(app);
+    winadmin::SetPrompter(nullptr);
+    return result;
+}

@@ -1,0 +1,119 @@
+// Code tables against the real label tables of the reference server: every
+// code maps to its key's text, codes outside a table to "<Unknown>", and no
+// text is cached across a change of language.
+
+#include <QTest>
+
+#include "common/CodeTables.h"
+#include "common/Labels.h"
+#include "support/TestServer.h"
+
+using namespace winadmin;
+
+class TestCodeTables : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void PrinterTypesKeepTheServersNumbering();
+    void SeveritiesAndOriginatorsFallBackToUnknown();
+    void MessageClassBitsInFixedOrder();
+    void ProcessStatusLooksAtRunStateFirst();
+    void CountsAndFlags();
+    void TextsFollowALanguageChangeAtOnce();
+
+private:
+    QString Label(const char* key) const { return session_->GetLabel(QString::fromLatin1(key)); }
+
+    std::unique_ptr<TestServer> server_;
+    std::unique_ptr<GrpcServerSession> session_;
+};
+
+void TestCodeTables::init() {
+    server_ = std::make_unique<TestServer>();
+    session_ = server_->Login();
+    SetLabelSource(session_.get());
+}
+
+void TestCodeTables::cleanup() {
+    SetLabelSource(nullptr);
+    session_.reset();
+    server_.reset();
+}
+
+void TestCodeTables::PrinterTypesKeepTheServersNumbering() {
+    QCOMPARE(PrinterTypeText(0), Label("PRN_ASCII"));
+    QCOMPARE(PrinterTypeText(9), Label("PRN_PS_COMP"));
+    QCOMPARE(PrinterTypeText(10), Label("PRN_HP_LJ_FAST"));
+    QCOMPARE(PrinterTypeText(11), Label("PRN_WINDOWS"));
+    QCOMPARE(PrinterTypeText(12), Label("<Unknown>"));
+    QCOMPARE(PrinterTypeText(-1), Label("<Unknown>"));
+    // The texts are real translations, not the keys coming back.
+    QVERIFY(PrinterTypeText(8) != QStringLiteral("PRN_PS"));
+    QCOMPARE(PrinterTypeKeys().size(), 12);
+    QCOMPARE(PrinterTypeKeys().at(10), QStringLiteral("PRN_HP_LJ_FAST"));
+    QCOMPARE(PaperSizeKeys(),
+             QStringList({"PAPER_A4", "PAPER_LEGAL", "PAPER_LETTER"}));
+}
+
+void TestCodeTables::SeveritiesAndOriginatorsFallBackToUnknown() {
+    QCOMPARE(SeverityText(0), Label("SeverityNone"));
+    QCOMPARE(SeverityText(5), Label("SeverityPanic"));
+    QCOMPARE(SeverityText(6), Label("<Unknown>"));
+    QCOMPARE(OriginatorText(0), Label("OriginatorAlpha"));
+    QCOMPARE(OriginatorText(7), Label("OriginatorDriverFax"));
+    QCOMPARE(OriginatorText(19), Label("OriginatorPi"));
+    QCOMPARE(OriginatorText(20), Label("<Unknown>"));
+    QCOMPARE(OriginatorText(-3), Label("<Unknown>"));
+}
+
+void TestCodeTables::MessageClassBitsInFixedOrder() {
+    // Application comes before Unix although Unix is bit 0; each text is
+    // followed by one blank.
+    QCOMPARE(MessageClassText(0x41),
+             Label("MsgClassAppl") + QLatin1Char(' ') + Label("MsgClassUnix") + QLatin1Char(' '));
+    QCOMPARE(MessageClassText(0x400), QString());
+    QCOMPARE(MessageClassText(0), QString());
+    QCOMPARE(MessageClassText(0x300 | 0x08),
+             Label("MsgClassServer") + QLatin1Char(' ') + Label("MsgClassSetup") +
+                 QLatin1Char(' ') + Label("MsgClassSignal") + QLatin1Char(' '));
+    // Bits outside the ten are ignored.
+    QCOMPARE(MessageClassText(0x7FF), MessageClassText(0x3FF));
+    QVERIFY(MessageClassText(0x3FF).startsWith(Label("MsgClassAppl") + QLatin1Char(' ')));
+    QVERIFY(MessageClassText(0x3FF).endsWith(Label("MsgClassUnix") + QLatin1Char(' ')));
+}
+
+void TestCodeTables::ProcessStatusLooksAtRunStateFirst() {
+    QCOMPARE(ProcessStatusText(-1, 0), Label("ProcessStarting"));
+    QCOMPARE(ProcessStatusText(-1, -1), Label("ProcessFailed"));
+    QCOMPARE(ProcessStatusText(-2, 1), Label("ProcessInit"));
+    QCOMPARE(ProcessStatusText(-1, 1), Label("ProcessRun"));
+    QCOMPARE(ProcessStatusText(0, 1), Label("ProcessTerminated"));
+    QCOMPARE(ProcessStatusText(3, 5), Label("ProcessExit") + QStringLiteral(" (0x3)"));
+    QCOMPARE(ProcessStatusText(255, 1), Label("ProcessExit") + QStringLiteral(" (0xFF)"));
+    QCOMPARE(ProcessStatusText(-5, 1), Label("ProcessExit") + QStringLiteral(" (0xFFFFFFFB)"));
+}
+
+void TestCodeTables::CountsAndFlags() {
+    QCOMPARE(CountOrDashText(0), QStringLiteral("---"));
+    QCOMPARE(CountOrDashText(-4), QStringLiteral("---"));
+    QCOMPARE(CountOrDashText(7), QStringLiteral(" 7"));
+    QCOMPARE(CountOrDashText(4100), QStringLiteral(" 4100"));
+    QCOMPARE(YesNoText(true), Label("Yes"));
+    QCOMPARE(YesNoText(false), Label("No"));
+}
+
+void TestCodeTables::TextsFollowALanguageChangeAtOnce() {
+    const QString english = SeverityText(3);
+    TestServer german({false, "", "de"});
+    auto germanSession = german.Login();
+    SetLabelSource(germanSession.get());
+    QCOMPARE(SeverityText(3), germanSession->GetLabel(QStringLiteral("SeverityError")));
+    QVERIFY(SeverityText(3) != english);
+    SetLabelSource(session_.get());
+    QCOMPARE(SeverityText(3), english);
+}
+
+QTEST_GUILESS_MAIN(TestCodeTables)
+#include "tst_codetables.moc"

@@ -1,0 +1,232 @@
+// The settings store over a settings file of the test's own.
+
+#include <QFile>
+#include <QLocale>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <memory>
+
+#include "common/Settings.h"
+
+using namespace winadmin;
+
+namespace {
+
+const QString kProduct = QStringLiteral("VELDRANO Administrator");
+
+}  // namespace
+
+class TestSettings : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void SavedValuesAreTrimmedAndReadBack();
+    void StoredTextIsReadAsTheClassicBufferHeldIt_data();
+    void StoredTextIsReadAsTheClassicBufferHeldIt();
+    void SettingsLiveAsDefaultValuesOfSubkeys();
+    void SectionsProductsAndPlainNamesDoNotCollide();
+    void StoreThatCannotBeWrittenThrowsOnSaveOnly();
+    void LeadingNumber_data();
+    void LeadingNumber();
+
+private:
+    // What a program other than the console left in the store.
+    void StoreRaw(const QString& key, const QString& value);
+
+    std::unique_ptr<QTemporaryDir> dir_;
+    QString file_;
+};
+
+void TestSettings::init() {
+    dir_ = std::make_unique<QTemporaryDir>();
+    QVERIFY(dir_->isValid());
+    file_ = dir_->filePath(QStringLiteral("settings.ini"));
+    UseSettingsFile(file_);
+}
+
+void TestSettings::cleanup() {
+    // Never let a later test write into the real store of the user.
+    UseNativeSettings();
+    dir_.reset();
+}
+
+void TestSettings::StoreRaw(const QString& key, const QString& value) {
+    QSettings raw(file_, QSettings::IniFormat);
+    raw.setValue(key, value);
+    raw.sync();
+    QCOMPARE(raw.status(), QSettings::NoError);
+}
+
+void TestSettings::SavedValuesAreTrimmedAndReadBack() {
+    QVERIFY(SaveSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("  mx-01  ")));
+    QCOMPARE(GetSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("dflt")),
+             QStringLiteral("mx-01"));
+    // What was written is the trimmed text, not only what a read makes of it.
+    QSettings raw(file_, QSettings::IniFormat);
+    QCOMPARE(raw.value(QStringLiteral("Software/Tarnex/LastAdminServer/Default")).toString(),
+             QStringLiteral("mx-01"));
+
+    // Inner blanks are part of the value; a zero is a value, not "unset".
+    QVERIFY(SaveSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
+                               QStringLiteral("ListView Mode"), QStringLiteral(" large  icons ")));
+    QVERIFY(SaveSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
+                               QStringLiteral("Splitter"), QStringLiteral("0")));
+    QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
+                               QStringLiteral("ListView Mode"), QString()),
+             QStringLiteral("large  icons"));
+    QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
+                               QStringLiteral("Splitter"), QStringLiteral("2500")),
+             QStringLiteral("0"));
+
+    // Saving blanks leaves a value that reads as absent.
+    QVERIFY(SaveSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("   ")));
+    QCOMPARE(GetSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("dflt")),
+             QStringLiteral("dflt"));
+}
+
+void TestSettings::StoredTextIsReadAsTheClassicBufferHeldIt_data() {
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<QString>("expected");
+
+    const QString dflt = QStringLiteral("<default>");
+    QTest::newRow("blanks only") << QStringLiteral("     ") << dflt;
+    QTest::newRow("empty") << QString() << dflt;
+    QTest::newRow("zero") << QStringLiteral("0") << QStringLiteral("0");
+    QTest::newRow("padded") << QStringLiteral("  4711 ") << QStringLiteral("4711");
+    QTest::newRow("text after NUL") << QStringLiteral("mx-01\0junk") << QStringLiteral("mx-01");
+    QTest::newRow("NUL first") << QStringLiteral("\0mx-01") << dflt;
+    const QString longValue = QString(120, u'a') + QString(130, u'b');
+    QTest::newRow("250 characters") << longValue << longValue.left(199);
+    // The cut comes before the trim: blanks that end up last go as well.
+    QTest::newRow("cut at a blank")
+        << QString(198, u'x') + QStringLiteral("  tail") << QString(198, u'x');
+    QTest::newRow("blanks then 250") << QStringLiteral("   ") + longValue << longValue.left(196);
+}
+
+void TestSettings::StoredTextIsReadAsTheClassicBufferHeldIt() {
+    QFETCH(QString, stored);
+    QFETCH(QString, expected);
+    StoreRaw(QStringLiteral("Software/Tarnex/LastAdminServer/Default"), stored);
+    StoreRaw(QStringLiteral("Software/Tarnex/VELDRANO Administrator/MainForm/Left/Default"),
+             stored);
+    QCOMPARE(GetSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("<default>")),
+             expected);
+    QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
+                               QStringLiteral("Left"), QStringLiteral("<default>")),
+             expected);
+}
+
+void TestSettings::SettingsLiveAsDefaultValuesOfSubkeys() {
+    // Settings that an earlier installation wrote are found where it put them.
+    StoreRaw(QStringLiteral("Software/Tarnex/LastAdminServer/Default"), QStringLiteral("old-host"));
+    StoreRaw(QStringLiteral("Software/Tarnex/Quorel Administrator/EventView/Column 2/Default"),
+             QStringLiteral("1800"));
+    QCOMPARE(GetSetting(kVendor, QStringLiteral("LastAdminServer"), QString()),
+             QStringLiteral("old-host"));
+    QCOMPARE(GetSectionSetting(kVendor, QStringLiteral("Quorel Administrator"),
+                               QStringLiteral("EventView"), QStringLiteral("Column 2"), QString()),
+             QStringLiteral("1800"));
+
+    QVERIFY(SaveSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
+                               QStringLiteral("Server Timeout"), QStringLiteral("45")));
+    QSettings raw(file_, QSettings::IniFormat);
+    QCOMPARE(raw.value(QStringLiteral("Software/Tarnex/VELDRANO Administrator/MainForm/"
+                                      "Server Timeout/Default"))
+                 .toString(),
+             QStringLiteral("45"));
+    // A value beside the subkey would not be found by an older console.
+    QVERIFY(!raw.contains(
+        QStringLiteral("Software/Tarnex/VELDRANO Administrator/MainForm/Server Timeout")));
+}
+
+void TestSettings::SectionsProductsAndPlainNamesDoNotCollide() {
+    const QString section = QStringLiteral("MainForm");
+    const QString name = QStringLiteral("Left");
+    QVERIFY(SaveSetting(kVendor, name, QStringLiteral("plain")));
+    QVERIFY(SaveSetting(kVendor, section, QStringLiteral("section as a name")));
+    QVERIFY(SaveSectionSetting(kVendor, kProduct, section, name, QStringLiteral("veldrano")));
+    QVERIFY(SaveSectionSetting(kVendor, QStringLiteral("Quorel Administrator"), section, name,
+                               QStringLiteral("quorel")));
+    QVERIFY(SaveSectionSetting(kVendor, kProduct, QStringLiteral("AdmView"), name,
+                               QStringLiteral("view")));
+    QVERIFY(SaveSetting(QStringLiteral("Other"), name, QStringLiteral("other vendor")));
+
+    QCOMPARE(GetSetting(kVendor, name, QString()), QStringLiteral("plain"));
+    QCOMPARE(GetSetting(kVendor, section, QString()), QStringLiteral("section as a name"));
+    QCOMPARE(GetSectionSetting(kVendor, kProduct, section, name, QString()),
+             QStringLiteral("veldrano"));
+    QCOMPARE(GetSectionSetting(kVendor, QStringLiteral("Quorel Administrator"), section, name,
+                               QString()),
+             QStringLiteral("quorel"));
+    QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("AdmView"), name, QString()),
+             QStringLiteral("view"));
+    QCOMPARE(GetSetting(QStringLiteral("Other"), name, QString()), QStringLiteral("other vendor"));
+    QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("UserView"), name,
+                               QStringLiteral("none")),
+             QStringLiteral("none"));
+
+    // Another file is another store.
+    UseSettingsFile(dir_->filePath(QStringLiteral("second.ini")));
+    QCOMPARE(GetSetting(kVendor, name, QStringLiteral("none")), QStringLiteral("none"));
+    UseSettingsFile(file_);
+    QCOMPARE(GetSetting(kVendor, name, QStringLiteral("none")), QStringLiteral("plain"));
+}
+
+void TestSettings::StoreThatCannotBeWrittenThrowsOnSaveOnly() {
+    // A path below a plain file cannot be created, whoever runs the test.
+    QFile blocker(dir_->filePath(QStringLiteral("blocker")));
+    QVERIFY(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    UseSettingsFile(dir_->filePath(QStringLiteral("blocker/settings.ini")));
+
+    QCOMPARE(GetSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("dflt")),
+             QStringLiteral("dflt"));
+    try {
+        SaveSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("mx-01"));
+        QFAIL("a store that cannot be written must refuse the save");
+    } catch (const SettingsError& error) {
+        QVERIFY2(QString::fromUtf8(error.what()).contains(QStringLiteral("cannot be written")),
+                 error.what());
+        QVERIFY2(QString::fromUtf8(error.what()).contains(QStringLiteral("blocker")), error.what());
+    }
+    QVERIFY_THROWS_EXCEPTION(SettingsError,
+                             SaveSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
+                                                QStringLiteral("Left"), QStringLiteral("10")));
+}
+
+void TestSettings::LeadingNumber_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<double>("expected");
+
+    const double fallback = -99.0;
+    QTest::newRow("digits then letters") << QStringLiteral("12abc") << 12.0;
+    QTest::newRow("negative") << QStringLiteral("-3") << -3.0;
+    QTest::newRow("fraction then letter") << QStringLiteral("1.5x") << 1.5;
+    QTest::newRow("letters") << QStringLiteral("abc") << fallback;
+    QTest::newRow("empty") << QString() << fallback;
+    QTest::newRow("blanks around") << QStringLiteral("  42  ") << 42.0;
+    QTest::newRow("leading point") << QStringLiteral(".25") << 0.25;
+    QTest::newRow("sign alone") << QStringLiteral("-") << fallback;
+    QTest::newRow("point alone") << QStringLiteral(".") << fallback;
+    QTest::newRow("comma is no decimal point") << QStringLiteral("1,5") << 1.0;
+    QTest::newRow("exponent") << QStringLiteral("2e3 px") << 2000.0;
+    QTest::newRow("exponent without digits") << QStringLiteral("2e") << 2.0;
+    QTest::newRow("second point") << QStringLiteral("1.2.3") << 1.2;
+}
+
+void TestSettings::LeadingNumber() {
+    QFETCH(QString, text);
+    QFETCH(double, expected);
+    // Stored numbers use "." whatever the administrator's locale says.
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    const double value = winadmin::LeadingNumber(text, -99.0);
+    QLocale::setDefault(QLocale::c());
+    QCOMPARE(value, expected);
+}
+
+QTEST_MAIN(TestSettings)
+#include "tst_settings.moc"
