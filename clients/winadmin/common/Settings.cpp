@@ -26,14 +26,35 @@ QString NativeLocation() {
 #endif
 }
 
-std::unique_ptr<QSettings> OpenStore() {
+// One open store, reopened when its location changes. QSettings reads the
+// file once and syncs on demand, so keeping it open saves a parse per read.
+QSettings* Store() {
+    static std::unique_ptr<QSettings> store;
+    static QString openedAt;
     const QString& file = SettingsFilePath();
-    if (!file.isEmpty()) return std::make_unique<QSettings>(file, QSettings::IniFormat);
+    const QString location = file.isEmpty() ? NativeLocation() : file;
+    if (!store || openedAt != location) {
 #ifdef Q_OS_WIN
-    return std::make_unique<QSettings>(NativeLocation(), QSettings::NativeFormat);
+        const auto format = file.isEmpty() ? QSettings::NativeFormat : QSettings::IniFormat;
 #else
-    return std::make_unique<QSettings>(NativeLocation(), QSettings::IniFormat);
+        const auto format = QSettings::IniFormat;
 #endif
+        store = std::make_unique<QSettings>(location, format);
+        openedAt = location;
+    }
+    return store.get();
+}
+
+int& BatchDepth() {
+    static int depth = 0;
+    return depth;
+}
+
+void SyncStore() {
+    QSettings* store = Store();
+    store->sync();
+    if (store->status() != QSettings::NoError || !store->isWritable())
+        throw SettingsError(store->fileName());
 }
 
 // The setting is the default value of a subkey named after it; in the
@@ -57,8 +78,7 @@ QString TrimBlanks(const QString& text) {
 }
 
 QString ReadKey(const QString& key, const QString& defaultValue) {
-    const auto store = OpenStore();
-    const QVariant stored = store->value(key);
+    const QVariant stored = Store()->value(key);
     if (!stored.isValid()) return defaultValue;
     // The classic read filled a 200-character buffer and stopped at the
     // terminator, so longer values and anything after a NUL never arrived.
@@ -70,15 +90,29 @@ QString ReadKey(const QString& key, const QString& defaultValue) {
 }
 
 bool WriteKey(const QString& key, const QString& value) {
-    const auto store = OpenStore();
+    QSettings* store = Store();
     if (!store->isWritable()) throw SettingsError(store->fileName());
     store->setValue(key, TrimBlanks(value));
-    store->sync();
-    if (store->status() != QSettings::NoError) throw SettingsError(store->fileName());
+    // Inside a batch the file is written once, when the batch ends.
+    if (BatchDepth() == 0) SyncStore();
     return true;
 }
 
 }  // namespace
+
+SettingsBatch::SettingsBatch() { ++BatchDepth(); }
+
+SettingsBatch::~SettingsBatch() {
+    if (finished_) return;
+    // Unwinding already: write what was set, but never throw from here.
+    if (--BatchDepth() == 0) Store()->sync();
+}
+
+void SettingsBatch::Finish() {
+    if (finished_) return;
+    finished_ = true;
+    if (--BatchDepth() == 0) SyncStore();
+}
 
 SettingsError::SettingsError(const QString& where)
     : std::runtime_error(

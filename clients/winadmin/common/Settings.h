@@ -38,6 +38,21 @@ bool SaveSetting(const QString& vendor, const QString& name, const QString& valu
 bool SaveSectionSetting(const QString& vendor, const QString& productKey, const QString& section,
                         const QString& name, const QString& value);
 
+// Groups many writes into one write of the store (closing the main window
+// saves dozens of values). Finish writes and throws SettingsError when the
+// store cannot be written; a batch left by an exception writes silently.
+class SettingsBatch {
+public:
+    SettingsBatch();
+    ~SettingsBatch();
+    SettingsBatch(const SettingsBatch&) = delete;
+    SettingsBatch& operator=(const SettingsBatch&) = delete;
+    void Finish();
+
+private:
+    bool finished_ = false;
+};
+
 // The leading number of a stored text ("12abc" gives 12), with "." as the
 // decimal point; fallback when the text does not start with a number.
 double LeadingNumber(const QString& text, double fallback);

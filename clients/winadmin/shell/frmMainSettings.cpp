@@ -47,6 +47,7 @@ void frmMain::LoadViewSettings() {
 }
 
 void frmMain::SaveViewSettings() {
+    SettingsBatch batch;
     // A maximised or minimised window's bounds are not where it should open
     // next time; the bounds saved before stay.
     if (!(windowState() & (Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen))) {
@@ -60,6 +61,7 @@ void frmMain::SaveViewSettings() {
     if (activatedOnce_) SaveMainFormSetting(QStringLiteral("ListView Mode"), ListViewMode());
     SaveMainFormSetting(QStringLiteral("Splitter"), splitterTwips_);
     widths_.Save(GetProductKeyName());
+    batch.Finish();
 }
 
 }  // namespace winadmin
