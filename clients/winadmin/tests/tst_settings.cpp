@@ -30,12 +30,17 @@ private slots:
     void SettingsLiveAsDefaultValuesOfSubkeys();
     void SectionsProductsAndPlainNamesDoNotCollide();
     void StoreThatCannotBeWrittenThrowsOnSaveOnly();
+    void BatchWritesTheStoreOnceAtItsEnd();
     void LeadingNumber_data();
     void LeadingNumber();
 
 private:
     // What a program other than the console left in the store.
     void StoreRaw(const QString& key, const QString& value);
+    QString FileText() const {
+        QFile file(file_);
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
 
     std::unique_ptr<QTemporaryDir> dir_;
     QString file_;
@@ -196,6 +201,38 @@ void TestSettings::StoreThatCannotBeWrittenThrowsOnSaveOnly() {
     QVERIFY_THROWS_EXCEPTION(SettingsError,
                              SaveSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
                                                 QStringLiteral("Left"), QStringLiteral("10")));
+}
+
+void TestSettings::BatchWritesTheStoreOnceAtItsEnd() {
+    const QString onDisk = QStringLiteral("Software/Tarnex/VELDRANO Administrator/MainForm/Left/Default");
+    {
+        SettingsBatch batch;
+        {
+            SettingsBatch nested;  // a batch inside a batch does not write early
+            SaveSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
+                               QStringLiteral("Left"), QStringLiteral(" 1200 "));
+            nested.Finish();
+        }
+        // QSettings objects of one process share unwritten changes, so look
+        // at the file itself.
+        QVERIFY(!FileText().contains(QStringLiteral("1200")));
+        // What was saved is read back at once, before the store is written.
+        QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
+                                   QStringLiteral("Left"), QString()),
+                 QStringLiteral("1200"));
+        batch.Finish();
+    }
+    QVERIFY(FileText().contains(QStringLiteral("1200")));
+    QCOMPARE(QSettings(file_, QSettings::IniFormat).value(onDisk).toString(),
+             QStringLiteral("1200"));
+    // A batch left by an exception still writes what was set.
+    try {
+        SettingsBatch batch;
+        SaveSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("mx-02"));
+        throw std::runtime_error("interrupted");
+    } catch (const std::runtime_error&) {
+    }
+    QVERIFY(FileText().contains(QStringLiteral("mx-02")));
 }
 
 void TestSettings::LeadingNumber_data() {
