@@ -69,6 +69,8 @@ QItemSelectionModel* ExplorerListView::SelectionModel() const {
 void ExplorerListView::SetMode(int mode) {
     if (!IsMode(mode)) return;
     const bool hadFocus = HasListFocus();
+    // Changing the arrangement resets whether rows can be dragged out.
+    const bool dragEnabled = icons_->dragEnabled();
     switch (mode) {
         case LargeIcons:
             icons_->setViewMode(QListView::IconMode);
@@ -98,6 +100,7 @@ void ExplorerListView::SetMode(int mode) {
     }
     // setViewMode resets the movement; the icons stay where the model puts them.
     icons_->setMovement(QListView::Static);
+    icons_->setDragEnabled(dragEnabled);
     QAbstractItemView* shown = mode == Details ? static_cast<QAbstractItemView*>(details_)
                                                : static_cast<QAbstractItemView*>(icons_);
     setCurrentWidget(shown);

@@ -1,25 +1,82 @@
 #include "shell/ListModel.h"
 
+#include <QCollator>
+#include <QMimeData>
+#include <QSet>
 #include <algorithm>
+#include <numeric>
 
 #include "shell/KindIcons.h"
 
 namespace winadmin {
 
+const QString ListModel::DragFormat = QStringLiteral("application/x-veldrano-explorer-rows");
+
+namespace {
+
+bool IsDraggable(const QString& iconKey) {
+    return iconKey == QLatin1String("User") || iconKey == QLatin1String("Printer") ||
+           iconKey == QLatin1String("Device") || iconKey == QLatin1String("GatewayUser");
+}
+
+class Utf8Row final : public ListRecords {
+public:
+    explicit Utf8Row(std::initializer_list<std::string_view> texts)
+        : texts_(texts.begin(), texts.end()) {}
+    int CellCount() const override { return int(texts_.size()); }
+    QString Cell(size_t, int cell) const override {
+        return QString::fromStdString(texts_[size_t(cell)]);
+    }
+
+private:
+    std::vector<std::string> texts_;
+};
+
+}  // namespace
+
+ListCells ListCells::FromUtf8(std::initializer_list<std::string_view> texts) {
+    return ListCells(std::make_shared<const Utf8Row>(texts), 0);
+}
+
+QStringList ListCells::ToStringList() const {
+    if (!records_) return texts_;
+    QStringList texts;
+    texts.reserve(size());
+    for (int i = 0; i < size(); ++i) texts.append(at(i));
+    return texts;
+}
+
 ListModel::ListModel(QObject* parent) : QAbstractTableModel(parent) {}
 
 void ListModel::SetColumns(std::vector<ListColumn> columns) {
+    // The same columns again (the next server's users, a refresh) are the
+    // same kind of list, which keeps the order chosen for it and the header
+    // click that reverses it.
+    const bool sameKind =
+        std::equal(columns.begin(), columns.end(), columns_.begin(), columns_.end(),
+                   [](const ListColumn& a, const ListColumn& b) { return a.key == b.key; });
     beginResetModel();
     columns_ = std::move(columns);
     rows_.clear();
-    sortColumn_ = -1;
-    sortOrder_ = Qt::AscendingOrder;
+    if (!sameKind) {
+        sortColumn_ = -1;
+        sortOrder_ = Qt::AscendingOrder;
+    }
     endResetModel();
 }
 
 void ListModel::SetRows(std::vector<ListRow> rows) {
     beginResetModel();
     rows_ = std::move(rows);
+    // Whatever order the server answered in, a list the administrator sorted
+    // stays sorted when it is filled again.
+    if (sortColumn_ >= 0 && sortColumn_ < columnCount()) {
+        const std::vector<size_t> positions = SortedPositions(sortColumn_, sortOrder_);
+        std::vector<ListRow> sorted;
+        sorted.reserve(rows_.size());
+        for (size_t position : positions) sorted.push_back(std::move(rows_[position]));
+        rows_ = std::move(sorted);
+    }
     endResetModel();
 }
 
@@ -29,7 +86,12 @@ void ListModel::Clear() {
     endResetModel();
 }
 
+void ListModel::SetColumnWidth(int column, int width) {
+    if (column >= 0 && column < columnCount()) columns_[size_t(column)].width = width;
+}
+
 int ListModel::FindKey(const QString& key) const {
+    if (key.isEmpty()) return -1;
     for (size_t i = 0; i < rows_.size(); ++i)
         if (rows_[i].key == key) return static_cast<int>(i);
     return -1;
@@ -62,18 +124,16 @@ int ListModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant ListModel::data(const QModelIndex& index, int role) const {
-    if (!index.isValid() || index.row() >= rowCount() || index.column() >= columnCount())
-        return {};
+    if (!index.isValid() || index.row() >= rowCount() || index.column() >= columnCount()) return {};
     const auto& row = rows_[static_cast<size_t>(index.row())];
     switch (role) {
         case Qt::DisplayRole:
         case Qt::AccessibleTextRole:
-            return index.column() < row.cells.size() ? row.cells[index.column()] : QString();
+            return row.cells.value(index.column());
         case Qt::DecorationRole:
             return index.column() == 0 ? QVariant(KindIcon(row.iconKey)) : QVariant();
         case Qt::TextAlignmentRole:
-            return QVariant::fromValue(columns_[static_cast<size_t>(index.column())].alignment |
-                                       Qt::AlignVCenter);
+            return int(columns_[static_cast<size_t>(index.column())].alignment | Qt::AlignVCenter);
         default:
             return {};
     }
@@ -83,28 +143,50 @@ QVariant ListModel::headerData(int section, Qt::Orientation orientation, int rol
     if (orientation != Qt::Horizontal || section < 0 || section >= columnCount()) return {};
     const auto& column = columns_[static_cast<size_t>(section)];
     if (role == Qt::DisplayRole) return column.header;
-    if (role == Qt::TextAlignmentRole)
-        return QVariant::fromValue(column.alignment | Qt::AlignVCenter);
+    if (role == Qt::TextAlignmentRole) return int(column.alignment | Qt::AlignVCenter);
     return {};
+}
+
+std::vector<size_t> ListModel::SortedPositions(int column, Qt::SortOrder order) const {
+    std::vector<size_t> positions(rows_.size());
+    std::iota(positions.begin(), positions.end(), size_t(0));
+    // In the administrator's language ("Émile" between "adam" and "zora"),
+    // case aside. Each text's collation key is made once, not once per
+    // comparison. The C locale has no language to sort by, and its collation
+    // keys would tell upper from lower case: there the texts are compared
+    // directly.
+    auto sortBy = [&](const auto& keys, auto compare) {
+        std::stable_sort(positions.begin(), positions.end(), [&](size_t a, size_t b) {
+            const int c = compare(keys[a], keys[b]);
+            return order == Qt::AscendingOrder ? c < 0 : c > 0;
+        });
+    };
+    QCollator collator;
+    if (collator.locale().language() == QLocale::C) {
+        std::vector<QString> texts;
+        texts.reserve(rows_.size());
+        for (const ListRow& row : rows_) texts.push_back(row.cells.value(column));
+        sortBy(texts, [](const QString& a, const QString& b) {
+            return QString::compare(a, b, Qt::CaseInsensitive);
+        });
+    } else {
+        collator.setCaseSensitivity(Qt::CaseInsensitive);
+        std::vector<QCollatorSortKey> keys;
+        keys.reserve(rows_.size());
+        for (const ListRow& row : rows_) keys.push_back(collator.sortKey(row.cells.value(column)));
+        sortBy(keys,
+               [](const QCollatorSortKey& a, const QCollatorSortKey& b) { return a.compare(b); });
+    }
+    return positions;
 }
 
 void ListModel::sort(int column, Qt::SortOrder order) {
     if (column < 0 || column >= columnCount()) return;
     emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
     const QModelIndexList before = persistentIndexList();
-    // Sort positions rather than rows, so that persistent indexes (the
+    // Positions are sorted rather than rows, so that persistent indexes (the
     // selection) can be moved to where their rows went.
-    std::vector<size_t> positions(rows_.size());
-    for (size_t i = 0; i < positions.size(); ++i) positions[i] = i;
-    auto cell = [&](size_t i) -> const QString& {
-        static const QString empty;
-        const auto& cells = rows_[i].cells;
-        return column < cells.size() ? cells[column] : empty;
-    };
-    std::stable_sort(positions.begin(), positions.end(), [&](size_t a, size_t b) {
-        int c = QString::compare(cell(a), cell(b), Qt::CaseInsensitive);
-        return order == Qt::AscendingOrder ? c < 0 : c > 0;
-    });
+    const std::vector<size_t> positions = SortedPositions(column, order);
     std::vector<ListRow> sorted;
     sorted.reserve(rows_.size());
     std::vector<int> newPosition(rows_.size());
@@ -121,6 +203,46 @@ void ListModel::sort(int column, Qt::SortOrder order) {
     sortColumn_ = column;
     sortOrder_ = order;
     emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+Qt::ItemFlags ListModel::flags(const QModelIndex& index) const {
+    Qt::ItemFlags flags = QAbstractTableModel::flags(index);
+    if (index.isValid() && index.row() < rowCount() && IsDraggable(Row(index.row()).iconKey))
+        flags |= Qt::ItemIsDragEnabled;
+    return flags;
+}
+
+QStringList ListModel::mimeTypes() const {
+    return {DragFormat};
+}
+
+QMimeData* ListModel::mimeData(const QModelIndexList& indexes) const {
+    // One line a row (the selection hands every cell of it): kind, server and
+    // text, separated by tabs, which no name may hold.
+    QSet<int> rows;
+    QStringList lines;
+    for (const QModelIndex& index : indexes) {
+        if (!index.isValid() || index.row() >= rowCount() || rows.contains(index.row())) continue;
+        rows.insert(index.row());
+        const ListRow& row = Row(index.row());
+        if (!IsDraggable(row.iconKey)) continue;
+        lines.append(row.iconKey + u'\t' + row.tag + u'\t' +
+                     (row.cells.isEmpty() ? QString() : row.cells.front()));
+    }
+    if (lines.isEmpty()) return nullptr;
+    auto* data = new QMimeData;
+    data->setData(DragFormat, lines.join(u'\n').toUtf8());
+    return data;
+}
+
+Qt::DropActions ListModel::supportedDragActions() const {
+    return Qt::MoveAction | Qt::CopyAction;
+}
+
+QString ListModel::DraggedKind(const QMimeData* data) {
+    if (!data || !data->hasFormat(DragFormat)) return {};
+    const QString text = QString::fromUtf8(data->data(DragFormat));
+    return text.section(u'\t', 0, 0);
 }
 
 }  // namespace winadmin

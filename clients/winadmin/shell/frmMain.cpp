@@ -15,6 +15,7 @@
 #include "common/Twips.h"
 #include "session/ServerSession.h"
 #include "shell/ExplorerListView.h"
+#include "shell/Find.h"
 #include "shell/HelpViewer.h"
 #include "shell/KindIcons.h"
 #include "shell/ViewSettings.h"
@@ -43,9 +44,13 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), ui(std::make_unique<Ui:
     BuildPopupMenus();
     ApplyLabels();
     ConnectMenus();
+    ConnectFind(*this);
 
+    ConnectExplorer();
     BuildTree();
     LoadViewSettings();
+    // After the widths are read: the first list is laid out with them.
+    ShowNode(ui->tvTreeView->currentItem());
 }
 
 frmMain::~frmMain() = default;
@@ -117,20 +122,13 @@ void frmMain::ShowOptions() {
     options.exec();
 }
 
-void frmMain::BuildTree() {
-    // Only the root so far; the branches of the installation hang below it.
-    ui->tvTreeView->clear();
-    const QString root = QStringLiteral("Administrator");
-    ui->tvTreeView->setCurrentItem(AddNode(nullptr, root, GetLabel(root), root));
-}
-
 QTreeWidgetItem* frmMain::AddNode(QTreeWidgetItem* parent, const QString& key, const QString& text,
                                   const QString& kind) {
-    auto* item = parent ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(ui->tvTreeView);
-    item->setText(0, text);
-    item->setIcon(0, KindIcon(kind));
-    item->setData(0, NodeKeyRole, key);
-    item->setData(0, NodeKindRole, kind);
+    QTreeWidgetItem* item = MakeExplorerNode({key, text, kind});
+    if (parent)
+        parent->addChild(item);
+    else
+        ui->tvTreeView->addTopLevelItem(item);
     return item;
 }
 

@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "shell/ColumnWidths.h"
+#include "shell/ExplorerTree.h"
 
 class QActionGroup;
 class QLabel;
@@ -24,6 +25,7 @@ class frmMain;
 namespace winadmin {
 
 class ExplorerListView;
+class ListModel;
 
 class frmMain : public QMainWindow {
     Q_OBJECT
@@ -31,17 +33,30 @@ class frmMain : public QMainWindow {
 public:
     // Tree nodes carry their key and their kind word (the image name that
     // every command reads to know what is selected).
-    enum NodeRole { NodeKeyRole = Qt::UserRole + 1, NodeKindRole };
+    enum NodeRole { NodeKeyRole = winadmin::NodeKeyRole, NodeKindRole = winadmin::NodeKindRole };
 
     // The window's load: labels, tree, view settings. Needs the logged-in
     // session.
     explicit frmMain(QWidget* parent = nullptr);
     ~frmMain() override;
 
+    // Builds the tree anew from the session and makes the root current; the
+    // list is left as it is (RefreshExplorer keeps both in step). A session
+    // that cannot be read leaves the root and its fixed branches.
     void BuildTree();
     QTreeWidgetItem* AddNode(QTreeWidgetItem* parent, const QString& key, const QString& text,
                              const QString& kind);
     QTreeWidgetItem* FindNode(const QString& key) const;
+
+    // Gives the list the column set of the node's kind and fills it with the
+    // node's objects; the first row becomes current. A failed call is shown
+    // and leaves the list empty.
+    void ShowNode(QTreeWidgetItem* node);
+    // Rebuilds tree and list from the session and keeps the view: expanded
+    // nodes, the selected node, the selected row and the list's order.
+    void RefreshExplorer();
+    // The rows the list shows, in every mode.
+    ListModel* ListRows() const { return listModel_; }
 
     void LoadViewSettings();
     void SaveViewSettings();
@@ -96,10 +111,30 @@ private:
     void EndSplitterDrag();
     void CloseOtherWindows();
 
+    // The explorer's wiring: tree selection, list header, drag over the tree,
+    // the tree's pop-up menu (frmMainExplorer.cpp).
+    void ConnectExplorer();
+    void ApplyColumnWidths();
+    void KeepColumnWidth(int column, int oldPixels, int newPixels);
+    void SortByHeader(int column);
+    void ShowSortIndicator();
+    void SelectRow(int row);
+    void ShowFillCount(int rows);
+    bool FilterTreeDrag(QEvent* event);
+    void ShowTreeMenu(const QPoint& position);
+    void ReloadLcr();
+
     std::unique_ptr<Ui::frmMain> ui;
     QActionGroup* viewModes_ = nullptr;
     QList<QLabel*> statusPanels_;
     ColumnWidths widths_;
+    ListModel* listModel_ = nullptr;
+    // Set while the tree is rebuilt or a node made current by the program, so
+    // that only the node finally chosen fills the list.
+    bool treeQuiet_ = false;
+    // Set while the list's columns are laid out by the program: only widths
+    // the administrator drags are kept in the width table.
+    bool layingOutColumns_ = false;
     int splitterTwips_ = 2500;
     int dragBarTwips_ = 0;
     bool dragging_ = false;

@@ -102,6 +102,7 @@ void frmMain::EndSplitterDrag() {
 }
 
 bool frmMain::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == ui->tvTreeView->viewport() && FilterTreeDrag(event)) return true;
     if (watched == ui->imgSplitter) {
         switch (event->type()) {
             case QEvent::MouseButtonPress:

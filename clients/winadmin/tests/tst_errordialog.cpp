@@ -14,120 +14,78 @@ class TestErrorDialog : public QObject {
     Q_OBJECT
 
 private slots:
-    void FormatsErrorText_data();
-    void FormatsErrorText();
     void ChoosesButtonsByFamily_data();
     void ChoosesButtonsByFamily();
-    void ResetsBusyPointerBeforeShowing();
-    void ShowsSessionErrorFromTheTable();
-    void FallbackPrompterAnswersDefaultButton();
+    void ShowsSessionErrorOverBusyWork();
+    void FallbackPrompterAnswersTheDefaultButton();
 };
-
-void TestErrorDialog::FormatsErrorText_data() {
-    QTest::addColumn<QString>("description");
-    QTest::addColumn<uint>("number");
-    QTest::addColumn<QString>("expected");
-
-    QTest::newRow("access denied") << QStringLiteral("Access is denied") << 0x80070005u
-                                   << QStringLiteral("Access is denied (80070005).");
-    QTest::newRow("letters upper case")
-        << QStringLiteral("Odd answer") << 0x8101000Du << QStringLiteral("Odd answer (8101000D).");
-    QTest::newRow("short number") << QStringLiteral("Small") << 5u << QStringLiteral("Small (5).");
-    QTest::newRow("empty description")
-        << QString() << 0xABCDEF01u << QStringLiteral(" (ABCDEF01).");
-}
-
-void TestErrorDialog::FormatsErrorText() {
-    QFETCH(QString, description);
-    QFETCH(uint, number);
-    QFETCH(QString, expected);
-    QCOMPARE(FormatErrorText(description, number), expected);
-}
 
 void TestErrorDialog::ChoosesButtonsByFamily_data() {
     QTest::addColumn<uint>("number");
     QTest::addColumn<PromptButtons>("buttons");
-    QTest::addColumn<int>("answer");
+    QTest::addColumn<int>("answer");  // passed through as the prompter gives it
+    QTest::addColumn<QString>("text");
 
-    QTest::newRow("version conflict, retry")
-        << 0x81000003u << PromptButtons::RetryCancel << int(Answer::Retry);
-    QTest::newRow("time-out, cancel")
-        << 0x81000001u << PromptButtons::RetryCancel << int(Answer::Cancel);
-    QTest::newRow("not found") << 0x81010002u << PromptButtons::OK << int(Answer::OK);
-    QTest::newRow("access denied") << 0x80070005u << PromptButtons::OK << int(Answer::OK);
-    QTest::newRow("8000 family") << 0x80004005u << PromptButtons::OK << int(Answer::OK);
-    QTest::newRow("unknown family") << 0x12345678u << PromptButtons::OK << int(Answer::OK);
-    QTest::newRow("short number") << 5u << PromptButtons::OK << int(Answer::OK);
+    const auto row = [](const char* name, uint number, PromptButtons buttons, int answer,
+                        const char* text) {
+        QTest::newRow(name) << number << buttons << answer << QString(text);
+    };
+    row("transient", 0x81000001u, PromptButtons::RetryCancel, Answer::Retry, "Failed (81000001).");
+    row("8101, letters upper case", 0x8101000Du, PromptButtons::OK, Answer::Ignore,
+        "Failed (8101000D).");
+    row("access denied", 0x80070005u, PromptButtons::OK, Answer::OK, "Failed (80070005).");
+    row("short number", 5u, PromptButtons::OK, Answer::OK, "Failed (5).");
     // Seven digits that start like the transient family are still no prefix.
-    QTest::newRow("seven digits") << 0x08100001u << PromptButtons::OK << int(Answer::OK);
-    QTest::newRow("ignore passes through")
-        << 0x81010001u << PromptButtons::OK << int(Answer::Ignore);
+    row("seven digits", 0x08100001u, PromptButtons::OK, Answer::OK, "Failed (8100001).");
 }
 
 void TestErrorDialog::ChoosesButtonsByFamily() {
     QFETCH(uint, number);
-    QFETCH(PromptButtons, buttons);
     QFETCH(int, answer);
-
     ScriptedPrompter prompter;
     prompter.Answer(answer);
-    const QString description = QStringLiteral("Something went wrong");
-    const QString source = QStringLiteral("Some.Component");
 
-    QCOMPARE(ShowErrorMessage(number, description, source), answer);
+    QCOMPARE(ShowErrorMessage(number, QStringLiteral("Failed"), QStringLiteral("Some.Component")),
+             answer);
 
     QCOMPARE(prompter.Prompts().size(), 1);
     const Prompt& shown = prompter.LastPrompt();
-    QCOMPARE(shown.buttons, buttons);
+    QTEST(shown.buttons, "buttons");
+    QTEST(shown.text, "text");
     QCOMPARE(shown.icon, PromptIcon::Critical);
-    QCOMPARE(shown.title, source);
+    QCOMPARE(shown.title, QStringLiteral("Some.Component"));
     QCOMPARE(shown.defaultButton, 1);
-    const QString hex = QString::number(number, 16).toUpper();
-    QVERIFY(shown.text.startsWith(description));
-    QVERIFY2(shown.text.endsWith(QStringLiteral("(%1).").arg(hex)), qPrintable(shown.text));
 }
 
-void TestErrorDialog::ResetsBusyPointerBeforeShowing() {
-    ScriptedPrompter prompter;
-    prompter.Answer(Answer::OK);
-    // Nested busy sections, as a failing editor leaves them.
-    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-
-    ShowErrorMessage(0x81010002u, QStringLiteral("Gone"), QStringLiteral("Test"));
-
-    QCOMPARE(prompter.Prompts().size(), 1);
-    QVERIFY(!prompter.Prompts().first().busyPointer);
-    QVERIFY(QGuiApplication::overrideCursor() == nullptr);
-}
-
-void TestErrorDialog::ShowsSessionErrorFromTheTable() {
+void TestErrorDialog::ShowsSessionErrorOverBusyWork() {
     // Number, description and source come from the protocol's error table.
     const SessionError conflict = SessionError::FromCode(
         veldrano::admin::v1::ERROR_VERSION_CONFLICT, QStringLiteral("user bob@alpha"));
     QCOMPARE(conflict.Number(), 0x81000003u);
-    QVERIFY(conflict.Description().contains(QStringLiteral("another administrator"),
-                                            Qt::CaseInsensitive));
     QVERIFY(conflict.Description().endsWith(QStringLiteral(": user bob@alpha")));
     QCOMPARE(conflict.Source(), QStringLiteral("Kelvar.Administrator"));
     QVERIFY(QByteArray(conflict.what()).contains("81000003"));
 
     ScriptedPrompter prompter;
     prompter.Answer(Answer::Retry);
-    QCOMPARE(ShowErrorMessage(conflict), int(Answer::Retry));
-    const Prompt& shown = prompter.LastPrompt();
-    QCOMPARE(shown.text, FormatErrorText(conflict.Description(), 0x81000003u));
-    QCOMPARE(shown.title, conflict.Source());
-    QCOMPARE(shown.buttons, PromptButtons::RetryCancel);
+    // Nested busy sections, as a failing editor leaves them.
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
 
-    QCOMPARE(ErrorNumber(veldrano::admin::v1::ERROR_HOST_UNREACHABLE), 0x81002AF9u);
-    QCOMPARE(ErrorNumber(veldrano::admin::v1::ERROR_NONE), 0u);
+    QCOMPARE(ShowErrorMessage(conflict), int(Answer::Retry));
+
+    const ScriptedPrompter::Record& shown = prompter.Prompts().constFirst();
+    QVERIFY(!shown.busyPointer);
+    QVERIFY(!QGuiApplication::overrideCursor());
+    QVERIFY(shown.prompt.text.startsWith(conflict.Description()));
+    QVERIFY(shown.prompt.text.endsWith(QStringLiteral(" (81000003).")));
+    QCOMPARE(shown.prompt.title, conflict.Source());
+    QCOMPARE(shown.prompt.buttons, PromptButtons::RetryCancel);
 }
 
-void TestErrorDialog::FallbackPrompterAnswersDefaultButton() {
+void TestErrorDialog::FallbackPrompterAnswersTheDefaultButton() {
     // No scripted prompter here: the process's own fallback answers.
     Prompt prompt;
-    prompt.text = QStringLiteral("Delete the user?");
     prompt.buttons = PromptButtons::YesNoCancel;
     prompt.defaultButton = 2;
     QCOMPARE(ThePrompter().Show(prompt), int(Answer::No));
@@ -144,7 +102,6 @@ void TestErrorDialog::FallbackPrompterAnswersDefaultButton() {
         ScriptedPrompter prompter;
         prompter.Answer(Answer::Yes);
         QCOMPARE(ThePrompter().Show(prompt), int(Answer::Yes));
-        QCOMPARE(prompter.UnusedAnswers(), 0);
     }
     QCOMPARE(ThePrompter().Show(prompt), int(Answer::Retry));
 }

@@ -1,0 +1,140 @@
+// The rows of the server-scoped kinds: servers, and a server's users,
+// printers, devices, processes and events. Every row carries its server's
+// name as tag, by which the commands find the server again.
+
+#include <QDateTime>
+#include <QHash>
+#include <algorithm>
+#include <limits>
+
+#include "common/CodeTables.h"
+#include "common/Labels.h"
+#include "shell/ListFillKinds.h"
+
+namespace winadmin {
+
+namespace {
+
+// Rows between two reports of the running count: often enough to see it
+// move, seldom enough that the status bar costs nothing.
+constexpr int kProgressStep = 500;
+
+QString Text(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+ListRow MakeRow(QStringList cells, const QString& iconKey, const QString& server) {
+    ListRow row;
+    row.cells = std::move(cells);
+    row.iconKey = iconKey;
+    row.tag = server;
+    return row;
+}
+
+// The one row of a printer or device node whose object has gone since the
+// tree was built (another administrator deleted it).
+ListRow NotFoundRow(const QString& name, const QString& iconKey, const QString& server) {
+    const QString notFound = GetLabel(QStringLiteral("<not found>"));
+    return MakeRow({name, notFound, notFound}, iconKey, server);
+}
+
+}  // namespace
+
+int16_t Code16(int32_t value) {
+    return int16_t(std::clamp<int32_t>(value, std::numeric_limits<int16_t>::min(),
+                                       std::numeric_limits<int16_t>::max()));
+}
+
+std::vector<ListRow> ServerRows(const std::vector<ServerRecord>& servers) {
+    // The three role columns answer the question their headers ask ("User
+    // Server"): whether the server has the role. The counts of its users,
+    // printers and devices are one click away in its branches.
+    std::vector<ListRow> rows;
+    rows.reserve(servers.size());
+    const QString kind = QStringLiteral("Server");
+    for (const ServerRecord& server : servers) {
+        const QString name = Text(server.name());
+        rows.push_back(MakeRow({name, Text(server.comment()), YesNoText(server.remote()),
+                                YesNoText(server.user_server()), YesNoText(server.printer_server()),
+                                YesNoText(server.device_server())},
+                               kind, name));
+    }
+    return rows;
+}
+
+std::vector<ListRow> UserRows(std::vector<UserRecord>&& users, const QString& server) {
+    return RecordRows(std::move(users), QStringLiteral("User"), server,
+                      {&UserRecord::name, &UserRecord::comment});
+}
+
+std::vector<ListRow> PrinterRows(const std::vector<PrinterRecord>& printers, const QString& server,
+                                 const QString& only) {
+    std::vector<ListRow> rows;
+    rows.reserve(only.isEmpty() ? printers.size() : 1);
+    const QString kind = QStringLiteral("Printer");
+    for (const PrinterRecord& printer : printers) {
+        const QString name = Text(printer.name());
+        if (!only.isEmpty() && name != only) continue;
+        rows.push_back(
+            MakeRow({name, Text(printer.comment()), PrinterTypeText(Code16(printer.type()))}, kind,
+                    server));
+    }
+    if (!only.isEmpty() && rows.empty()) rows.push_back(NotFoundRow(only, kind, server));
+    return rows;
+}
+
+std::vector<ListRow> DeviceRows(const std::vector<DeviceRecord>& devices,
+                                const std::vector<DeviceTypeRecord>& types, const QString& server,
+                                const QString& only) {
+    QHash<int, QString> typeNames;
+    for (const DeviceTypeRecord& type : types) typeNames.insert(type.id(), Text(type.name()));
+    const QString notFound = GetLabel(QStringLiteral("<not found>"));
+    std::vector<ListRow> rows;
+    rows.reserve(only.isEmpty() ? devices.size() : 1);
+    const QString kind = QStringLiteral("Device");
+    for (const DeviceRecord& device : devices) {
+        const QString name = Text(device.name());
+        if (!only.isEmpty() && name != only) continue;
+        // The device's comment is its primary line's.
+        rows.push_back(MakeRow(
+            {name, Text(device.primary().comment()), typeNames.value(device.type(), notFound)},
+            kind, server));
+    }
+    if (!only.isEmpty() && rows.empty()) rows.push_back(NotFoundRow(only, kind, server));
+    return rows;
+}
+
+std::vector<ListRow> ProcessRows(const std::vector<ProcessRecord>& processes,
+                                 const QString& server) {
+    std::vector<ListRow> rows;
+    rows.reserve(processes.size());
+    const QString kind = QStringLiteral("Process");
+    for (const ProcessRecord& process : processes)
+        rows.push_back(MakeRow({QString::number(process.slot()), CountOrDashText(process.pid()),
+                                Text(process.directory()), Text(process.command()),
+                                ProcessStatusText(process.exit_status(), process.run_state())},
+                               kind, server));
+    return rows;
+}
+
+std::vector<ListRow> EventRows(const std::vector<EventRecord>& events, const QString& server,
+                               int minSeverity, const FillProgress& progress) {
+    std::vector<ListRow> rows;
+    rows.reserve(events.size());
+    const QString kind = QStringLiteral("Event");
+    const QString timeFormat = QStringLiteral("yyyy-MM-dd hh:mm:ss");
+    for (const EventRecord& event : events) {
+        const int16_t severity = Code16(event.severity());
+        if (severity < minSeverity) continue;
+        rows.push_back(MakeRow({QDateTime::fromSecsSinceEpoch(event.time()).toString(timeFormat),
+                                SeverityText(severity), QString::number(event.originator_id()),
+                                Text(event.text()), MessageClassText(event.message_class()),
+                                OriginatorText(Code16(event.originator_type()))},
+                               kind, server));
+        if (progress && rows.size() % kProgressStep == 0) progress(int(rows.size()));
+    }
+    if (progress) progress(int(rows.size()));
+    return rows;
+}
+
+}  // namespace winadmin

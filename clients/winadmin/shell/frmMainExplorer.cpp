@@ -1,0 +1,276 @@
+// The explorer's wiring in the main window: the tree's selection fills the
+// list, the list's header sorts it and keeps the width table current, Refresh
+// rebuilds both and keeps the view, a drag over the tree shows where objects
+// may go, and the tree's least-cost-routing pop-up reloads the routing engine.
+
+#include <QAction>
+#include <QApplication>
+#include <QDragMoveEvent>
+#include <QHeaderView>
+#include <QLabel>
+#include <QListView>
+#include <QMenu>
+#include <QSet>
+#include <QTreeView>
+#include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
+
+#include "common/Prompter.h"
+#include "common/Twips.h"
+#include "session/ErrorDialog.h"
+#include "session/ServerSession.h"
+#include "shell/ExplorerListView.h"
+#include "shell/ListFill.h"
+#include "shell/frmMain.h"
+#include "ui_frmMain.h"
+
+namespace winadmin {
+
+namespace {
+
+// The hourglass while a call runs; a failure's message box takes it down
+// itself (ShowErrorMessage), after which restoring is harmless.
+class BusyPointer {
+public:
+    BusyPointer() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~BusyPointer() { QApplication::restoreOverrideCursor(); }
+    BusyPointer(const BusyPointer&) = delete;
+    BusyPointer& operator=(const BusyPointer&) = delete;
+};
+
+// Runs call until it succeeds or the administrator gives up: a transient
+// failure offers Retry, every other failure only OK. Answers whether it
+// succeeded.
+template <class Call>
+bool CallSession(Call&& call) {
+    for (;;) {
+        try {
+            BusyPointer busy;
+            call();
+            return true;
+        } catch (const SessionError& error) {
+            if (ShowErrorMessage(error) != Answer::Retry) return false;
+        }
+    }
+}
+
+QString KeyOf(const QTreeWidgetItem* node) {
+    return node ? node->data(0, NodeKeyRole).toString() : QString();
+}
+
+QString KindOf(const QTreeWidgetItem* node) {
+    return node ? node->data(0, NodeKindRole).toString() : QString();
+}
+
+}  // namespace
+
+void frmMain::ConnectExplorer() {
+    listModel_ = new ListModel(this);
+    ui->lvListView->SetModel(listModel_);
+
+    QTreeWidget* tree = ui->tvTreeView;
+    connect(tree, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* current) {
+        if (!treeQuiet_) ShowNode(current);
+    });
+
+    QTreeView* details = ui->lvListView->DetailsView();
+    QHeaderView* header = details->header();
+    // The model sorts on a click; the view must not sort a second time.
+    details->setSortingEnabled(false);
+    header->setSectionsClickable(true);
+    connect(header, &QHeaderView::sectionClicked, this, &frmMain::SortByHeader);
+    connect(header, &QHeaderView::sectionResized, this, &frmMain::KeepColumnWidth);
+
+    // Users, printers, devices and gateway users are dragged from the list
+    // onto the tree; what the drop does comes with the object commands.
+    for (QAbstractItemView* view : {static_cast<QAbstractItemView*>(details),
+                                    static_cast<QAbstractItemView*>(ui->lvListView->IconView())}) {
+        view->setDragEnabled(true);
+        view->setDragDropMode(QAbstractItemView::DragOnly);
+    }
+    tree->setAcceptDrops(true);
+    tree->viewport()->setAcceptDrops(true);
+    tree->viewport()->installEventFilter(this);
+
+    // Tab goes from the tree to the list and on round to the tree.
+    setTabOrder(tree, details);
+    setTabOrder(details, ui->lvListView->IconView());
+
+    tree->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(tree, &QWidget::customContextMenuRequested, this, &frmMain::ShowTreeMenu);
+    if (QAction* reload = MenuEntry(QStringLiteral("mnuPopupLCRReload"))) {
+        reload->setEnabled(true);
+        connect(reload, &QAction::triggered, this, &frmMain::ReloadLcr);
+    }
+    ui->mnuViewRefresh->setEnabled(true);
+    connect(ui->mnuViewRefresh, &QAction::triggered, this, &frmMain::RefreshExplorer);
+}
+
+void frmMain::BuildTree() {
+    ExplorerTreeData data;
+    if (ServerSession* session = TheSession())
+        CallSession([&] { data = FetchExplorerTree(*session); });
+    treeQuiet_ = true;
+    BuildExplorerTree(ui->tvTreeView, data);
+    ui->tvTreeView->setCurrentItem(ui->tvTreeView->topLevelItem(0));
+    treeQuiet_ = false;
+}
+
+void frmMain::ShowNode(QTreeWidgetItem* node) {
+    const QString kind = KindOf(node);
+    const QString key = KeyOf(node);
+    std::vector<ListRow> rows;
+    ServerSession* session = TheSession();
+    if (node && session) {
+        const NodeScope scope = ScopeOfNode(node);
+        CallSession([&] {
+            rows = FillListView(kind, key, *session, scope,
+                                [this](int count) { ShowFillCount(count); });
+        });
+        if (QLabel* panel = StatusPanel(1)) panel->clear();
+    }
+    // The kind's columns whatever the fill did; a failed fill leaves them
+    // without rows.
+    layingOutColumns_ = true;
+    listModel_->SetColumns(BuildListColumns(kind, widths_));
+    ApplyColumnWidths();
+    listModel_->SetRows(std::move(rows));
+    layingOutColumns_ = false;
+    ShowSortIndicator();
+    SelectRow(0);
+}
+
+void frmMain::ApplyColumnWidths() {
+    QHeaderView* header = ui->lvListView->DetailsView()->header();
+    const std::vector<ListColumn>& columns = listModel_->Columns();
+    for (size_t i = 0; i < columns.size(); ++i) header->resizeSection(int(i), columns[i].width);
+}
+
+void frmMain::KeepColumnWidth(int column, int oldPixels, int newPixels) {
+    Q_UNUSED(oldPixels);
+    if (layingOutColumns_ || ui->lvListView->Model() != listModel_) return;
+    if (column < 0 || column >= int(listModel_->Columns().size())) return;
+    const ListColumn& shown = listModel_->Columns()[size_t(column)];
+    widths_.SetWidth(shown.widthSection, shown.widthKey, PixelsToTwips(newPixels));
+    listModel_->SetColumnWidth(column, newPixels);
+}
+
+void frmMain::SortByHeader(int column) {
+    if (ui->lvListView->Model() != listModel_) return;
+    listModel_->SortByHeaderClick(column);
+    ShowSortIndicator();
+    if (QItemSelectionModel* selection = ui->lvListView->SelectionModel())
+        if (selection->currentIndex().isValid())
+            ui->lvListView->CurrentView()->scrollTo(selection->currentIndex());
+}
+
+void frmMain::ShowSortIndicator() {
+    QHeaderView* header = ui->lvListView->DetailsView()->header();
+    const int column = listModel_->SortColumn();
+    header->setSortIndicatorShown(column >= 0);
+    if (column >= 0) header->setSortIndicator(column, listModel_->SortOrder());
+}
+
+void frmMain::SelectRow(int row) {
+    QItemSelectionModel* selection = ui->lvListView->SelectionModel();
+    if (!selection || row < 0 || row >= listModel_->rowCount()) return;
+    const QModelIndex index = listModel_->index(row, 0);
+    selection->setCurrentIndex(index,
+                               QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    ui->lvListView->CurrentView()->scrollTo(index);
+}
+
+void frmMain::ShowFillCount(int rows) {
+    QLabel* panel = StatusPanel(1);
+    if (!panel) return;
+    panel->setText(QString::number(rows));
+    // The fill holds the event loop; the count must show while it runs.
+    if (panel->isVisible()) panel->repaint();
+}
+
+void frmMain::RefreshExplorer() {
+    QTreeWidget* tree = ui->tvTreeView;
+    QSet<QString> expanded;
+    for (QTreeWidgetItemIterator it(tree); *it; ++it)
+        if ((*it)->isExpanded()) expanded.insert(KeyOf(*it));
+    // The selected node and its ancestors, nearest first: when the node has
+    // gone, the closest one left is selected.
+    QStringList chain;
+    for (QTreeWidgetItem* node = tree->currentItem(); node; node = node->parent())
+        chain.append(KeyOf(node));
+    QString rowKey, rowText, rowKind;
+    if (QItemSelectionModel* selection = ui->lvListView->SelectionModel();
+        selection && selection->currentIndex().isValid()) {
+        const ListRow& row = listModel_->Row(selection->currentIndex().row());
+        rowKey = row.key;
+        rowText = row.cells.value(0);
+        rowKind = row.iconKey;
+    }
+
+    BuildTree();
+    const QHash<QString, QTreeWidgetItem*> nodes = IndexNodesByKey(tree);
+    treeQuiet_ = true;
+    // A fresh tree has only its root expanded.
+    if (QTreeWidgetItem* root = tree->topLevelItem(0))
+        root->setExpanded(expanded.contains(KeyOf(root)));
+    for (const QString& key : expanded)
+        if (QTreeWidgetItem* node = nodes.value(key)) node->setExpanded(true);
+    QTreeWidgetItem* current = tree->topLevelItem(0);
+    for (const QString& key : chain) {
+        if (QTreeWidgetItem* found = nodes.value(key)) {
+            current = found;
+            break;
+        }
+    }
+    tree->setCurrentItem(current);
+    treeQuiet_ = false;
+    if (current) tree->scrollToItem(current);
+
+    ShowNode(current);
+    int row = listModel_->FindKey(rowKey);
+    if (row < 0 && !rowText.isEmpty()) row = listModel_->FindText(rowText, rowKind);
+    if (row >= 0) SelectRow(row);
+}
+
+bool frmMain::FilterTreeDrag(QEvent* event) {
+    // Qt shows the "no drop" pointer (Qt::ForbiddenCursor) wherever the
+    // target ignores the drag, so refusing a node is what marks it.
+    switch (event->type()) {
+        case QEvent::DragEnter: {
+            auto* drag = static_cast<QDragEnterEvent*>(event);
+            if (ListModel::DraggedKind(drag->mimeData()).isEmpty())
+                drag->ignore();
+            else
+                drag->acceptProposedAction();
+            return true;
+        }
+        case QEvent::DragMove: {
+            auto* drag = static_cast<QDragMoveEvent*>(event);
+            const QTreeWidgetItem* node = ui->tvTreeView->itemAt(drag->position().toPoint());
+            if (node && AcceptsDrop(KindOf(node), ListModel::DraggedKind(drag->mimeData())))
+                drag->acceptProposedAction();
+            else
+                drag->ignore();
+            return true;
+        }
+        case QEvent::Drop:
+            event->ignore();
+            return true;
+        default:
+            return false;
+    }
+}
+
+void frmMain::ShowTreeMenu(const QPoint& position) {
+    QTreeWidgetItem* node = ui->tvTreeView->itemAt(position);
+    if (KindOf(node) != QLatin1String("LCR")) return;
+    ui->tvTreeView->setCurrentItem(node);
+    if (QMenu* menu = PopupMenu(QStringLiteral("mnuPopupLCR")))
+        menu->popup(ui->tvTreeView->viewport()->mapToGlobal(position));
+}
+
+void frmMain::ReloadLcr() {
+    if (ServerSession* session = TheSession()) CallSession([&] { session->ReloadLcr(); });
+}
+
+}  // namespace winadmin

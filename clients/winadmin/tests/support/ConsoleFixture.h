@@ -1,0 +1,78 @@
+#pragma once
+// What the console's window tests set up around each case: settings in a
+// file of their own, the scripted prompter, and the reference server with
+// the console's one session on it. Plus the few steps every such test takes:
+// finding a named control, acting on a window that a modal loop shows.
+
+#include <QApplication>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <functional>
+#include <memory>
+
+#include "support/ScriptedPrompter.h"
+#include "support/TestServer.h"
+
+namespace winadmin {
+
+class ServerSession;
+
+TestServer::Options ServerOptions(const char* brand = "", const char* language = "",
+                                  bool tcp = false);
+
+// Shows the window and waits until it is active; false when it never is.
+bool ShowActive(QWidget& window);
+
+template <class W>
+W* Child(const QObject& parent, const char* name) {
+    return parent.findChild<W*>(QLatin1String(name));
+}
+
+// Calls act with the first visible top-level window of type W once there is
+// one. Modal loops (dialogs, message boxes, the start-up) leave a test only a
+// timer to act from.
+template <class W>
+void WhenShown(std::function<void(W&)> act) {
+    auto* poll = new QTimer(qApp);
+    poll->setInterval(5);
+    QObject::connect(poll, &QTimer::timeout, poll, [poll, act] {
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            auto* wanted = qobject_cast<W*>(window);
+            if (!wanted || !wanted->isVisible()) continue;
+            poll->stop();
+            poll->deleteLater();
+            act(*wanted);
+            return;
+        }
+    });
+    poll->start();
+}
+
+class ConsoleFixture {
+public:
+    ConsoleFixture();
+    ~ConsoleFixture();
+    ConsoleFixture(const ConsoleFixture&) = delete;
+    ConsoleFixture& operator=(const ConsoleFixture&) = delete;
+
+    // For cleanup(): tears the fixture down, then answers the scripted
+    // answers no prompt used, so that a failed check still leaves the next
+    // case a clean process.
+    static int Close(std::unique_ptr<ConsoleFixture>& fixture);
+
+    // A fresh server (the session of an earlier one goes); login dialogs
+    // open their session on it.
+    TestServer& StartServer(const TestServer::Options& options = {});
+    // A fresh server and, logged in to it, the console's session.
+    ServerSession& LogIn(const TestServer::Options& options = {});
+
+    QString SettingsFile() const;
+
+    ScriptedPrompter prompter;
+    std::unique_ptr<TestServer> server;
+
+private:
+    QTemporaryDir settingsDir_;
+};
+
+}  // namespace winadmin

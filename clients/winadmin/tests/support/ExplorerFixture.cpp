@@ -1,0 +1,77 @@
+#include "support/ExplorerFixture.h"
+
+#include <QHeaderView>
+#include <QTest>
+#include <QTreeView>
+#include <QTreeWidget>
+
+#include "common/Settings.h"
+#include "demo/DemoData.h"
+#include "shell/ExplorerListView.h"
+#include "shell/frmMain.h"
+#include "store/Store.h"
+
+namespace winadmin {
+
+ExplorerFixture::ExplorerFixture() {
+    UseSettingsFile(dir_.filePath(QStringLiteral("settings.ini")));
+}
+
+ExplorerFixture::~ExplorerFixture() {
+    SetTheSession(nullptr);
+    server_.reset();
+    UseNativeSettings();
+}
+
+void ExplorerFixture::StartServer(bool tcp) {
+    server_ = std::make_unique<TestServer>(TestServer::Options{tcp, {}, {}});
+    veldrano::server::FillDemo(Store());
+    SetTheSession(tcp ? server_->LoginTcp() : server_->Login());
+}
+
+std::unique_ptr<frmMain> ExplorerFixture::OpenMain() {
+    auto main = std::make_unique<frmMain>();
+    main->show();
+    main->activateWindow();
+    if (!QTest::qWaitForWindowActive(main.get())) qWarning("main window not activated");
+    return main;
+}
+
+veldrano::server::Store& ExplorerFixture::Store() {
+    return server_->GetStore();
+}
+
+QTreeWidgetItem* ExplorerFixture::Click(frmMain& main, const QString& key) {
+    QTreeWidgetItem* node = main.FindNode(key);
+    if (!node) return nullptr;
+    for (QTreeWidgetItem* parent = node->parent(); parent; parent = parent->parent())
+        parent->setExpanded(true);
+    main.Tree()->scrollToItem(node);
+    QTest::mouseClick(main.Tree()->viewport(), Qt::LeftButton, {},
+                      main.Tree()->visualItemRect(node).center());
+    return node;
+}
+
+void ExplorerFixture::ClickHeader(frmMain& main, int section) {
+    QHeaderView* header = main.List()->DetailsView()->header();
+    const QPoint at(header->sectionViewportPosition(section) + header->sectionSize(section) / 2,
+                    header->height() / 2);
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, at);
+}
+
+QString ExplorerFixture::Key(const QTreeWidgetItem* node) {
+    return node->data(0, NodeKeyRole).toString();
+}
+
+QString ExplorerFixture::Kind(const QTreeWidgetItem* node) {
+    return node->data(0, NodeKindRole).toString();
+}
+
+QStringList ExplorerFixture::ColumnTexts(const QAbstractItemModel* model, int column) {
+    QStringList texts;
+    for (int row = 0; row < model->rowCount(); ++row)
+        texts << model->index(row, column).data().toString();
+    return texts;
+}
+
+}  // namespace winadmin

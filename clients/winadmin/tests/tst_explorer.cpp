@@ -1,0 +1,359 @@
+// The explorer in the main window against the reference server: the tree of
+// the whole installation, the list each node fills, Refresh keeping the view,
+// failed calls, and the running count of the event list.
+
+#include <QAbstractItemModelTester>
+#include <QAction>
+#include <QApplication>
+#include <QHeaderView>
+#include <QLabel>
+#include <QListView>
+#include <QTest>
+#include <QTreeView>
+#include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
+#include <memory>
+
+#include "common/Labels.h"
+#include "common/Prompter.h"
+#include "common/Settings.h"
+#include "demo/DemoData.h"
+#include "shell/ExplorerListView.h"
+#include "shell/ListModel.h"
+#include "shell/ViewSettings.h"
+#include "shell/frmMain.h"
+#include "store/Store.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+namespace pb = veldrano::admin::v1;
+
+namespace {
+
+QString Key(const QTreeWidgetItem* node) {
+    return ExplorerFixture::Key(node);
+}
+
+QString Kind(const QTreeWidgetItem* node) {
+    return ExplorerFixture::Kind(node);
+}
+
+QStringList ColumnTexts(const QAbstractItemModel* model, int column) {
+    return ExplorerFixture::ColumnTexts(model, column);
+}
+
+QStringList Names(const google::protobuf::RepeatedPtrField<std::string>& names) {
+    QStringList list;
+    for (const std::string& name : names) list << QString::fromStdString(name);
+    return list;
+}
+
+QStringList Headers(const QAbstractItemModel* model) {
+    QStringList headers;
+    for (int column = 0; column < model->columnCount(); ++column)
+        headers << model->headerData(column, Qt::Horizontal).toString();
+    return headers;
+}
+
+QSet<QString> ExpandedKeys(QTreeWidget* tree) {
+    QSet<QString> keys;
+    for (QTreeWidgetItemIterator it(tree); *it; ++it)
+        if ((*it)->isExpanded()) keys.insert(Key(*it));
+    return keys;
+}
+
+}  // namespace
+
+class TestExplorer : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void TreeHoldsTheWholeInstallation();
+    void EveryNodeFillsItsList();
+    void RefreshKeepsTheView();
+    void FailedCallsAreShownAndTheWindowStaysUsable();
+    void EventListCountsWhileItFills();
+
+private:
+    std::unique_ptr<ExplorerFixture> fx_;
+};
+
+void TestExplorer::init() {
+    fx_ = std::make_unique<ExplorerFixture>();
+}
+
+void TestExplorer::cleanup() {
+    QCOMPARE(fx_->Prompter().UnusedAnswers(), 0);
+    fx_.reset();
+}
+
+void TestExplorer::TreeHoldsTheWholeInstallation() {
+    fx_->StartServer();
+    auto main = fx_->OpenMain();
+    QTreeWidget* tree = main->Tree();
+    QCOMPARE(tree->topLevelItemCount(), 1);
+    QVERIFY(tree->topLevelItem(0)->isExpanded());
+    QCOMPARE(Key(tree->currentItem()), QStringLiteral("Administrator"));
+
+    // The tree as an outline, node by node in order: depth, key, kind, text.
+    QStringList outline;
+    for (QTreeWidgetItemIterator it(tree); *it; ++it) {
+        int depth = 0;
+        for (const QTreeWidgetItem* up = (*it)->parent(); up; up = up->parent()) ++depth;
+        outline
+            << QStringLiteral("%1 %2 %3 %4").arg(depth).arg(Key(*it), Kind(*it), (*it)->text(0));
+        QVERIFY2(!(*it)->icon(0).isNull(), qPrintable(Key(*it)));
+    }
+    // The same outline from what the server holds.
+    QStringList expected;
+    auto node = [&](int depth, const QString& key, const char* kind, const QString& text) {
+        expected << QStringLiteral("%1 %2 %3 %4").arg(depth).arg(key, QLatin1String(kind), text);
+    };
+    auto branch = [&](int depth, const QString& key, const char* kind) {
+        node(depth, key, kind, GetLabel(QLatin1String(kind)));
+    };
+    node(0, "Administrator", "Administrator", GetLabel("Administrator"));
+    branch(1, "Groups", "Groups");
+    branch(1, "Routes", "Routes");
+    node(1, "LCR", "LCR", GetLabel("Lcr"));
+    const pb::ZoneList zones = fx_->Store().ListZones();
+    for (int i = 0; i < zones.zones_size(); ++i) {
+        const QString index = QString::number(i + 1);
+        node(2, "zone" + index, "Zone", QString::fromStdString(zones.zones(i).name()));
+        branch(3, "Rates" + index, "Rates");
+        branch(3, "Destinations" + index, "Destinations");
+    }
+    branch(1, "NumberMappings", "NumberMappings");
+    branch(1, "Gateways", "Gateways");
+    for (const pb::Gateway& gateway : fx_->Store().ListGateways())
+        node(2, QString::fromStdString(gateway.name()), "Gateway",
+             QString::fromStdString(gateway.name()));
+    branch(1, "Servers", "Servers");
+    for (const pb::ServerObjects& server : fx_->Store().ListServerObjects()) {
+        const QString name = QString::fromStdString(server.server());
+        node(2, name, "Server", name);
+        branch(3, name + "Users", "Users");
+        branch(3, name + "Printers", "Printers");
+        for (const QString& printer : Names(server.printers()))
+            node(4, name + "Printers" + printer, "Printer", printer);
+        branch(3, name + "Devices", "Devices");
+        for (const QString& device : Names(server.devices()))
+            node(4, name + "Devices" + device, "Device", device);
+        branch(3, name + "Processes", "Processes");
+        branch(3, name + "Events", "Events");
+    }
+    QCOMPARE(outline, expected);
+    // Spot checks against the demo installation's own names.
+    QVERIFY(outline.contains("4 fxmasterPrinterslj-acc Printer lj-acc"));
+    QVERIFY(outline.contains("2 zone1 Zone Local extensions"));
+    QVERIFY2(zones.zones_size() >= 3 && outline.size() > 50,
+             qPrintable(QString::number(outline.size())));
+
+    // However many servers, the tree costs three calls.
+    auto* grpc = static_cast<GrpcServerSession*>(TheSession());
+    const uint64_t calls = grpc->RpcCount();
+    main->BuildTree();
+    QCOMPARE(grpc->RpcCount() - calls, uint64_t(3));
+}
+
+void TestExplorer::EveryNodeFillsItsList() {
+    fx_->StartServer();
+    auto main = fx_->OpenMain();
+    ListModel* model = main->ListRows();
+    QAbstractItemModelTester tester(model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QItemSelectionModel* selection = main->List()->SelectionModel();
+
+    // The root lists its branches.
+    QCOMPARE(Headers(model), QStringList{GetLabel(QStringLiteral("Name"))});
+    QCOMPARE(ColumnTexts(model, 0).size(), 6);
+    QCOMPARE(selection->currentIndex().row(), 0);
+
+    ExplorerFixture::Click(*main, QStringLiteral("fxmasterUsers"));
+    QCOMPARE(Headers(model), QStringList({GetLabel(QStringLiteral("UserName")),
+                                          GetLabel(QStringLiteral("UserComment"))}));
+    QCOMPARE(model->rowCount(), int(fx_->Store().ListUsers("fxmaster").size()));
+    QCOMPARE(selection->currentIndex().row(), 0);
+    QVERIFY(selection->isRowSelected(0, {}));
+    QCOMPARE(model->Row(0).iconKey, QStringLiteral("User"));
+    QCOMPARE(model->Row(0).tag, QStringLiteral("fxmaster"));
+
+    // The four modes show this one model, with its current row.
+    selection->setCurrentIndex(model->index(3, 0),
+                               QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    for (const char* mode : {"mnuViewLargeIcons", "mnuViewSmallIcons", "mnuViewList"}) {
+        main->MenuEntry(QLatin1String(mode))->trigger();
+        QCOMPARE(main->List()->IconView()->model(), model);
+        QCOMPARE(main->List()->IconView()->currentIndex().row(), 3);
+        // Objects can be dragged onto the tree from every mode.
+        QVERIFY(main->List()->IconView()->dragEnabled());
+    }
+    main->MenuEntry(QStringLiteral("mnuViewDetails"))->trigger();
+    QCOMPARE(main->List()->DetailsView()->model(), model);
+
+    struct Expect {
+        const char* node;
+        int columns;
+        int rows;
+        const char* rowKind;
+    };
+    const Expect expectations[] = {
+        {"Groups", 2, int(fx_->Store().ListGroups().size()), "Group"},
+        {"smtp.example.com", 2, int(fx_->Store().ListGatewayUsers("smtp.example.com").size()),
+         "GatewayUser"},
+        {"LCR", 6, fx_->Store().ListZones().zones_size(), "Zone"},
+        {"zone2", 1, 2, "Rates"},
+        {"Rates2", 3, int(fx_->Store().ListRates(fx_->Store().ListZones().zones(1).name()).size()),
+         "Rate"},
+        {"Destinations1", 4,
+         int(fx_->Store().ListDestinations(fx_->Store().ListZones().zones(0).name()).size()),
+         "Destination"},
+        {"Servers", 6, int(fx_->Store().ListServers().size()), "Server"},
+        {"fxprint01", 1, 5, "Users"},
+        {"fxprint01Printersljfast", 3, 1, "Printer"},
+        {"fxline01Devices", 3, int(fx_->Store().ListDevices("fxline01").size()), "Device"},
+        {"fxmasterProcesses", 5, int(fx_->Store().ListProcesses("fxmaster").size()), "Process"},
+        {"fxmasterEvents", 6, int(fx_->Store().EventCount("fxmaster")), "Event"},
+    };
+    for (const Expect& expect : expectations) {
+        QVERIFY2(ExplorerFixture::Click(*main, QLatin1String(expect.node)), expect.node);
+        QCOMPARE(model->columnCount(), expect.columns);
+        QCOMPARE(model->rowCount(), expect.rows);
+        QVERIFY2(expect.rows > 0, expect.node);
+        QCOMPARE(model->Row(0).iconKey, QLatin1String(expect.rowKind));
+        QCOMPARE(selection->currentIndex().row(), 0);
+    }
+    QCOMPARE(model->Row(0).tag, QStringLiteral("fxmaster"));
+    QVERIFY(fx_->Prompter().Prompts().isEmpty());
+
+    // A node of a kind the list does not know leaves it without columns.
+    main->AddNode(main->FindNode(QStringLiteral("Administrator")), QStringLiteral("Bogus"),
+                  QStringLiteral("Bogus"), QStringLiteral("Bogus"));
+    ExplorerFixture::Click(*main, QStringLiteral("Bogus"));
+    QCOMPARE(model->columnCount(), 0);
+    QCOMPARE(model->rowCount(), 0);
+    QCOMPARE(main->List()->DetailsView()->header()->count(), 0);
+}
+
+void TestExplorer::RefreshKeepsTheView() {
+    fx_->StartServer();
+    auto main = fx_->OpenMain();
+    QTreeWidget* tree = main->Tree();
+    ListModel* model = main->ListRows();
+    QAbstractItemModelTester tester(model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    main->FindNode(QStringLiteral("LCR"))->setExpanded(true);
+    ExplorerFixture::Click(*main, QStringLiteral("fxmasterPrinterslj-acc"));
+    ExplorerFixture::Click(*main, QStringLiteral("fxmasterUsers"));
+    ExplorerFixture::ClickHeader(*main, 0);
+    ExplorerFixture::ClickHeader(*main, 0);
+    const int jmueller = model->FindText(QStringLiteral("jmueller"));
+    main->List()->SelectionModel()->setCurrentIndex(
+        model->index(jmueller, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    const QSet<QString> expanded = ExpandedKeys(tree);
+    QCOMPARE(expanded,
+             (QSet<QString>{"Administrator", "LCR", "Servers", "fxmaster", "fxmasterPrinters"}));
+
+    // Another administrator adds a user and a server meanwhile.
+    fx_->Store().CommitUser(
+        veldrano::server::demo::MakeUser("fxmaster", "zz-new", "Added meanwhile"));
+    fx_->Store().CommitServer(
+        veldrano::server::demo::MakeServer("fxnew", "New server", true, false, false, "rpc"));
+    QTest::keyClick(tree, Qt::Key_F5);
+
+    QCOMPARE(ExpandedKeys(tree), expanded);
+    QCOMPARE(Key(tree->currentItem()), QStringLiteral("fxmasterUsers"));
+    QVERIFY(main->FindNode(QStringLiteral("fxnewUsers")));
+    const QModelIndex current = main->List()->SelectionModel()->currentIndex();
+    QCOMPARE(current.data().toString(), QStringLiteral("jmueller"));
+    QVERIFY(main->List()->SelectionModel()->isRowSelected(current.row(), {}));
+    // Still sorted as chosen: descending by name, the new user first.
+    QCOMPARE(model->index(0, 0).data().toString(), QStringLiteral("zz-new"));
+    QCOMPARE(main->List()->DetailsView()->header()->sortIndicatorOrder(), Qt::DescendingOrder);
+
+    // A node that has gone leaves the nearest one still there selected.
+    ExplorerFixture::Click(*main, QStringLiteral("fxmasterPrintersfax-out"));
+    fx_->Store().DeletePrinter("fxmaster", "fax-out");
+    main->MenuEntry(QStringLiteral("mnuViewRefresh"))->trigger();
+    QCOMPARE(Key(tree->currentItem()), QStringLiteral("fxmasterPrinters"));
+    QCOMPARE(model->FindText(QStringLiteral("fax-out")), -1);
+    QCOMPARE(model->rowCount(), int(fx_->Store().ListPrinters("fxmaster").size()));
+    QVERIFY(fx_->Prompter().Prompts().isEmpty());
+}
+
+void TestExplorer::FailedCallsAreShownAndTheWindowStaysUsable() {
+    fx_->StartServer(true);
+    auto main = fx_->OpenMain();
+    ListModel* model = main->ListRows();
+    ExplorerFixture::Click(*main, QStringLiteral("fxmasterUsers"));
+    QVERIFY(model->rowCount() > 0);
+    fx_->Server().Shutdown();
+
+    // The server cannot be reached: offered Retry, cancelled.
+    fx_->Prompter().Answer(Answer::Cancel);
+    ExplorerFixture::Click(*main, QStringLiteral("Groups"));
+    QCOMPARE(fx_->Prompter().Prompts().size(), 1);
+    const Prompt& prompt = fx_->Prompter().LastPrompt();
+    QCOMPARE(prompt.icon, PromptIcon::Critical);
+    QCOMPARE(prompt.buttons, PromptButtons::RetryCancel);
+    QVERIFY2(prompt.text.endsWith(QStringLiteral("(81000002).")), qPrintable(prompt.text));
+    QVERIFY(!fx_->Prompter().Prompts().last().busyPointer);
+    QCOMPARE(model->columnCount(), 2);
+    QCOMPARE(model->rowCount(), 0);
+
+    // Retry asks the server again, and the window goes on answering.
+    fx_->Prompter().Answer({Answer::Retry, Answer::Cancel});
+    ExplorerFixture::Click(*main, QStringLiteral("Routes"));
+    QCOMPARE(fx_->Prompter().Prompts().size(), 3);
+    QCOMPARE(model->columnCount(), 4);
+    QCOMPARE(model->rowCount(), 0);
+    QCOMPARE(Key(main->Tree()->currentItem()), QStringLiteral("Routes"));
+    QCOMPARE(QApplication::overrideCursor(), nullptr);
+
+    // Refresh: the tree keeps its fixed branches, and the list is reported too.
+    fx_->Prompter().Answer({Answer::Cancel, Answer::Cancel});
+    main->RefreshExplorer();
+    QCOMPARE(fx_->Prompter().Prompts().size(), 5);
+    QCOMPARE(main->Tree()->topLevelItem(0)->childCount(), 6);
+    QCOMPARE(Key(main->Tree()->currentItem()), QStringLiteral("Routes"));
+    QVERIFY(main->isVisible());
+}
+
+void TestExplorer::EventListCountsWhileItFills() {
+    fx_->StartServer();
+    // A server of its own, with enough events for the running count to move.
+    fx_->Store().CommitServer(
+        veldrano::server::demo::MakeServer("evhost", "Events", true, false, false, "rpc"));
+    fx_->Store().Bulk([&] {
+        for (int i = 0; i < 1200; ++i)
+            fx_->Store().AppendEvent("evhost", veldrano::server::demo::MakeEvent(
+                                                   1700000000 + i, i % 6, 0, 1, 0, "load"));
+    });
+    SaveSectionSetting(kVendor, GetProductKeyName(), kMainFormSection, QStringLiteral("Severity"),
+                       QStringLiteral("3"));
+    auto main = fx_->OpenMain();
+    QLabel* panel = main->StatusPanel(1);
+    QStringList shown;
+    struct Recorder : QObject {
+        QStringList* shown;
+        bool eventFilter(QObject* watched, QEvent* event) override {
+            if (event->type() == QEvent::Paint) *shown << static_cast<QLabel*>(watched)->text();
+            return false;
+        }
+    } recorder;
+    recorder.shown = &shown;
+    panel->installEventFilter(&recorder);
+    ExplorerFixture::Click(*main, QStringLiteral("evhostEvents"));
+    panel->removeEventFilter(&recorder);
+
+    // Error and above (the cells themselves are the list fill's tests).
+    QCOMPARE(main->ListRows()->rowCount(), 600);
+    // The count showed while the rows were made, and the panel is free again.
+    QVERIFY2(shown.contains(QStringLiteral("500")) && shown.contains(QStringLiteral("600")),
+             qPrintable(shown.join(u',')));
+    QCOMPARE(panel->text(), QString());
+}
+
+QTEST_MAIN(TestExplorer)
+#include "tst_explorer.moc"

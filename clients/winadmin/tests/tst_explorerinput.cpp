@@ -1,0 +1,265 @@
+// What the administrator does with the explorer's panes beyond selecting:
+// sorting and sizing the list's columns through its header, moving with the
+// keyboard, dragging objects over the tree, and the tree's routing pop-up.
+
+#include <QAbstractItemModelTester>
+#include <QAction>
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QHeaderView>
+#include <QMenu>
+#include <QMimeData>
+#include <QTest>
+#include <QTreeView>
+#include <QTreeWidget>
+#include <memory>
+
+#include "common/Prompter.h"
+#include "common/Settings.h"
+#include "common/Twips.h"
+#include "shell/ExplorerListView.h"
+#include "shell/ListModel.h"
+#include "shell/ViewSettings.h"
+#include "shell/frmMain.h"
+#include "store/Store.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+
+namespace {
+
+QString Key(const QTreeWidgetItem* node) {
+    return ExplorerFixture::Key(node);
+}
+
+QString Kind(const QTreeWidgetItem* node) {
+    return ExplorerFixture::Kind(node);
+}
+
+QStringList ColumnTexts(const QAbstractItemModel* model, int column) {
+    return ExplorerFixture::ColumnTexts(model, column);
+}
+
+}  // namespace
+
+class TestExplorerInput : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void HeaderSortsAndKeepsDraggedWidths();
+    void KeyboardWorksInBothPanes();
+    void DragOverTheTreeMarksWhereObjectsMayGo();
+    void RoutingPopupReloadsTheTables();
+
+private:
+    std::unique_ptr<ExplorerFixture> fx_;
+};
+
+void TestExplorerInput::init() {
+    fx_ = std::make_unique<ExplorerFixture>();
+}
+
+void TestExplorerInput::cleanup() {
+    QCOMPARE(fx_->Prompter().UnusedAnswers(), 0);
+    fx_.reset();
+}
+
+void TestExplorerInput::HeaderSortsAndKeepsDraggedWidths() {
+    fx_->StartServer();
+    auto main = fx_->OpenMain();
+    ListModel* model = main->ListRows();
+    QAbstractItemModelTester tester(model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QHeaderView* header = main->List()->DetailsView()->header();
+    const ColumnWidths defaults;
+    ExplorerFixture::Click(*main, QStringLiteral("fxmasterUsers"));
+    QCOMPARE(header->sectionSize(1), TwipsToPixels(defaults.Width("UserView", "UserComment")));
+
+    QStringList names = ColumnTexts(model, 0);
+    std::sort(names.begin(), names.end(), [](const QString& a, const QString& b) {
+        return QString::compare(a, b, Qt::CaseInsensitive) < 0;
+    });
+    ExplorerFixture::ClickHeader(*main, 0);
+    QCOMPARE(ColumnTexts(model, 0), names);
+    QVERIFY(header->isSortIndicatorShown());
+    QCOMPARE(header->sortIndicatorOrder(), Qt::AscendingOrder);
+    ExplorerFixture::ClickHeader(*main, 0);
+    std::reverse(names.begin(), names.end());
+    QCOMPARE(ColumnTexts(model, 0), names);
+    QCOMPARE(header->sortIndicatorOrder(), Qt::DescendingOrder);
+    ExplorerFixture::ClickHeader(*main, 1);
+    QCOMPARE(header->sortIndicatorSection(), 1);
+    QCOMPARE(header->sortIndicatorOrder(), Qt::AscendingOrder);
+    const QStringList comments = ColumnTexts(model, 1);
+    QVERIFY(
+        std::is_sorted(comments.begin(), comments.end(), [](const QString& a, const QString& b) {
+            return QString::compare(a, b, Qt::CaseInsensitive) < 0;
+        }));
+
+    // A width the administrator drags goes into the table the window saves.
+    header->resizeSection(1, 240);
+    QCOMPARE(main->Widths().Width("UserView", "UserComment"), PixelsToTwips(240));
+    ExplorerFixture::Click(*main, QStringLiteral("Groups"));
+    QCOMPARE(header->sectionSize(1), TwipsToPixels(defaults.Width("GroupView", "GroupComment")));
+    ExplorerFixture::Click(*main, QStringLiteral("fxsalesUsers"));
+    QCOMPARE(header->sectionSize(1), 240);
+    // The same kind keeps its order too.
+    QCOMPARE(header->sortIndicatorSection(), 1);
+
+    // Dragged under a name that is not the header's.
+    ExplorerFixture::Click(*main, QStringLiteral("Destinations1"));
+    header->resizeSection(2, 77);
+    QCOMPARE(main->Widths().Width("DestView", "Destext"), PixelsToTwips(77));
+    QCOMPARE(main->Widths().Width("DestView", "DestType"), defaults.Width("DestView", "DestType"));
+
+    // Laying out columns for a node changes no width that was not dragged,
+    // however the pixels round.
+    for (const char* node : {"Administrator", "fxmaster", "zone1", "LCR", "Rates1"})
+        ExplorerFixture::Click(*main, QLatin1String(node));
+    QCOMPARE(main->Widths().Width("AdmView", "Name"), defaults.Width("AdmView", "Name"));
+    QCOMPARE(main->Widths().Width("ZoneView", "IsLocal"), defaults.Width("ZoneView", "IsLocal"));
+
+    QVERIFY(main->close());
+    QCOMPARE(GetSectionSetting(kVendor, GetProductKeyName(), "UserView", "UserComment", {}),
+             QString::number(PixelsToTwips(240)));
+    QCOMPARE(GetSectionSetting(kVendor, GetProductKeyName(), "ZoneView", "IsLocal", {}),
+             QStringLiteral("500"));
+}
+
+void TestExplorerInput::KeyboardWorksInBothPanes() {
+    fx_->StartServer();
+    auto main = fx_->OpenMain();
+    QTreeWidget* tree = main->Tree();
+    QTreeView* list = main->List()->DetailsView();
+    tree->setFocus();
+    QVERIFY(tree->hasFocus());
+    QTest::keyClick(tree, Qt::Key_Down);
+    QCOMPARE(Key(tree->currentItem()), QStringLiteral("Groups"));
+    QCOMPARE(main->ListRows()->columnCount(), 2);
+    QTest::keyClick(tree, Qt::Key_End);
+    QCOMPARE(Key(tree->currentItem()), QStringLiteral("Servers"));
+    QTest::keyClick(tree, Qt::Key_Right);
+    QTest::keyClick(tree, Qt::Key_Down);
+    QCOMPARE(Kind(tree->currentItem()), QStringLiteral("Server"));
+    QTest::keyClick(tree, Qt::Key_Home);
+    QCOMPARE(Key(tree->currentItem()), QStringLiteral("Administrator"));
+
+    // Tab goes to the list, whose first row is current, and back.
+    ExplorerFixture::Click(*main, QStringLiteral("fxmasterUsers"));
+    tree->setFocus();
+    QTest::keyClick(tree, Qt::Key_Tab);
+    QVERIFY(list->hasFocus());
+    QCOMPARE(list->currentIndex().row(), 0);
+    QTest::keyClick(list, Qt::Key_Down);
+    QCOMPARE(list->currentIndex().row(), 1);
+    QTest::keyClick(list, Qt::Key_End);
+    QCOMPARE(list->currentIndex().row(), main->ListRows()->rowCount() - 1);
+    QTest::keyClick(list, Qt::Key_Home);
+    QCOMPARE(list->currentIndex().row(), 0);
+    QTest::keyClick(list, Qt::Key_Tab);
+    QVERIFY(tree->hasFocus());
+    QTest::keyClick(tree, Qt::Key_Backtab);
+    QVERIFY(list->hasFocus());
+    QTest::keyClick(list, Qt::Key_Backtab);
+    QVERIFY(tree->hasFocus());
+}
+
+void TestExplorerInput::DragOverTheTreeMarksWhereObjectsMayGo() {
+    fx_->StartServer();
+    auto main = fx_->OpenMain();
+    QWidget* viewport = main->Tree()->viewport();
+    // Each node is opened before the drag, as a drag would open it.
+    auto accepts = [&](const QMimeData* data, const char* key) {
+        QTreeWidgetItem* node = main->FindNode(QLatin1String(key));
+        for (QTreeWidgetItem* parent = node->parent(); parent; parent = parent->parent())
+            parent->setExpanded(true);
+        main->Tree()->scrollToItem(node);
+        const QPoint at = main->Tree()->visualItemRect(node).center();
+        QDragEnterEvent enter(at, Qt::MoveAction | Qt::CopyAction, data, Qt::LeftButton, {});
+        QApplication::sendEvent(viewport, &enter);
+        if (!enter.isAccepted()) return false;
+        QDragMoveEvent move(at, Qt::MoveAction | Qt::CopyAction, data, Qt::LeftButton, {});
+        QApplication::sendEvent(viewport, &move);
+        return move.isAccepted();
+    };
+    auto dragged = [&](const char* node) {
+        ExplorerFixture::Click(*main, QLatin1String(node));
+        return std::unique_ptr<QMimeData>(
+            main->ListRows()->mimeData({main->ListRows()->index(0, 0)}));
+    };
+
+    const struct {
+        const char* from;
+        const char* onto;
+        bool accepted;
+    } drags[] = {
+        {"fxmasterUsers", "fxsalesUsers", true},
+        {"fxmasterUsers", "fxmasterUsers", true},
+        {"fxmasterUsers", "fxsales", false},
+        {"fxmasterUsers", "fxsalesPrinters", false},
+        {"fxmasterUsers", "Groups", false},
+        {"fxprint01Printers", "fxmasterPrinters", true},
+        {"fxprint01Printers", "fxmasterPrinterslj-acc", true},
+        {"fxprint01Printers", "fxmasterDevices", false},
+        {"fxline01Devices", "fxbackupDevices", true},
+        {"fxline01Devices", "fxbackupUsers", false},
+        {"smtp.example.com", "x400.example.net", true},
+        {"smtp.example.com", "Gateways", false},
+    };
+    for (const auto& drag : drags)
+        QVERIFY2(accepts(dragged(drag.from).get(), drag.onto) == drag.accepted, drag.onto);
+    const std::unique_ptr<QMimeData> user = dragged("fxmasterUsers");
+
+    // Groups are not moved by dragging, and text from elsewhere is no object.
+    ExplorerFixture::Click(*main, QStringLiteral("Groups"));
+    QVERIFY(
+        !std::unique_ptr<QMimeData>(main->ListRows()->mimeData({main->ListRows()->index(0, 0)})));
+    QMimeData text;
+    text.setText(QStringLiteral("User\tfxmaster\tjmueller"));
+    QVERIFY(!accepts(&text, "fxsalesUsers"));
+
+    // The drop itself is not taken yet: nothing moves.
+    const size_t users = fx_->Store().ListUsers("fxsales").size();
+    const QPoint at = main->Tree()->visualItemRect(main->FindNode("fxsalesUsers")).center();
+    QDropEvent drop(at, Qt::MoveAction, user.get(), Qt::LeftButton, {});
+    QApplication::sendEvent(viewport, &drop);
+    QVERIFY(!drop.isAccepted());
+    QCOMPARE(fx_->Store().ListUsers("fxsales").size(), users);
+}
+
+void TestExplorerInput::RoutingPopupReloadsTheTables() {
+    fx_->StartServer(true);
+    auto main = fx_->OpenMain();
+    QMenu* popup = main->PopupMenu(QStringLiteral("mnuPopupLCR"));
+    QAction* reload = main->MenuEntry(QStringLiteral("mnuPopupLCRReload"));
+    QVERIFY(reload->isEnabled());
+    auto rightClick = [&](const char* key) {
+        const QPoint at = main->Tree()->visualItemRect(main->FindNode(QLatin1String(key))).center();
+        QContextMenuEvent event(QContextMenuEvent::Mouse, at,
+                                main->Tree()->viewport()->mapToGlobal(at));
+        QApplication::sendEvent(main->Tree()->viewport(), &event);
+    };
+    rightClick("Groups");
+    QVERIFY(!popup->isVisible());
+    rightClick("LCR");
+    QVERIFY(QTest::qWaitForWindowExposed(popup));
+    QCOMPARE(Key(main->Tree()->currentItem()), QStringLiteral("LCR"));
+    popup->close();
+
+    // The routing engine's reload is logged by every server that runs.
+    const int64_t before = fx_->Store().EventCount("fxmaster");
+    reload->trigger();
+    QCOMPARE(fx_->Store().EventCount("fxmaster"), before + 1);
+    QVERIFY(fx_->Prompter().Prompts().isEmpty());
+
+    fx_->Server().Shutdown();
+    fx_->Prompter().Answer(Answer::Cancel);
+    reload->trigger();
+    QCOMPARE(fx_->Prompter().Prompts().size(), 1);
+    QCOMPARE(fx_->Prompter().LastPrompt().icon, PromptIcon::Critical);
+}
+
+QTEST_MAIN(TestExplorerInput)
+#include "tst_explorerinput.moc"
