@@ -86,12 +86,13 @@ void TestExplorer::init() {
 }
 
 void TestExplorer::cleanup() {
-    QCOMPARE(fx_->Prompter().UnusedAnswers(), 0);
+    const int unused = fx_->prompter.UnusedAnswers();
     fx_.reset();
+    QCOMPARE(unused, 0);
 }
 
 void TestExplorer::TreeHoldsTheWholeInstallation() {
-    fx_->StartServer();
+    fx_->StartDemo();
     auto main = fx_->OpenMain();
     QTreeWidget* tree = main->Tree();
     QCOMPARE(tree->topLevelItemCount(), 1);
@@ -160,7 +161,7 @@ void TestExplorer::TreeHoldsTheWholeInstallation() {
 }
 
 void TestExplorer::EveryNodeFillsItsList() {
-    fx_->StartServer();
+    fx_->StartDemo();
     auto main = fx_->OpenMain();
     ListModel* model = main->ListRows();
     QAbstractItemModelTester tester(model, QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -226,7 +227,7 @@ void TestExplorer::EveryNodeFillsItsList() {
         QCOMPARE(selection->currentIndex().row(), 0);
     }
     QCOMPARE(model->Row(0).tag, QStringLiteral("fxmaster"));
-    QVERIFY(fx_->Prompter().Prompts().isEmpty());
+    QVERIFY(fx_->prompter.Prompts().isEmpty());
 
     // A node of a kind the list does not know leaves it without columns.
     main->AddNode(main->FindNode(QStringLiteral("Administrator")), QStringLiteral("Bogus"),
@@ -238,7 +239,7 @@ void TestExplorer::EveryNodeFillsItsList() {
 }
 
 void TestExplorer::RefreshKeepsTheView() {
-    fx_->StartServer();
+    fx_->StartDemo();
     auto main = fx_->OpenMain();
     QTreeWidget* tree = main->Tree();
     ListModel* model = main->ListRows();
@@ -279,49 +280,49 @@ void TestExplorer::RefreshKeepsTheView() {
     QCOMPARE(Key(tree->currentItem()), QStringLiteral("fxmasterPrinters"));
     QCOMPARE(model->FindText(QStringLiteral("fax-out")), -1);
     QCOMPARE(model->rowCount(), int(fx_->Store().ListPrinters("fxmaster").size()));
-    QVERIFY(fx_->Prompter().Prompts().isEmpty());
+    QVERIFY(fx_->prompter.Prompts().isEmpty());
 }
 
 void TestExplorer::FailedCallsAreShownAndTheWindowStaysUsable() {
-    fx_->StartServer(true);
+    fx_->StartDemo(true);
     auto main = fx_->OpenMain();
     ListModel* model = main->ListRows();
     ExplorerFixture::Click(*main, QStringLiteral("fxmasterUsers"));
     QVERIFY(model->rowCount() > 0);
-    fx_->Server().Shutdown();
+    fx_->server->Shutdown();
 
     // The server cannot be reached: offered Retry, cancelled.
-    fx_->Prompter().Answer(Answer::Cancel);
+    fx_->prompter.Answer(Answer::Cancel);
     ExplorerFixture::Click(*main, QStringLiteral("Groups"));
-    QCOMPARE(fx_->Prompter().Prompts().size(), 1);
-    const Prompt& prompt = fx_->Prompter().LastPrompt();
+    QCOMPARE(fx_->prompter.Prompts().size(), 1);
+    const Prompt& prompt = fx_->prompter.LastPrompt();
     QCOMPARE(prompt.icon, PromptIcon::Critical);
     QCOMPARE(prompt.buttons, PromptButtons::RetryCancel);
     QVERIFY2(prompt.text.endsWith(QStringLiteral("(81000002).")), qPrintable(prompt.text));
-    QVERIFY(!fx_->Prompter().Prompts().last().busyPointer);
+    QVERIFY(!fx_->prompter.Prompts().last().busyPointer);
     QCOMPARE(model->columnCount(), 2);
     QCOMPARE(model->rowCount(), 0);
 
     // Retry asks the server again, and the window goes on answering.
-    fx_->Prompter().Answer({Answer::Retry, Answer::Cancel});
+    fx_->prompter.Answer({Answer::Retry, Answer::Cancel});
     ExplorerFixture::Click(*main, QStringLiteral("Routes"));
-    QCOMPARE(fx_->Prompter().Prompts().size(), 3);
+    QCOMPARE(fx_->prompter.Prompts().size(), 3);
     QCOMPARE(model->columnCount(), 4);
     QCOMPARE(model->rowCount(), 0);
     QCOMPARE(Key(main->Tree()->currentItem()), QStringLiteral("Routes"));
     QCOMPARE(QApplication::overrideCursor(), nullptr);
 
     // Refresh: the tree keeps its fixed branches, and the list is reported too.
-    fx_->Prompter().Answer({Answer::Cancel, Answer::Cancel});
+    fx_->prompter.Answer({Answer::Cancel, Answer::Cancel});
     main->RefreshExplorer();
-    QCOMPARE(fx_->Prompter().Prompts().size(), 5);
+    QCOMPARE(fx_->prompter.Prompts().size(), 5);
     QCOMPARE(main->Tree()->topLevelItem(0)->childCount(), 6);
     QCOMPARE(Key(main->Tree()->currentItem()), QStringLiteral("Routes"));
     QVERIFY(main->isVisible());
 }
 
 void TestExplorer::EventListCountsWhileItFills() {
-    fx_->StartServer();
+    fx_->StartDemo();
     // A server of its own, with enough events for the running count to move.
     fx_->Store().CommitServer(
         veldrano::server::demo::MakeServer("evhost", "Events", true, false, false, "rpc"));

@@ -63,12 +63,13 @@ void TestExplorerInput::init() {
 }
 
 void TestExplorerInput::cleanup() {
-    QCOMPARE(fx_->Prompter().UnusedAnswers(), 0);
+    const int unused = fx_->prompter.UnusedAnswers();
     fx_.reset();
+    QCOMPARE(unused, 0);
 }
 
 void TestExplorerInput::HeaderSortsAndKeepsDraggedWidths() {
-    fx_->StartServer();
+    fx_->StartDemo();
     auto main = fx_->OpenMain();
     ListModel* model = main->ListRows();
     QAbstractItemModelTester tester(model, QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -129,7 +130,7 @@ void TestExplorerInput::HeaderSortsAndKeepsDraggedWidths() {
 }
 
 void TestExplorerInput::KeyboardWorksInBothPanes() {
-    fx_->StartServer();
+    fx_->StartDemo();
     auto main = fx_->OpenMain();
     QTreeWidget* tree = main->Tree();
     QTreeView* list = main->List()->DetailsView();
@@ -167,7 +168,7 @@ void TestExplorerInput::KeyboardWorksInBothPanes() {
 }
 
 void TestExplorerInput::DragOverTheTreeMarksWhereObjectsMayGo() {
-    fx_->StartServer();
+    fx_->StartDemo();
     auto main = fx_->OpenMain();
     QWidget* viewport = main->Tree()->viewport();
     // Each node is opened before the drag, as a drag would open it.
@@ -230,7 +231,7 @@ void TestExplorerInput::DragOverTheTreeMarksWhereObjectsMayGo() {
 }
 
 void TestExplorerInput::RoutingPopupReloadsTheTables() {
-    fx_->StartServer(true);
+    fx_->StartDemo(true);
     auto main = fx_->OpenMain();
     QMenu* popup = main->PopupMenu(QStringLiteral("mnuPopupLCR"));
     QAction* reload = main->MenuEntry(QStringLiteral("mnuPopupLCRReload"));
@@ -252,13 +253,13 @@ void TestExplorerInput::RoutingPopupReloadsTheTables() {
     const int64_t before = fx_->Store().EventCount("fxmaster");
     reload->trigger();
     QCOMPARE(fx_->Store().EventCount("fxmaster"), before + 1);
-    QVERIFY(fx_->Prompter().Prompts().isEmpty());
+    QVERIFY(fx_->prompter.Prompts().isEmpty());
 
-    fx_->Server().Shutdown();
-    fx_->Prompter().Answer(Answer::Cancel);
+    fx_->server->Shutdown();
+    fx_->prompter.Answer(Answer::Cancel);
     reload->trigger();
-    QCOMPARE(fx_->Prompter().Prompts().size(), 1);
-    QCOMPARE(fx_->Prompter().LastPrompt().icon, PromptIcon::Critical);
+    QCOMPARE(fx_->prompter.Prompts().size(), 1);
+    QCOMPARE(fx_->prompter.LastPrompt().icon, PromptIcon::Critical);
 }
 
 QTEST_MAIN(TestExplorerInput)

@@ -2,7 +2,6 @@
 // headers, persisted widths and alignment of every kind, and the cells of
 // every kind's rows as the server's records turn into them.
 
-#include <QTemporaryDir>
 #include <QTest>
 #include <memory>
 
@@ -14,8 +13,7 @@
 #include "shell/ListFillKinds.h"
 #include "shell/ViewSettings.h"
 #include "store/Store.h"
-#include "support/ScriptedPrompter.h"
-#include "support/TestServer.h"
+#include "support/ConsoleFixture.h"
 
 using namespace winadmin;
 namespace pb = veldrano::admin::v1;
@@ -72,32 +70,22 @@ private slots:
     void FailingCallIsThrown();
 
 private:
-    veldrano::server::Store& Store() { return server_->GetStore(); }
+    veldrano::server::Store& Store() { return fixture_->server->GetStore(); }
     void AddServer(const std::string& name, bool remote = false);
     std::vector<ListRow> Fill(const char* kind, const QString& key, const NodeScope& scope = {}) {
         return FillListView(QLatin1String(kind), key, *TheSession(), scope);
     }
 
-    std::unique_ptr<QTemporaryDir> dir_;
-    std::unique_ptr<TestServer> server_;
-    std::unique_ptr<ScriptedPrompter> prompter_;
+    std::unique_ptr<ConsoleFixture> fixture_;
 };
 
 void TestListFill::init() {
-    dir_ = std::make_unique<QTemporaryDir>();
-    QVERIFY(dir_->isValid());
-    UseSettingsFile(dir_->filePath(QStringLiteral("settings.ini")));
-    prompter_ = std::make_unique<ScriptedPrompter>();
-    server_ = std::make_unique<TestServer>();
-    SetTheSession(server_->Login());
+    fixture_ = std::make_unique<ConsoleFixture>();
+    fixture_->LogIn();
 }
 
 void TestListFill::cleanup() {
-    SetTheSession(nullptr);
-    server_.reset();
-    prompter_.reset();
-    UseNativeSettings();
-    dir_.reset();
+    QCOMPARE(ConsoleFixture::Close(fixture_), 0);
 }
 
 void TestListFill::AddServer(const std::string& name, bool remote) {
@@ -500,10 +488,9 @@ void TestListFill::FailingCallIsThrown() {
     // A server the installation does not know.
     QVERIFY_THROWS_EXCEPTION(SessionError, Fill("Users", QStringLiteral("nosuchUsers")));
     // No server at all (reached over TCP, as the console reaches one).
-    SetTheSession(nullptr);
-    server_ = std::make_unique<TestServer>(TestServer::Options{true, {}, {}});
-    SetTheSession(server_->LoginTcp());
-    server_->Shutdown();
+    fixture_->StartServer(ServerOptions("", "", true));
+    SetTheSession(fixture_->server->LoginTcp());
+    fixture_->server->Shutdown();
     QVERIFY_THROWS_EXCEPTION(SessionError, Fill("Groups", QStringLiteral("Groups")));
 }
 

@@ -5,40 +5,28 @@
 #include <QTreeView>
 #include <QTreeWidget>
 
-#include "common/Settings.h"
 #include "demo/DemoData.h"
+#include "session/ServerSession.h"
 #include "shell/ExplorerListView.h"
 #include "shell/frmMain.h"
 #include "store/Store.h"
 
 namespace winadmin {
 
-ExplorerFixture::ExplorerFixture() {
-    UseSettingsFile(dir_.filePath(QStringLiteral("settings.ini")));
-}
-
-ExplorerFixture::~ExplorerFixture() {
-    SetTheSession(nullptr);
-    server_.reset();
-    UseNativeSettings();
-}
-
-void ExplorerFixture::StartServer(bool tcp) {
-    server_ = std::make_unique<TestServer>(TestServer::Options{tcp, {}, {}});
+void ExplorerFixture::StartDemo(bool tcp) {
+    StartServer(ServerOptions("", "", tcp));
     veldrano::server::FillDemo(Store());
-    SetTheSession(tcp ? server_->LoginTcp() : server_->Login());
+    SetTheSession(tcp ? server->LoginTcp() : server->Login());
 }
 
 std::unique_ptr<frmMain> ExplorerFixture::OpenMain() {
     auto main = std::make_unique<frmMain>();
-    main->show();
-    main->activateWindow();
-    if (!QTest::qWaitForWindowActive(main.get())) qWarning("main window not activated");
+    if (!ShowActive(*main)) qWarning("main window not activated");
     return main;
 }
 
 veldrano::server::Store& ExplorerFixture::Store() {
-    return server_->GetStore();
+    return server->GetStore();
 }
 
 QTreeWidgetItem* ExplorerFixture::Click(frmMain& main, const QString& key) {
