@@ -24,6 +24,7 @@
 //
 // Usage: bench-lists [users] [servers] [printers-and-devices-per-server] [zones]
 
+#include "BenchSupport.h"
 #include <QApplication>
 #include <QHeaderView>
 #include <QLocale>
@@ -53,18 +54,12 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using namespace bench;
 using winadmin::ListModel;
 using winadmin::ListRow;
 using winadmin::UserRecord;
 
 constexpr int Runs = 5;
-const QString Password = QStringLiteral("Bench-Password-1");
-
-double MillisecondsSince(Clock::time_point start) {
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
 // The median of runs of f, each timed on its own; prepare runs untimed before each.
 double MedianMs(const std::function<void()>& f, const std::function<void()>& prepare = {}) {
     std::vector<double> times;
@@ -76,11 +71,6 @@ double MedianMs(const std::function<void()>& f, const std::function<void()>& pre
     }
     std::sort(times.begin(), times.end());
     return times[times.size() / 2];
-}
-
-void Print(const char* name, double value) {
-    std::printf("%s: %.3f\n", name, value);
-    std::fflush(stdout);
 }
 
 // Every fill below starts from the same fetched records and ends with a
@@ -166,17 +156,8 @@ int main(int argc, char** argv) {
     sizes.zones = argc > 4 ? std::atoi(argv[4]) : 1000;
     sizes.firstServerUsers = userCount;
 
-    QTemporaryDir dir;
-    if (!dir.isValid()) {
-        std::fprintf(stderr, "cannot create a temporary directory\n");
-        return 1;
-    }
-    veldrano::server::ServerOptions options;
-    options.dataPath = dir.filePath(QStringLiteral("bench.db")).toStdString();
-    options.listen = "127.0.0.1:0";
-    options.password = Password.toStdString();
-    options.simulate = false;
-    veldrano::server::ServerHost server(options);
+    BenchServer benchServer;
+    veldrano::server::ServerHost& server = benchServer.Host();
     Clock::time_point start = Clock::now();
     veldrano::server::Generate(server.GetStore(), sizes);
     Print("generate_ms", MillisecondsSince(start));

@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "BenchSupport.h"
 #include "demo/Generator.h"
 #include "service/ServerHost.h"
 #include "session/GrpcServerSession.h"
@@ -25,36 +26,17 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using namespace bench;
 
 constexpr double UsersGoalMs = 250.0;
 constexpr double SmallCallGoalMs = 0.3;
 constexpr int ListRuns = 5;
-const QString Password = QStringLiteral("Bench-Password-1");
-
-double MillisecondsSince(Clock::time_point start) {
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-double Median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[values.size() / 2];
-}
-
 // The value below which the given share of the samples lies.
 double Percentile(std::vector<double> sorted, double share) {
     if (sorted.empty()) return 0;
     std::sort(sorted.begin(), sorted.end());
     const size_t index = std::min(sorted.size() - 1, size_t(share * double(sorted.size())));
     return sorted[index];
-}
-
-void Print(const char* name, double value) {
-    std::printf("%s: %.3f\n", name, value);
-}
-
-void Print(const char* name, long long value) {
-    std::printf("%s: %lld\n", name, value);
 }
 
 struct ListTiming {
@@ -125,17 +107,8 @@ int main(int argc, char** argv) {
     const int userCount = argc > 1 ? std::atoi(argv[1]) : 100000;
     const int smallCalls = argc > 2 ? std::atoi(argv[2]) : 10000;
 
-    QTemporaryDir dir;
-    if (!dir.isValid()) {
-        std::fprintf(stderr, "cannot create a temporary directory\n");
-        return 1;
-    }
-    veldrano::server::ServerOptions options;
-    options.dataPath = dir.filePath(QStringLiteral("bench.db")).toStdString();
-    options.listen = "127.0.0.1:0";
-    options.password = Password.toStdString();
-    options.simulate = false;
-    veldrano::server::ServerHost server(options);
+    BenchServer benchServer;
+    veldrano::server::ServerHost& server = benchServer.Host();
 
     Clock::time_point start = Clock::now();
     veldrano::server::GenerateSizes sizes;
