@@ -117,6 +117,8 @@ private:
     void ApplyColumnWidths();
     void KeepColumnWidth(int column, int oldPixels, int newPixels);
     void SortByHeader(int column);
+    // Enter or a double click on a list row: a branch row opens its branch.
+    void OpenListRow(const QModelIndex& index);
     void ShowSortIndicator();
     void SelectRow(int row);
     void ShowFillCount(int rows);

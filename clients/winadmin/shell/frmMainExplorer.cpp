@@ -87,6 +87,7 @@ void frmMain::ConnectExplorer() {
                                     static_cast<QAbstractItemView*>(ui->lvListView->IconView())}) {
         view->setDragEnabled(true);
         view->setDragDropMode(QAbstractItemView::DragOnly);
+        connect(view, &QAbstractItemView::activated, this, &frmMain::OpenListRow);
     }
     tree->setAcceptDrops(true);
     tree->viewport()->setAcceptDrops(true);
@@ -259,6 +260,16 @@ bool frmMain::FilterTreeDrag(QEvent* event) {
         default:
             return false;
     }
+}
+
+void frmMain::OpenListRow(const QModelIndex& index) {
+    if (!index.isValid()) return;
+    // Rows of branches carry their node's key; the objects' own rows open
+    // their editors once those exist.
+    QTreeWidgetItem* node = FindNode(listModel_->Row(index.row()).key);
+    if (!node) return;
+    if (node->parent()) node->parent()->setExpanded(true);
+    ui->tvTreeView->setCurrentItem(node);
 }
 
 void frmMain::ShowTreeMenu(const QPoint& position) {

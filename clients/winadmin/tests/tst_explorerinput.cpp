@@ -146,6 +146,20 @@ void TestExplorerInput::KeyboardWorksInBothPanes() {
     QVERIFY(list->hasFocus());
     QTest::keyClick(list, Qt::Key_Backtab);
     QVERIFY(tree->hasFocus());
+
+    // Enter on a branch row opens the branch; on an object row it opens
+    // nothing yet and leaves the tree where it is.
+    Fx::Click(*main, QStringLiteral("fxmaster"));
+    const int events = main->ListRows()->FindKey(QStringLiteral("fxmasterEvents"));
+    QVERIFY(events > 0);
+    list->setFocus();
+    list->setCurrentIndex(main->ListRows()->index(events, 0));
+    QTest::keyClick(list, Qt::Key_Return);
+    QCOMPARE(Fx::Key(tree->currentItem()), QStringLiteral("fxmasterEvents"));
+    QCOMPARE(main->ListRows()->Columns().front().key, QStringLiteral("EventTime"));
+    list->setCurrentIndex(main->ListRows()->index(0, 0));
+    QTest::keyClick(list, Qt::Key_Return);
+    QCOMPARE(Fx::Key(tree->currentItem()), QStringLiteral("fxmasterEvents"));
 }
 
 void TestExplorerInput::DragOverTheTreeMarksWhereObjectsMayGo() {
