@@ -10,49 +10,30 @@
 
 #include "common/AppContext.h"
 
+#include <utility>
+
 namespace winadmin {
 
 namespace {
 
+// One table for both directions, so an answer and its button never disagree.
+constexpr std::pair<int, QMessageBox::StandardButton> kButtons[] = {
+    {Answer::OK, QMessageBox::Ok},       {Answer::Cancel, QMessageBox::Cancel},
+    {Answer::Abort, QMessageBox::Abort}, {Answer::Retry, QMessageBox::Retry},
+    {Answer::Ignore, QMessageBox::Ignore}, {Answer::Yes, QMessageBox::Yes},
+    {Answer::No, QMessageBox::No},
+};
+
 QMessageBox::StandardButton ButtonFor(int answer) {
-    switch (answer) {
-        case Answer::OK:
-            return QMessageBox::Ok;
-        case Answer::Cancel:
-            return QMessageBox::Cancel;
-        case Answer::Abort:
-            return QMessageBox::Abort;
-        case Answer::Retry:
-            return QMessageBox::Retry;
-        case Answer::Ignore:
-            return QMessageBox::Ignore;
-        case Answer::Yes:
-            return QMessageBox::Yes;
-        case Answer::No:
-            return QMessageBox::No;
-    }
+    for (const auto& [code, button] : kButtons)
+        if (code == answer) return button;
     return QMessageBox::NoButton;
 }
 
 int AnswerFor(QMessageBox::StandardButton button) {
-    switch (button) {
-        case QMessageBox::Ok:
-            return Answer::OK;
-        case QMessageBox::Cancel:
-            return Answer::Cancel;
-        case QMessageBox::Abort:
-            return Answer::Abort;
-        case QMessageBox::Retry:
-            return Answer::Retry;
-        case QMessageBox::Ignore:
-            return Answer::Ignore;
-        case QMessageBox::Yes:
-            return Answer::Yes;
-        case QMessageBox::No:
-            return Answer::No;
-        default:
-            return 0;
-    }
+    for (const auto& [code, standard] : kButtons)
+        if (standard == button) return code;
+    return 0;
 }
 
 QMessageBox::Icon IconFor(PromptIcon icon) {

@@ -71,32 +71,16 @@ void ExplorerListView::SetMode(int mode) {
     const bool hadFocus = HasListFocus();
     // Changing the arrangement resets whether rows can be dragged out.
     const bool dragEnabled = icons_->dragEnabled();
-    switch (mode) {
-        case LargeIcons:
-            icons_->setViewMode(QListView::IconMode);
-            icons_->setFlow(QListView::LeftToRight);
-            icons_->setWrapping(true);
-            icons_->setIconSize(QSize(kLargeIconSize, kLargeIconSize));
-            icons_->setWordWrap(true);
-            break;
-        case SmallIcons:
-            // Rows of small icons, filled left to right.
-            icons_->setViewMode(QListView::ListMode);
-            icons_->setFlow(QListView::LeftToRight);
-            icons_->setWrapping(true);
-            icons_->setIconSize(QSize(kSmallIconSize, kSmallIconSize));
-            icons_->setWordWrap(false);
-            break;
-        case List:
-            // Columns of small icons, filled top to bottom.
-            icons_->setViewMode(QListView::ListMode);
-            icons_->setFlow(QListView::TopToBottom);
-            icons_->setWrapping(true);
-            icons_->setIconSize(QSize(kSmallIconSize, kSmallIconSize));
-            icons_->setWordWrap(false);
-            break;
-        default:
-            break;
+    if (mode != Details) {
+        // Large icons wrap their captions; small icons fill rows left to
+        // right; the list fills columns top to bottom.
+        const bool large = mode == LargeIcons;
+        icons_->setViewMode(large ? QListView::IconMode : QListView::ListMode);
+        icons_->setFlow(mode == List ? QListView::TopToBottom : QListView::LeftToRight);
+        icons_->setWrapping(true);
+        const int size = large ? kLargeIconSize : kSmallIconSize;
+        icons_->setIconSize(QSize(size, size));
+        icons_->setWordWrap(large);
     }
     // setViewMode resets the movement; the icons stay where the model puts them.
     icons_->setMovement(QListView::Static);
