@@ -103,7 +103,11 @@ int QtPrompter::Show(const Prompt& prompt) {
     box.setWindowTitle(prompt.title.isEmpty() ? ApplicationTitle() : prompt.title);
     // Messages quote names such as "<Unknown>"; they must never be read as markup.
     box.setTextFormat(Qt::PlainText);
-    box.setText(prompt.text);
+    // Messages break their lines with a carriage return alone, which a plain
+    // text label does not take for a line break.
+    QString text = prompt.text;
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    box.setText(text);
 
     int escapeAnswer = 0;
     for (int answer : answers) {

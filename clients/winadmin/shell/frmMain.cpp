@@ -47,6 +47,8 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), ui(std::make_unique<Ui:
     ConnectFind(*this);
 
     ConnectExplorer();
+    ConnectObjectCommands();
+    ConnectStartStop();
     BuildTree();
     LoadViewSettings();
     // After the widths are read: the first list is laid out with them.

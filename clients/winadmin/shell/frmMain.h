@@ -77,6 +77,40 @@ public:
     // Status bar panels from 1; panel 1 shows running counts while lists fill.
     QLabel* StatusPanel(int panel) const;
 
+    // What the commands act on: the tree's current node or the list's
+    // selected row, whichever of the two had the focus last ("TreeView" or
+    // "ListView"). A list row counts only while it is selected.
+    struct Selection {
+        QString control;  // "TreeView", "ListView", or empty: nothing to act on
+        QString kind;     // the node's image name or the row's icon key
+        QString key;
+        QString text;
+        QString tag;  // the row's server
+        // The tree node the list shows (or the selected node itself): its
+        // server and its object (zone, gateway, printer, device).
+        NodeScope scope;
+        QString nodeKey;
+        int zoneIndex = 0;  // the routing zone the node belongs to
+        bool IsEmpty() const { return control.isEmpty(); }
+        // The server the object belongs to: the row's tag, else the node's.
+        QString Server() const { return tag.isEmpty() ? scope.server : tag; }
+    };
+    Selection SelectedObject() const;
+    QString ActiveControl() const { return activeControl_; }
+    void SetActiveControl(const QString& control) { activeControl_ = control; }
+
+    // The object commands (frmMainObjects.cpp): New for the selected tree
+    // node, Properties and Delete for the selection.
+    void NewObject();
+    void OpenProperties();
+    void DeleteSelection();
+
+    // The list's pop-up menu and the start, stop and terminate commands
+    // (frmMainStartStop.cpp). Action codes: 1 start, 2 stop, 3 terminate.
+    void ShowListMenu(const QPoint& position);
+    void UpdateStartStopItems(QAction* start, QAction* stop);
+    bool StartStopObject(int action);
+
     // Pop-up menus and their entries by control name (nullptr when unknown).
     QMenu* PopupMenu(const QString& name) const;
     QAction* MenuEntry(const QString& name) const;
@@ -125,6 +159,11 @@ private:
     bool FilterTreeDrag(QEvent* event);
     void ShowTreeMenu(const QPoint& position);
     void ReloadLcr();
+    void ConnectObjectCommands();
+    // Enables New, Properties and Delete for what is selected: a kind whose
+    // window is not in the catalog is not offered.
+    void UpdateObjectCommands();
+    void ConnectStartStop();
 
     std::unique_ptr<Ui::frmMain> ui;
     QActionGroup* viewModes_ = nullptr;
@@ -142,6 +181,8 @@ private:
     bool dragging_ = false;
     // The stored list mode is applied when the window is first activated.
     bool activatedOnce_ = false;
+    // Which of tree and list the commands act on (see Selection).
+    QString activeControl_ = QStringLiteral("TreeView");
     bool shownOnce_ = false;
 };
 

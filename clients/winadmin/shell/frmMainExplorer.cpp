@@ -17,7 +17,7 @@
 
 #include "common/Prompter.h"
 #include "common/Twips.h"
-#include "session/ErrorDialog.h"
+#include "session/CallSession.h"
 #include "session/ServerSession.h"
 #include "shell/ExplorerListView.h"
 #include "shell/ListFill.h"
@@ -27,32 +27,6 @@
 namespace winadmin {
 
 namespace {
-
-// The hourglass while a call runs; a failure's message box takes it down
-// itself (ShowErrorMessage), after which restoring is harmless.
-class BusyPointer {
-public:
-    BusyPointer() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~BusyPointer() { QApplication::restoreOverrideCursor(); }
-    BusyPointer(const BusyPointer&) = delete;
-    BusyPointer& operator=(const BusyPointer&) = delete;
-};
-
-// Runs call until it succeeds or the administrator gives up: a transient
-// failure offers Retry, every other failure only OK. Answers whether it
-// succeeded.
-template <class Call>
-bool CallSession(Call&& call) {
-    for (;;) {
-        try {
-            BusyPointer busy;
-            call();
-            return true;
-        } catch (const SessionError& error) {
-            if (ShowErrorMessage(error) != Answer::Retry) return false;
-        }
-    }
-}
 
 QString KeyOf(const QTreeWidgetItem* node) {
     return node ? node->data(0, NodeKeyRole).toString() : QString();
@@ -264,8 +238,13 @@ bool frmMain::FilterTreeDrag(QEvent* event) {
 
 void frmMain::OpenListRow(const QModelIndex& index) {
     if (!index.isValid()) return;
-    // Rows of branches carry their node's key; the objects' own rows open
-    // their editors once those exist.
+    // An object's row opens its window; a branch's row (its key is its node's)
+    // opens the branch in the tree.
+    activeControl_ = QStringLiteral("ListView");
+    if (ui->mnuFileProperties->isEnabled()) {
+        OpenProperties();
+        return;
+    }
     QTreeWidgetItem* node = FindNode(listModel_->Row(index.row()).key);
     if (!node) return;
     if (node->parent()) node->parent()->setExpanded(true);

@@ -1,0 +1,17 @@
+// The catalog of the windows that New and Properties open. A new editor or
+// viewer adds its one line here.
+
+#include "editors/frmServerDetails.h"
+#include "shell/ObjectEditors.h"
+
+namespace winadmin {
+
+const std::vector<ObjectWindow>& ObjectWindowCatalog() {
+    static const std::vector<ObjectWindow> catalog = {
+        {{QStringLiteral("Server"), QStringLiteral("Servers")}, QStringLiteral("HostName"),
+         &OpenServerEditor},
+    };
+    return catalog;
+}
+
+}  // namespace winadmin
