@@ -27,11 +27,15 @@ bool IsModified(EditorState state) {
 
 }  // namespace
 
-EditorFrame::EditorFrame(QWidget* parent, const Controls& controls, const Messages& messages)
-    : QDialog(parent), controls_(controls), messages_(messages), timStartUp_(new QTimer(this)) {
+EditorFrame::EditorFrame(QWidget* parent) : QDialog(parent), timStartUp_(new QTimer(this)) {
     timStartUp_->setObjectName(QStringLiteral("timStartUp"));
     timStartUp_->setSingleShot(true);
     connect(timStartUp_, &QTimer::timeout, this, &EditorFrame::StartUp);
+}
+
+void EditorFrame::SetUpFrame(const Controls& controls, const Messages& messages) {
+    controls_ = controls;
+    messages_ = messages;
     if (controls_.keyField) {
         InstallKeyFilter(controls_.keyField, controls_.keyFilter, controls_.keyMaxLength);
         // Installed after the key filter so that it sees Enter first.

@@ -59,8 +59,7 @@ public:
     void reject() override;
 
 protected:
-    // What the frame needs to know of the editor's form; set from the
-    // editor's constructor after its setupUi.
+    // What the frame needs to know of the editor's form.
     struct Controls {
         QLineEdit* keyField = nullptr;
         QLabel* keyLabel = nullptr;  // its caption names the field in messages
@@ -79,7 +78,9 @@ protected:
         QString notExist;
         QString exists;
     };
-    EditorFrame(QWidget* parent, const Controls& controls, const Messages& messages);
+    explicit EditorFrame(QWidget* parent);
+    // Called by the editor's constructor once its form is set up.
+    void SetUpFrame(const Controls& controls, const Messages& messages);
 
     // Changes in these fields mark the dialog changed (unless it is loading).
     void WatchFields(std::initializer_list<QWidget*> fields);

@@ -29,24 +29,20 @@ std::string Utf8(const QString& text) {
 }  // namespace
 
 frmServerDetails::frmServerDetails(QWidget* parent)
-    : EditorFrame(parent,
-                  [this] {
-                      ui = std::make_unique<Ui::frmServerDetails>();
-                      ui->setupUi(this);
-                      Controls controls;
-                      controls.keyField = ui->edtHostName;
-                      controls.keyLabel = ui->lblHostName;
-                      controls.details = ui->tabDetails;
-                      controls.firstDetail = ui->edtComment;
-                      controls.ok = ui->cmdOK;
-                      controls.cancel = ui->cmdCancel;
-                      controls.remove = ui->cmdDelete;
-                      controls.keyFilter = kKeyNoParentheses;
-                      controls.keyMaxLength = kHostNameLength;
-                      return controls;
-                  }(),
-                  {QStringLiteral("HostName"), QStringLiteral("ServerNotExist"),
-                   QStringLiteral("ServerExist")}) {
+    : EditorFrame(parent), ui(std::make_unique<Ui::frmServerDetails>()) {
+    ui->setupUi(this);
+    Controls controls;
+    controls.keyField = ui->edtHostName;
+    controls.keyLabel = ui->lblHostName;
+    controls.details = ui->tabDetails;
+    controls.firstDetail = ui->edtComment;
+    controls.ok = ui->cmdOK;
+    controls.cancel = ui->cmdCancel;
+    controls.remove = ui->cmdDelete;
+    controls.keyFilter = kKeyNoParentheses;
+    controls.keyMaxLength = kHostNameLength;
+    SetUpFrame(controls, {QStringLiteral("HostName"), QStringLiteral("ServerNotExist"),
+                          QStringLiteral("ServerExist")});
     InstallKeyFilter(ui->edtComment, kKeyAnyText, kCommentLength);
     InstallKeyFilter(ui->edtDispatchCount, kKeyDigits, 5);
     InstallKeyFilter(ui->edtDebugLevel, kKeyDigits, 2);
@@ -107,12 +103,15 @@ bool frmServerDetails::WriteFields() {
     server_.set_net_type(Utf8(ui->cboNetType->currentData().toString()));
     server_.set_serialize_same_number(ui->chkSerializeSameNumber->isChecked());
     server_.set_dispatch_off(ui->chkDispatchOff->isChecked());
-    // Disabled for remote servers, whose values then stay as they were
-    // unless the fields hold numbers.
+    // A remote server skips the range checks, so its disabled fields may hold
+    // anything; only values the server takes are written, the rest stay as
+    // stored.
     bool ok = false;
-    if (const int count = ui->edtDispatchCount->text().trimmed().toInt(&ok); ok)
+    if (const int count = ui->edtDispatchCount->text().trimmed().toInt(&ok);
+        ok && count >= 1 && count <= 10000)
         server_.set_dispatch_count(count);
-    if (const int level = ui->edtDebugLevel->text().trimmed().toInt(&ok); ok)
+    if (const int level = ui->edtDebugLevel->text().trimmed().toInt(&ok);
+        ok && level >= 0 && level <= 10)
         server_.set_debug_level(level);
     server_.set_compatibility(Utf8(ui->edtCompatibility->text()));
     return true;

@@ -1,0 +1,347 @@
+// The editor frame's lifecycle and the server editor on it, driven through
+// the dialog's widgets against the demo installation.
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTest>
+#include <QTimer>
+
+#include "editors/FormParameters.h"
+#include "editors/frmServerDetails.h"
+#include "store/Store.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+
+namespace {
+
+const QString kHostName = QStringLiteral("HostName");
+
+// The dialog shown with a request, after its start-up tick.
+struct ServerEditor {
+    explicit ServerEditor(const FormParameterList& request) {
+        SetFormParameters(request);
+        ShowActive(dialog);
+        QTRY_VERIFY(!Child<QTimer>(dialog, "timStartUp")->isActive());
+    }
+    static ServerEditor Open(const QString& host) { return ServerEditor({{kHostName, host}}); }
+
+    template <class W = QLineEdit>
+    W* Field(const char* name) {
+        return Child<W>(dialog, name);
+    }
+    void Type(const char* field, const QString& text) {
+        Field(field)->clear();
+        QTest::keyClicks(Field(field), text);
+    }
+    void Click(const char* button) { QTest::mouseClick(Field<QAbstractButton>(button), Qt::LeftButton); }
+    void Key(const char* field, Qt::Key key) { QTest::keyClick(Field<QWidget>(field), key); }
+    QString Answer() const { return FormParameterValue(QStringLiteral("Refresh")); }
+
+    frmServerDetails dialog;
+};
+
+}  // namespace
+
+class TestServerEditor : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void LoadsExistingAndAnswersZeroWithoutEdits();
+    void UnknownKeyClosesWithZero();
+    void CancelAfterEditsAsksSaveChanges_data();
+    void CancelAfterEditsAsksSaveChanges();
+    void SaveThenEditThenNoStillAnswersSaved();
+    void NewKeyStateAndExistingKey();
+    void CreatesNewServer();
+    void ValidationOrderAndBounds_data();
+    void ValidationOrderAndBounds();
+    void RemoteServerSkipsRangeChecks();
+    void RoleRemovalAsksInOrderAndWritesNothingOnNo();
+    void RoleRemovalDeletesTheRolesObjects();
+    void StaleVersionLeavesDialogOpen();
+    void DeleteFromDialog();
+
+private:
+    std::unique_ptr<ExplorerFixture> fixture_;
+    veldrano::server::Store& Store() { return fixture_->Store(); }
+};
+
+void TestServerEditor::init() {
+    fixture_ = std::make_unique<ExplorerFixture>();
+    fixture_->StartDemo();
+}
+
+void TestServerEditor::cleanup() {
+    std::unique_ptr<ConsoleFixture> fixture = std::move(fixture_);
+    QCOMPARE(ConsoleFixture::Close(fixture), 0);
+}
+
+void TestServerEditor::LoadsExistingAndAnswersZeroWithoutEdits() {
+    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxmaster"));
+    QCOMPARE(editor.dialog.State(), EditorState::Shown);
+    QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("Head office message server"));
+    QVERIFY(editor.Field<QCheckBox>("chkPrinterServer")->isChecked());
+    QCOMPARE(editor.Field<QComboBox>("cboNetType")->currentText(), QStringLiteral("rpc"));
+    QCOMPARE(editor.Field("edtOnline")->text(), QStringLiteral("Yes"));
+    // Loading never counts as an edit; the key is locked and details open.
+    QVERIFY(editor.Field("edtHostName")->isReadOnly());
+    QVERIFY(editor.Field<QTabWidget>("tabDetails")->isEnabled());
+    QVERIFY(editor.Field<QWidget>("edtComment")->hasFocus());
+    // Enter in the key field reloads; it never presses OK.
+    editor.Key("edtHostName", Qt::Key_Return);
+    QVERIFY(editor.dialog.isVisible());
+    editor.Click("cmdCancel");
+    QVERIFY(!editor.dialog.isVisible());
+    QCOMPARE(editor.Answer(), QStringLiteral("0"));
+    QVERIFY(fixture_->prompter.Prompts().isEmpty());
+}
+
+void TestServerEditor::UnknownKeyClosesWithZero() {
+    fixture_->prompter.Answer(Answer::OK);
+    ServerEditor editor = ServerEditor::Open(QStringLiteral("nosuchhost"));
+    QTRY_VERIFY(!editor.dialog.isVisible());
+    const Prompt& shown = fixture_->prompter.LastPrompt();
+    QCOMPARE(shown.text, QStringLiteral("The server does not exist."));
+    QCOMPARE(shown.icon, PromptIcon::Exclamation);
+    QCOMPARE(shown.title, editor.dialog.windowTitle());
+    QCOMPARE(editor.Answer(), QStringLiteral("0"));
+}
+
+void TestServerEditor::CancelAfterEditsAsksSaveChanges_data() {
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<bool>("open");    // the dialog stays
+    QTest::addColumn<QString>("stored");  // the comment in the store afterwards
+    QTest::addColumn<QString>("refresh");
+    QTest::newRow("Cancel keeps the edits") << int(Answer::Cancel) << true
+                                             << "Head office message server" << "";
+    QTest::newRow("No closes unsaved") << int(Answer::No) << false << "Head office message server"
+                                       << "0";
+    QTest::newRow("Yes saves and closes") << int(Answer::Yes) << false << "Edited" << "-1";
+}
+
+void TestServerEditor::CancelAfterEditsAsksSaveChanges() {
+    QFETCH(int, answer);
+    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxmaster"));
+    SetFormParameters({});
+    editor.Type("edtComment", QStringLiteral("Edited"));
+    QCOMPARE(editor.dialog.State(), EditorState::Changed);
+    fixture_->prompter.Answer(answer);
+    editor.Click("cmdCancel");
+    const Prompt& asked = fixture_->prompter.LastPrompt();
+    QCOMPARE(asked.text, QStringLiteral("Do you want to save the changes?"));
+    QCOMPARE(asked.buttons, PromptButtons::YesNoCancel);
+    QCOMPARE(asked.icon, PromptIcon::Question);
+    QTEST(editor.dialog.isVisible(), "open");
+    QTEST(QString::fromStdString(Store().GetServer("fxmaster").comment()), "stored");
+    QTEST(editor.Answer(), "refresh");
+    if (editor.dialog.isVisible()) QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("Edited"));
+}
+
+void TestServerEditor::SaveThenEditThenNoStillAnswersSaved() {
+    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxsales"));
+    editor.Type("edtDebugLevel", QStringLiteral("7"));
+    editor.dialog.SaveIfModified();
+    QCOMPARE(editor.dialog.State(), EditorState::Shown);
+    QCOMPARE(Store().GetServer("fxsales").debug_level(), 7);
+    editor.Type("edtComment", QStringLiteral("Not kept"));
+    fixture_->prompter.Answer(Answer::No);
+    editor.dialog.reject();
+    QCOMPARE(editor.Answer(), QStringLiteral("-1"));
+    QCOMPARE(Store().GetServer("fxsales").comment(), std::string("Sales and field service"));
+}
+
+void TestServerEditor::NewKeyStateAndExistingKey() {
+    ServerEditor editor({{QStringLiteral("New"), QString()}});
+    QCOMPARE(editor.dialog.State(), EditorState::NewKey);
+    QVERIFY(!editor.Field<QTabWidget>("tabDetails")->isEnabled());
+    QVERIFY(!editor.Field<QPushButton>("cmdOK")->isEnabled());
+    // Enter with no key: the mandatory-field message, nothing else.
+    fixture_->prompter.Answer(Answer::OK);
+    editor.Key("edtHostName", Qt::Key_Return);
+    QCOMPARE(fixture_->prompter.LastPrompt().text,
+             QStringLiteral("The field 'Host Name' cannot be empty."));
+    QVERIFY(editor.dialog.isVisible());
+
+    // A taken key: No leaves it selected for typing over, Yes opens it.
+    editor.Type("edtHostName", QStringLiteral("fxprint01"));
+    fixture_->prompter.Answer(Answer::No);
+    editor.Key("edtHostName", Qt::Key_Return);
+    QCOMPARE(fixture_->prompter.LastPrompt().buttons, PromptButtons::YesNo);
+    QCOMPARE(editor.dialog.State(), EditorState::NewKey);
+    QCOMPARE(editor.Field("edtHostName")->selectedText(), QStringLiteral("fxprint01"));
+    fixture_->prompter.Answer(Answer::Yes);
+    editor.Key("edtHostName", Qt::Key_Return);
+    QCOMPARE(fixture_->prompter.LastPrompt().text,
+             QStringLiteral("This server already exists. Do you want to open it for editing?"));
+    QCOMPARE(editor.dialog.State(), EditorState::Shown);
+    QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("Print room, building B"));
+
+    // Escape cancels only while a key is being typed.
+    QTest::keyClick(&editor.dialog, Qt::Key_Escape);
+    QVERIFY(editor.dialog.isVisible());
+}
+
+void TestServerEditor::CreatesNewServer() {
+    ServerEditor editor({{QStringLiteral("New"), QString()}});
+    // Parentheses never reach the key; Enter accepts it and opens the details.
+    editor.Type("edtHostName", QStringLiteral("fx(new)"));
+    QCOMPARE(editor.Field("edtHostName")->text(), QStringLiteral("fxnew"));
+    editor.Key("edtHostName", Qt::Key_Return);
+    QCOMPARE(editor.dialog.State(), EditorState::NewObject);
+    QVERIFY(editor.Field<QPushButton>("cmdOK")->isEnabled());
+    editor.Type("edtComment", QStringLiteral("New print host"));
+    editor.Field<QCheckBox>("chkUserServer")->setChecked(false);
+    editor.Field<QCheckBox>("chkPrinterServer")->setChecked(true);
+    editor.Field<QComboBox>("cboNetType")->setCurrentIndex(0);
+    QCOMPARE(editor.dialog.State(), EditorState::NewObject);
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    QCOMPARE(editor.Answer(), QStringLiteral("-1"));
+    const auto stored = Store().GetServer("fxnew");
+    QVERIFY(!stored.is_new());
+    QVERIFY(stored.printer_server() && !stored.user_server());
+    QCOMPARE(stored.comment(), std::string("New print host"));
+}
+
+void TestServerEditor::ValidationOrderAndBounds_data() {
+    QTest::addColumn<QString>("host");
+    QTest::addColumn<bool>("userServer");
+    QTest::addColumn<QString>("comment");
+    QTest::addColumn<QString>("dispatch");
+    QTest::addColumn<QString>("debug");
+    QTest::addColumn<QString>("message");  // "" when the save goes through
+    const char* dispatchRange = "The valid range for 'Dispatch Count' is from 1 to 10000.";
+    const char* debugRange = "The valid range for 'Debug Level' is from 0 to 10.";
+    const auto row = [](const char* name, const char* host, bool user, const char* comment,
+                        const char* dispatch, const char* debug, const char* message) {
+        QTest::newRow(name) << QString(host) << user << QString(comment) << QString(dispatch)
+                            << QString(debug) << QString(message);
+    };
+    row("user server needs a comment", "fxmaster", true, "", "4", "1",
+        "The field 'Comment' cannot be empty.");
+    row("printer-only server without comment", "fxprint01", false, "", "4", "1", "");
+    row("no role", "fxprint01", false, "x", "4", "1",
+        "Please choose at least one role: user server, printer server or device server.");
+    row("dispatch 10000", "fxmaster", true, "x", "10000", "10", "");
+    row("dispatch 10001", "fxmaster", true, "x", "10001", "1", dispatchRange);
+    row("dispatch 0", "fxmaster", true, "x", "0", "1", dispatchRange);
+    row("dispatch empty", "fxmaster", true, "x", "", "1",
+        "The field 'Dispatch Count' cannot be empty.");
+    row("debug 11", "fxmaster", true, "x", "5", "11", debugRange);
+    row("comment checked before the ranges", "fxmaster", true, "", "0", "11",
+        "The field 'Comment' cannot be empty.");
+}
+
+void TestServerEditor::ValidationOrderAndBounds() {
+    QFETCH(QString, host);
+    QFETCH(bool, userServer);
+    QFETCH(QString, message);
+    ServerEditor editor = ServerEditor::Open(host);
+    QFETCH(QString, comment);
+    editor.Type("edtComment", comment);
+    editor.Field<QCheckBox>("chkUserServer")->setChecked(userServer);
+    if (message.startsWith(QLatin1String("Please choose")))
+        editor.Field<QCheckBox>("chkPrinterServer")->setChecked(false);
+    QFETCH(QString, dispatch);
+    QFETCH(QString, debug);
+    editor.Type("edtDispatchCount", dispatch);
+    editor.Type("edtDebugLevel", debug);
+    const int64_t before = Store().GetServer(host.toStdString()).version();
+    if (!message.isEmpty()) fixture_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    if (message.isEmpty()) {
+        QVERIFY(!editor.dialog.isVisible());
+        QVERIFY(Store().GetServer(host.toStdString()).version() > before);
+        return;
+    }
+    QCOMPARE(fixture_->prompter.LastPrompt().text, message);
+    QCOMPARE(fixture_->prompter.LastPrompt().icon, PromptIcon::Exclamation);
+    QVERIFY(editor.dialog.isVisible());
+    QCOMPARE(Store().GetServer(host.toStdString()).version(), before);
+}
+
+void TestServerEditor::RemoteServerSkipsRangeChecks() {
+    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxline01"));
+    QCOMPARE(editor.Field<QComboBox>("cboNetType")->currentData().toString(), QStringLiteral("rrpc"));
+    QVERIFY(!editor.Field("edtDispatchCount")->isEnabled());
+    QVERIFY(!editor.Field<QWidget>("updDebugLevel")->isEnabled());
+    // Back to rpc opens the fields; rrpc again closes them.
+    editor.Field<QComboBox>("cboNetType")->setCurrentIndex(0);
+    QVERIFY(editor.Field("edtDispatchCount")->isEnabled());
+    editor.Type("edtDispatchCount", QStringLiteral("99999"));
+    editor.Field<QComboBox>("cboNetType")->setCurrentIndex(1);
+    QVERIFY(!editor.Field<QCheckBox>("chkDispatchOff")->isEnabled());
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    QCOMPARE(editor.Answer(), QStringLiteral("-1"));
+}
+
+void TestServerEditor::RoleRemovalAsksInOrderAndWritesNothingOnNo() {
+    const auto before = Store().GetServer("fxmaster");
+    const size_t users = Store().ListUsers("fxmaster").size();
+    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxmaster"));
+    editor.Field<QCheckBox>("chkUserServer")->setChecked(false);
+    editor.Field<QCheckBox>("chkPrinterServer")->setChecked(false);
+    fixture_->prompter.Answer({Answer::Yes, Answer::No});
+    editor.Click("cmdOK");
+    const auto& prompts = fixture_->prompter.Prompts();
+    QCOMPARE(prompts.size(), 2);
+    QVERIFY(prompts[0].prompt.text.contains(QLatin1String("no longer a user server")));
+    QVERIFY(prompts[1].prompt.text.contains(QLatin1String("no longer a printer server")));
+    QCOMPARE(prompts[1].prompt.defaultButton, 2);
+    QCOMPARE(prompts[1].prompt.icon, PromptIcon::Exclamation);
+    QVERIFY(editor.dialog.isVisible());
+    QCOMPARE(Store().GetServer("fxmaster").version(), before.version());
+    QCOMPARE(Store().ListUsers("fxmaster").size(), users);
+}
+
+void TestServerEditor::RoleRemovalDeletesTheRolesObjects() {
+    QVERIFY(!Store().ListUsers("fxsales").empty());
+    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxsales"));
+    editor.Field<QCheckBox>("chkUserServer")->setChecked(false);
+    fixture_->prompter.Answer(Answer::Yes);
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    QVERIFY(Store().ListUsers("fxsales").empty());
+    QVERIFY(!Store().GetServer("fxsales").user_server());
+}
+
+void TestServerEditor::StaleVersionLeavesDialogOpen() {
+    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxsales"));
+    // Another administrator saves the server meanwhile.
+    auto other = Store().GetServer("fxsales");
+    other.set_comment("Changed elsewhere");
+    Store().CommitServer(other);
+    editor.Type("edtComment", QStringLiteral("Mine"));
+    fixture_->prompter.Answer(Answer::Cancel);  // the error offers Retry and Cancel
+    editor.Click("cmdOK");
+    QVERIFY(fixture_->prompter.LastPrompt().text.contains(QLatin1String("81000003")));
+    QVERIFY(editor.dialog.isVisible());
+    QCOMPARE(editor.dialog.State(), EditorState::Changed);
+    QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("Mine"));
+    QCOMPARE(Store().GetServer("fxsales").comment(), std::string("Changed elsewhere"));
+}
+
+void TestServerEditor::DeleteFromDialog() {
+    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxbackup"));
+    fixture_->prompter.Answer(Answer::Yes);
+    editor.Click("cmdDelete");
+    const Prompt& asked = fixture_->prompter.LastPrompt();
+    QCOMPARE(asked.text, QStringLiteral("Do you really want to delete this object?\r'fxbackup'"));
+    QCOMPARE(asked.defaultButton, 2);
+    QCOMPARE(editor.dialog.State(), EditorState::Empty);
+    QVERIFY(Store().GetServer("fxbackup").is_new());
+    QVERIFY(editor.Field("edtHostName")->text().isEmpty());
+    editor.Click("cmdOK");
+    QCOMPARE(editor.Answer(), QStringLiteral("-1"));
+}
+
+QTEST_MAIN(TestServerEditor)
+#include "tst_servereditor.moc"
