@@ -1,0 +1,195 @@
+// New, Properties and Delete in the main window: which window opens with
+// which request, the delete confirmation and what it deletes, and the
+// explorer brought up to date by key afterwards.
+
+#include <QAction>
+#include <QLineEdit>
+#include <QTest>
+#include <QTimer>
+#include <QTreeView>
+#include <QTreeWidget>
+
+#include "editors/FormParameters.h"
+#include "editors/frmServerDetails.h"
+#include "shell/ExplorerListView.h"
+#include "session/Records.h"
+#include "shell/ListModel.h"
+#include "shell/frmMain.h"
+#include "store/Store.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+
+namespace {
+
+// Clicks the list row showing text (of the given kind), so that the list
+// has the focus and the row is selected, as a person leaves it.
+bool ClickRow(frmMain& main, const QString& text, const QString& kind = {}) {
+    const int row = main.ListRows()->FindText(text, kind);
+    if (row < 0) return false;
+    QTreeView* list = main.List()->DetailsView();
+    const QModelIndex index = main.ListRows()->index(row, 0);
+    list->scrollTo(index);
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(index).center());
+    return main.ActiveControl() == QLatin1String("ListView");
+}
+
+QString SelectedRowText(frmMain& main) {
+    const QModelIndex current = main.List()->DetailsView()->currentIndex();
+    return current.isValid() ? main.ListRows()->Row(current.row()).cells.value(0) : QString();
+}
+
+}  // namespace
+
+class TestObjectCommands : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void DeleteAsksWithNameInQuotes();
+    void DeleteRateByIndexFromKey();
+    void PropertiesOpensEditorAndRefreshKeepsSelection();
+    void NewServerFromTreeAddsItsNode();
+    void KindsWithoutWindowAreNotOffered();
+
+private:
+    std::unique_ptr<ExplorerFixture> fixture_;
+    veldrano::server::Store& Store() { return fixture_->Store(); }
+};
+
+void TestObjectCommands::init() {
+    fixture_ = std::make_unique<ExplorerFixture>();
+    fixture_->StartDemo();
+}
+
+void TestObjectCommands::cleanup() {
+    std::unique_ptr<ConsoleFixture> fixture = std::move(fixture_);
+    QCOMPARE(ConsoleFixture::Close(fixture), 0);
+}
+
+void TestObjectCommands::DeleteAsksWithNameInQuotes() {
+    GroupRecord group;
+    group.set_name("O'Neil");
+    group.set_comment("Apostrophe in the name");
+    group.set_is_new(true);
+    Store().CommitGroup(group);
+    auto main = fixture_->OpenMain();
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Groups")));
+    QVERIFY(ClickRow(*main, QStringLiteral("O'Neil")));
+    QAction* remove = main->MenuEntry(QStringLiteral("mnuFileDelete"));
+    QVERIFY(remove->isEnabled());
+    // The pop-up entry follows the command.
+    QVERIFY(main->MenuEntry(QStringLiteral("mnuPopup3Delete"))->isEnabled());
+
+    fixture_->prompter.Answer(Answer::No);
+    remove->trigger();
+    const Prompt& asked = fixture_->prompter.LastPrompt();
+    QCOMPARE(asked.text, QStringLiteral("Do you really want to delete this object?\r'O'Neil'"));
+    QCOMPARE(asked.buttons, PromptButtons::YesNo);
+    QCOMPARE(asked.icon, PromptIcon::Question);
+    QCOMPARE(asked.defaultButton, 2);
+    QVERIFY(!Store().GetGroup("O'Neil").is_new());
+
+    fixture_->prompter.Answer(Answer::Yes);
+    remove->trigger();
+    QVERIFY(Store().GetGroup("O'Neil").is_new());
+    QCOMPARE(main->ListRows()->FindText(QStringLiteral("O'Neil")), -1);
+    QCOMPARE(main->Tree()->currentItem()->data(0, frmMain::NodeKeyRole).toString(),
+             QStringLiteral("Groups"));
+}
+
+void TestObjectCommands::DeleteRateByIndexFromKey() {
+    auto main = fixture_->OpenMain();
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Rates2")));
+    const std::string zone = main->Tree()->currentItem()->parent()->text(0).toStdString();
+    const auto before = Store().ListRates(zone);
+    QVERIFY(before.size() >= 3);
+    // The row of the second rate, whatever its text.
+    const int row = main->ListRows()->FindKey(QStringLiteral("2Rate"));
+    QVERIFY(row >= 0);
+    QTreeView* list = main->List()->DetailsView();
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
+                      list->visualRect(main->ListRows()->index(row, 0)).center());
+    fixture_->prompter.Answer(Answer::Yes);
+    main->MenuEntry(QStringLiteral("mnuRateDel"))->trigger();
+    const auto after = Store().ListRates(zone);
+    QCOMPARE(after.size(), before.size() - 1);
+    // The first stays, the third moves up into second place.
+    auto same = [](const RateRecord& a, const RateRecord& b) {
+        return a.start_hour() == b.start_hour() && a.start_minute() == b.start_minute() &&
+               a.stop_hour() == b.stop_hour() && a.monday() == b.monday() &&
+               a.sunday() == b.sunday();
+    };
+    QVERIFY(same(after[0], before[0]));
+    QVERIFY(same(after[1], before[2]));
+}
+
+void TestObjectCommands::PropertiesOpensEditorAndRefreshKeepsSelection() {
+    auto main = fixture_->OpenMain();
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Servers")));
+    QVERIFY(ClickRow(*main, QStringLiteral("fxsales"), QStringLiteral("Server")));
+    QString request;
+    WhenShown<frmServerDetails>([&](frmServerDetails& editor) {
+        request = FirstFormParameter().name + '=' + FirstFormParameter().value;
+        QTRY_COMPARE(editor.State(), EditorState::Shown);
+        auto* comment = Child<QLineEdit>(editor, "edtComment");
+        comment->selectAll();
+        QTest::keyClicks(comment, QStringLiteral("Field service only"));
+        editor.PressOK();
+    });
+    // Enter on the row, as on a double click, opens the editor.
+    QTest::keyClick(main->List()->DetailsView(), Qt::Key_Return);
+    QCOMPARE(request, QStringLiteral("HostName=fxsales"));
+    QCOMPARE(Store().GetServer("fxsales").comment(), std::string("Field service only"));
+    // The list was read again and the row found again by its name.
+    QCOMPARE(SelectedRowText(*main), QStringLiteral("fxsales"));
+    const int row = main->ListRows()->FindText(QStringLiteral("fxsales"));
+    QVERIFY(main->ListRows()->Row(row).cells.ToStringList().contains(
+        QStringLiteral("Field service only")));
+}
+
+void TestObjectCommands::NewServerFromTreeAddsItsNode() {
+    auto main = fixture_->OpenMain();
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Servers")));
+    QAction* create = main->MenuEntry(QStringLiteral("mnuFileNew"));
+    QVERIFY(create->isEnabled());
+    WhenShown<frmServerDetails>([](frmServerDetails& editor) {
+        QTRY_COMPARE(editor.State(), EditorState::NewKey);
+        auto* key = Child<QLineEdit>(editor, "edtHostName");
+        QTest::keyClicks(key, QStringLiteral("fxnew"));
+        QTest::keyClick(key, Qt::Key_Return);
+        QTest::keyClicks(Child<QLineEdit>(editor, "edtComment"), QStringLiteral("Fresh host"));
+        editor.PressOK();
+    });
+    create->trigger();
+    QVERIFY(!Store().GetServer("fxnew").is_new());
+    QVERIFY(main->FindNode(QStringLiteral("fxnew")));
+    // The node that was selected stays selected.
+    QCOMPARE(main->Tree()->currentItem()->data(0, frmMain::NodeKeyRole).toString(),
+             QStringLiteral("Servers"));
+    QVERIFY(main->ListRows()->FindText(QStringLiteral("fxnew")) >= 0);
+}
+
+void TestObjectCommands::KindsWithoutWindowAreNotOffered() {
+    auto main = fixture_->OpenMain();
+    QAction* create = main->MenuEntry(QStringLiteral("mnuFileNew"));
+    QAction* properties = main->MenuEntry(QStringLiteral("mnuFileProperties"));
+    // Nodes under which nothing is created.
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Administrator")));
+    QVERIFY(!create->isEnabled());
+    // A folder row is no object: Enter opens its branch instead.
+    QVERIFY(ClickRow(*main, main->FindNode(QStringLiteral("Servers"))->text(0)));
+    QVERIFY(!properties->isEnabled());
+    QTest::keyClick(main->List()->DetailsView(), Qt::Key_Return);
+    QCOMPARE(main->Tree()->currentItem()->data(0, frmMain::NodeKeyRole).toString(),
+             QStringLiteral("Servers"));
+    // A server node from the tree opens its editor; Delete is offered too.
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("fxmaster")));
+    QVERIFY(properties->isEnabled());
+    QVERIFY(main->MenuEntry(QStringLiteral("mnuFileDelete"))->isEnabled());
+}
+
+QTEST_MAIN(TestObjectCommands)
+#include "tst_objectcommands.moc"
