@@ -77,7 +77,7 @@ ObjectRequest RequestFor(const frmMain::Selection& selection) {
     ObjectRequest request;
     request.kind = selection.kind;
     request.hostName = selection.Server();
-    if (selection.scope.object.size() && selection.kind == QLatin1String("GatewayUser"))
+    if (selection.kind == QLatin1String("GatewayUser"))
         request.gatewayAddress = selection.scope.object;
     if (IsIndexed(selection.kind))
         request.name = QString::number(IndexOfKey(selection.key));
@@ -88,9 +88,8 @@ ObjectRequest RequestFor(const frmMain::Selection& selection) {
         request.name = selection.key;
     else
         request.name = selection.text;
-    const int zone = ZoneIndexOfKey(selection.nodeKey);
     if (OneOf(selection.kind, {"Rate", "Destination"}))
-        request.zoneIndex = QString::number(selection.zoneIndex ? selection.zoneIndex : zone);
+        request.zoneIndex = QString::number(selection.zoneIndex);
     return request;
 }
 

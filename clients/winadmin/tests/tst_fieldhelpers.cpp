@@ -1,0 +1,263 @@
+// The field helpers on real widgets: what gets into a field by typing,
+// pasting and dropping, the empty and range checks with their messages, and
+// the reference formats.
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QTabWidget>
+#include <QTest>
+#include <QVBoxLayout>
+
+#include "common/AppContext.h"
+#include "common/FieldHelpers.h"
+#include "common/UpDown.h"
+#include "support/ConsoleFixture.h"
+
+using namespace winadmin;
+
+namespace {
+
+// A small form: one field under test, a combo box, and a second tab page
+// that is not shown.
+struct Form {
+    Form() {
+        dialog.setWindowTitle(QStringLiteral("Test Form"));
+        auto* layout = new QVBoxLayout(&dialog);
+        layout->addWidget(field);
+        layout->addWidget(combo);
+        layout->addWidget(tabs);
+        tabs->addTab(new QWidget, QStringLiteral("one"));
+        auto* hiddenPage = new QWidget;
+        hidden = new QLineEdit(hiddenPage);
+        tabs->addTab(hiddenPage, QStringLiteral("two"));
+        ShowActive(dialog);
+    }
+    void Type(const QString& text) { QTest::keyClicks(field, text); }
+    void Paste(const QString& text) {
+        QApplication::clipboard()->setText(text);
+        QTest::keyClick(field, Qt::Key_V, Qt::ControlModifier);
+    }
+    QDialog dialog;
+    QLineEdit* field = new QLineEdit;
+    QComboBox* combo = new QComboBox;
+    QTabWidget* tabs = new QTabWidget;
+    QLineEdit* hidden = nullptr;
+};
+
+}  // namespace
+
+class TestFieldHelpers : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void KeyFilterKinds_data();
+    void KeyFilterKinds();
+    void LengthLimitUnlessSelected();
+    void PasteAndDropHeldToTheFilter();
+    void EnterHandling();
+    void EmptyAndRangeChecks_data();
+    void EmptyAndRangeChecks();
+    void DisabledFieldsPassAndHiddenFieldsKeepFocus();
+    void ComboItemData();
+    void ReferenceFormats();
+    void UpDownStepsWithinBounds();
+
+private:
+    std::unique_ptr<ConsoleFixture> fixture_;
+};
+
+void TestFieldHelpers::init() {
+    fixture_ = std::make_unique<ConsoleFixture>();
+    fixture_->LogIn();
+    SetDecimalSeparator(QStringLiteral(","));
+}
+
+void TestFieldHelpers::cleanup() {
+    SetDecimalSeparator(QStringLiteral("."));
+    QCOMPARE(ConsoleFixture::Close(fixture_), 0);
+}
+
+void TestFieldHelpers::KeyFilterKinds_data() {
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("kept");
+    QTest::addColumn<int>("beeps");
+    QTest::newRow("digits") << 1 << "1a2.3" << "123" << 2;
+    QTest::newRow("any text") << 2 << "a (b)" << "a (b)" << 0;
+    QTest::newRow("number forms") << 3 << "1.2/3-4," << "1.2/34" << 2;
+    QTest::newRow("decimal with the user's separator") << 4 << "1,5.2" << "1,52" << 1;
+    QTest::newRow("no parentheses") << 5 << "x(y)z" << "xyz" << 2;
+    QTest::newRow("unknown kind takes anything") << 9 << "(1)" << "(1)" << 0;
+}
+
+void TestFieldHelpers::KeyFilterKinds() {
+    QFETCH(int, kind);
+    QFETCH(QString, typed);
+    Form form;
+    InstallKeyFilter(form.field, kind, 0);
+    form.Type(typed);
+    QTEST(form.field->text(), "kept");
+    QTEST(fixture_->prompter.BeepCount(), "beeps");
+}
+
+void TestFieldHelpers::LengthLimitUnlessSelected() {
+    Form form;
+    InstallKeyFilter(form.field, kKeyAnyText, 4);
+    form.Type(QStringLiteral("abcde"));
+    QCOMPARE(form.field->text(), QStringLiteral("abcd"));
+    QCOMPARE(fixture_->prompter.BeepCount(), 1);
+    // With text selected the key replaces it.
+    form.field->setSelection(1, 2);
+    form.Type(QStringLiteral("X"));
+    QCOMPARE(form.field->text(), QStringLiteral("aXd"));
+    QCOMPARE(fixture_->prompter.BeepCount(), 1);
+}
+
+void TestFieldHelpers::PasteAndDropHeldToTheFilter() {
+    Form form;
+    InstallKeyFilter(form.field, kKeyNoParentheses, 10);
+    form.Paste(QStringLiteral("Name (user@host)"));
+    QCOMPARE(form.field->text(), QString());
+    form.Paste(QStringLiteral("a-much-longer-text"));
+    QCOMPARE(form.field->text(), QStringLiteral("a-much-lon"));
+    // A drop inserts through the same checks.
+    form.field->clear();
+    QMimeData data;
+    data.setText(QStringLiteral("(x)"));
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(form.field, &drop);
+    QCOMPARE(form.field->text(), QString());
+}
+
+void TestFieldHelpers::EnterHandling() {
+    Form form;
+    int keyAscii = 13;
+    form.field->setAlignment(Qt::AlignRight);
+    QVERIFY(FilterKey(form.field, kKeyDigits, 5, keyAscii));
+    QCOMPARE(keyAscii, 0);
+    keyAscii = 13;
+    form.field->setAlignment(Qt::AlignLeft);
+    FilterKey(form.field, kKeyDigits, 5, keyAscii);
+    QCOMPARE(keyAscii, 13);
+    // Enter in a dropped-down combo closes the list and goes no further.
+    form.combo->addItems({QStringLiteral("rpc"), QStringLiteral("rrpc")});
+    form.combo->showPopup();
+    QTRY_VERIFY(form.combo->view()->isVisible());
+    keyAscii = 13;
+    ComboKeyPress(form.combo, kKeyAnyText, 0, keyAscii);
+    QCOMPARE(keyAscii, 0);
+    QTRY_VERIFY(!form.combo->view()->isVisible());
+    QCOMPARE(fixture_->prompter.BeepCount(), 0);
+}
+
+void TestFieldHelpers::EmptyAndRangeChecks_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("valid");
+    QTest::newRow("lower bound") << "1" << true;
+    QTest::newRow("upper bound") << "99" << true;
+    QTest::newRow("decimal with the user's separator") << "1,5" << true;
+    QTest::newRow("below") << "0" << false;
+    QTest::newRow("above") << "100" << false;
+    QTest::newRow("trailing letters") << "12abc" << false;
+    QTest::newRow("empty") << "" << false;
+}
+
+void TestFieldHelpers::EmptyAndRangeChecks() {
+    QFETCH(QString, text);
+    QFETCH(bool, valid);
+    Form form;
+    form.field->setText(text);
+    if (!valid) fixture_->prompter.Answer(Answer::OK);
+    QCOMPARE(CheckFieldRange(form.field, QStringLiteral("Dispatch Count:"), 1, 99), valid);
+    if (valid) return;
+    const Prompt& shown = fixture_->prompter.LastPrompt();
+    QCOMPARE(shown.text, QStringLiteral("The valid range for 'Dispatch Count' is from 1 to 99."));
+    QCOMPARE(shown.icon, PromptIcon::Exclamation);
+    QCOMPARE(shown.title, QStringLiteral("Test Form"));
+    QCOMPARE(fixture_->prompter.BeepCount(), 1);
+    QVERIFY(form.field->hasFocus());
+    QCOMPARE(form.field->selectedText(), text);
+}
+
+void TestFieldHelpers::DisabledFieldsPassAndHiddenFieldsKeepFocus() {
+    Form form;
+    form.field->setText(QStringLiteral("x"));
+    form.field->setEnabled(false);
+    QVERIFY(CheckFieldRange(form.field, QStringLiteral("A:"), 1, 2));
+    form.field->clear();
+    QVERIFY(!IsFieldEmpty(form.field, QStringLiteral("never shown")));
+    // An empty field on a page not shown: message, no focus change, no error.
+    fixture_->prompter.Answer(Answer::OK);
+    QVERIFY(IsFieldEmpty(form.hidden, FieldEmptyMessage(QStringLiteral("Comment:"))));
+    QCOMPARE(fixture_->prompter.LastPrompt().text,
+             QStringLiteral("The field 'Comment' cannot be empty."));
+    QVERIFY(!form.hidden->hasFocus());
+    // Containers: a disabled page greys its text fields, an enabled one
+    // keeps read-only fields grey.
+    form.hidden->setReadOnly(true);
+    EnableContainer(form.hidden->parentWidget());
+    const QColor grey = QApplication::palette().color(QPalette::Button);
+    QCOMPARE(form.hidden->palette().color(QPalette::Base), grey);
+    form.hidden->setReadOnly(false);
+    DisableContainer(form.hidden->parentWidget());
+    QVERIFY(!form.hidden->isEnabled());
+    QCOMPARE(form.hidden->palette().color(QPalette::Base), grey);
+    EnableContainer(form.hidden->parentWidget());
+    QCOMPARE(form.hidden->palette().color(QPalette::Base),
+             QApplication::palette().color(QPalette::Base));
+}
+
+void TestFieldHelpers::ComboItemData() {
+    QComboBox combo;
+    QCOMPARE(FindItemData(&combo, 0), -1);
+    combo.addItem(QStringLiteral("a"), 7);
+    combo.addItem(QStringLiteral("b"), 3);
+    combo.addItem(QStringLiteral("c"), 3);
+    QCOMPARE(FindItemData(&combo, 3), 1);
+    QCOMPARE(FindItemData(&combo, 4), -1);
+}
+
+void TestFieldHelpers::ReferenceFormats() {
+    QCOMPARE(FormatRange(1, 99), QStringLiteral("1..99"));
+    QCOMPARE(FormatUserAtHost({}, {}), QStringLiteral("(None)"));
+    QCOMPARE(FormatUserAtHost(QStringLiteral("ann"), QStringLiteral("fx")), QStringLiteral("ann@fx"));
+    const QString ref = FormatUserRef(QStringLiteral("Ann Lee"), QStringLiteral("ann"), QStringLiteral("fx"));
+    QCOMPARE(ref, QStringLiteral("Ann Lee (ann@fx)"));
+    QCOMPARE(ExtractParenthesized(ref), QStringLiteral("ann@fx"));
+    QCOMPARE(ExtractParenthesized(QStringLiteral("(None)")), QString());
+    QCOMPARE(ExtractParenthesized(QString()), QString());
+    QCOMPARE(ExtractParenthesized(QStringLiteral("no (closing")), QString());
+    QCOMPARE(FormatNamed(QStringLiteral(" Sales "), QStringLiteral("s@fx ")), QStringLiteral("Sales (s@fx)"));
+    QCOMPARE(FormatNamed({}, QStringLiteral("x")), QStringLiteral("(None)"));
+    QCOMPARE(AppendParenthesized(QStringLiteral("a"), QStringLiteral("  ")), QStringLiteral("a"));
+    QCOMPARE(CutAtNul(QStringLiteral("abc") + QChar(0) + QStringLiteral("junk")), QStringLiteral("abc"));
+}
+
+void TestFieldHelpers::UpDownStepsWithinBounds() {
+    Form form;
+    UpDown spin;
+    spin.Bind(form.field, 0, 10);
+    form.field->setText(QStringLiteral("9"));
+    QTest::keyClick(form.field, Qt::Key_Up);
+    QTest::keyClick(form.field, Qt::Key_Up);
+    QCOMPARE(form.field->text(), QStringLiteral("10"));
+    form.field->setText(QStringLiteral("abc"));
+    spin.StepBy(-1);
+    QCOMPARE(form.field->text(), QStringLiteral("10"));
+    // Out of range typed text is left for the range check, stepping brings it back.
+    form.field->setText(QStringLiteral("50"));
+    spin.StepBy(-1);
+    QCOMPARE(form.field->text(), QStringLiteral("10"));
+}
+
+QTEST_MAIN(TestFieldHelpers)
+#include "tst_fieldhelpers.moc"
