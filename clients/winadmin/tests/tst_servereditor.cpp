@@ -322,7 +322,9 @@ void TestServerEditor::StaleVersionLeavesDialogOpen() {
     editor.Type("edtComment", QStringLiteral("Mine"));
     fixture_->prompter.Answer(Answer::Cancel);  // the error offers Retry and Cancel
     editor.Click("cmdOK");
-    QVERIFY(fixture_->prompter.LastPrompt().text.contains(QLatin1String("81000003")));
+    QCOMPARE(fixture_->prompter.LastPrompt().text,
+             QStringLiteral("Another administrator changed the object since it was loaded; load it "
+                            "again (81000003)."));
     QVERIFY(editor.dialog.isVisible());
     QCOMPARE(editor.dialog.State(), EditorState::Changed);
     QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("Mine"));
