@@ -1,0 +1,278 @@
+#include "editors/frmGroupDetails.h"
+
+#include <QItemSelectionModel>
+#include <QSet>
+#include <QSignalBlocker>
+#include <algorithm>
+
+#include "common/FieldHelpers.h"
+#include "common/Labels.h"
+#include "session/CallSession.h"
+#include "session/ServerSession.h"
+#include "ui_frmGroupDetails.h"
+
+namespace winadmin {
+
+namespace {
+
+const QString kUser = QStringLiteral("User");
+
+QString Text(const std::string& value) {
+    return QString::fromStdString(value);
+}
+
+std::string Utf8(const QString& text) {
+    return text.trimmed().toStdString();
+}
+
+ListRow UserRow(const QString& user, const QString& comment, const QString& host) {
+    ListRow row;
+    row.cells = QStringList{user, comment};
+    row.iconKey = kUser;
+    row.tag = host;
+    row.key = frmGroupDetails::MemberKey(user, host);
+    return row;
+}
+
+std::vector<ListRow> RowsOf(const ListModel& model) {
+    std::vector<ListRow> rows;
+    rows.reserve(static_cast<size_t>(model.rowCount()));
+    for (int i = 0; i < model.rowCount(); ++i) rows.push_back(model.Row(i));
+    return rows;
+}
+
+}  // namespace
+
+frmGroupDetails::frmGroupDetails(QWidget* parent)
+    : EditorFrame(parent),
+      ui(std::make_unique<Ui::frmGroupDetails>()),
+      srvUsers_(new ListModel(this)),
+      members_(new ListModel(this)) {
+    ui->setupUi(this);
+    Controls controls;
+    controls.keyField = ui->edtGroupName;
+    controls.keyLabel = ui->lblGroupName;
+    controls.details = ui->tabDetails;
+    controls.firstDetail = ui->edtComment;
+    controls.ok = ui->cmdOK;
+    controls.cancel = ui->cmdCancel;
+    controls.remove = ui->cmdDelete;
+    controls.keyFilter = kKeyNoParentheses;
+    controls.keyMaxLength = kGroupNameLength;
+    SetUpFrame(controls, {QStringLiteral("GroupName"), QStringLiteral("GroupNotExist"),
+                          QStringLiteral("GroupExist")});
+    InstallKeyFilter(ui->edtComment, kKeyAnyText, kCommentLength);
+    WatchFields({ui->edtComment});
+
+    ui->lvSrvUsers->setModel(srvUsers_);
+    ui->lvGrpMembers->setModel(members_);
+    for (QTreeView* view : {ui->lvSrvUsers, ui->lvGrpMembers}) {
+        view->setEditTriggers(QAbstractItemView::NoEditTriggers);
+        view->setSelectionBehavior(QAbstractItemView::SelectRows);
+        view->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    }
+    // The server only chooses what is offered; it is not part of the group.
+    connect(ui->cboServer, &QComboBox::currentIndexChanged, this,
+            &frmGroupDetails::FillServerUsers);
+    connect(ui->cmdMoveToGrp, &QAbstractButton::clicked, this, &frmGroupDetails::MoveToGroup);
+    connect(ui->lvSrvUsers, &QAbstractItemView::doubleClicked, this, &frmGroupDetails::MoveToGroup);
+    connect(ui->cmdRemoveFromGrp, &QAbstractButton::clicked, this,
+            &frmGroupDetails::RemoveFromGroup);
+    connect(ui->lvGrpMembers, &QAbstractItemView::doubleClicked, this,
+            &frmGroupDetails::RemoveFromGroup);
+    connect(ui->lvGrpMembers->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &frmGroupDetails::UpdateRemoveButton);
+    UpdateRemoveButton();
+}
+
+frmGroupDetails::~frmGroupDetails() = default;
+
+QString frmGroupDetails::MemberKey(const QString& user, const QString& host) {
+    return kUser + FormatUserAtHost(user, host);
+}
+
+void frmGroupDetails::FillFixedLists() {
+    // Header texts are looked up when the lists are first shown, like every
+    // other caption of the form.
+    std::vector<ListColumn> columns;
+    for (const char* key : {"UserName", "UserComment"}) {
+        ListColumn& column = columns.emplace_back();
+        column.key = QLatin1String(key);
+        column.header = GetLabel(column.key);
+    }
+    srvUsers_->SetColumns(columns);
+    members_->SetColumns(columns);
+
+    std::vector<ServerRecord> servers;
+    CallSession([&] { servers = TheSession()->Servers(); });
+    const QSignalBlocker quiet(ui->cboServer);
+    ui->cboServer->clear();
+    firstUserServer_ = -1;
+    for (const ServerRecord& server : servers) {
+        if (firstUserServer_ < 0 && server.user_server()) firstUserServer_ = ui->cboServer->count();
+        ui->cboServer->addItem(Text(server.name()), Text(server.name()));
+    }
+    ui->cboServer->setCurrentIndex(-1);
+}
+
+void frmGroupDetails::ClearFields() {
+    ui->edtComment->clear();
+    {
+        const QSignalBlocker quiet(ui->cboServer);
+        ui->cboServer->setCurrentIndex(-1);
+    }
+    srvUsers_->SetRows({});
+    members_->SetRows({});
+    UpdateRemoveButton();
+}
+
+void frmGroupDetails::LoadFields() {
+    ui->edtGroupName->setText(Text(group_.name()));
+    ui->edtComment->setText(Text(group_.comment()));
+    std::vector<ListRow> members;
+    members.reserve(static_cast<size_t>(group_.members_size()));
+    for (const UserRefRecord& ref : group_.members()) {
+        const QString user = Text(ref.user_name());
+        const QString host = Text(ref.host_name());
+        // The group names its members only; their comments come with their
+        // servers' users, fetched once per server.
+        ServerUsers(host);
+        members.push_back(UserRow(user, commentByKey_.value(MemberKey(user, host)), host));
+    }
+    members_->SetRows(std::move(members));
+    // A reload after a save keeps the server the administrator was adding
+    // from; otherwise the first server that has users offers them.
+    if (ui->cboServer->currentIndex() < 0) {
+        const QSignalBlocker quiet(ui->cboServer);
+        ui->cboServer->setCurrentIndex(std::max(firstUserServer_, 0));
+    }
+    FillServerUsers();
+    UpdateRemoveButton();
+}
+
+bool frmGroupDetails::WriteFields() {
+    group_.set_name(Utf8(ui->edtGroupName->text()));
+    group_.set_comment(Utf8(ui->edtComment->text()));
+    group_.clear_members();
+    for (int i = 0; i < members_->rowCount(); ++i) {
+        const ListRow& row = members_->Row(i);
+        UserRefRecord* ref = group_.add_members();
+        ref->set_user_name(row.cells.front().toStdString());
+        ref->set_host_name(row.tag.toStdString());
+    }
+    return true;
+}
+
+bool frmGroupDetails::ValidateFields() {
+    // A group without a comment is refused on purpose.
+    return !IsFieldEmpty(ui->edtComment, FieldEmptyMessage(ui->lblComment->text()));
+}
+
+void frmGroupDetails::EnableRules() {
+    UpdateRemoveButton();
+}
+
+bool frmGroupDetails::FetchObject(const QString& key) {
+    // Every load offers the users as they are now.
+    usersByHost_.clear();
+    commentByKey_.clear();
+    group_ = TheSession()->GetGroup(key);
+    return group_.is_new();
+}
+
+void frmGroupDetails::ReleaseObject() {
+    group_ = GroupRecord();
+    usersByHost_.clear();
+    commentByKey_.clear();
+}
+
+void frmGroupDetails::CommitObject(int action) {
+    ServerSession& session = *TheSession();
+    if (action == Delete) {
+        session.DeleteGroup(Text(group_.name()), group_.version());
+        return;
+    }
+    group_.set_version(session.CommitGroup(group_));
+}
+
+const std::vector<ListRow>& frmGroupDetails::ServerUsers(const QString& host) {
+    if (const auto found = usersByHost_.find(host); found != usersByHost_.end())
+        return found->second;
+    std::vector<UserRecord> users;
+    // A failure is reported once; the server then offers nobody instead of
+    // being asked again for each of its members.
+    CallSession([&] { users = TheSession()->Users(host); });
+    std::vector<ListRow> rows;
+    rows.reserve(users.size());
+    for (const UserRecord& user : users) {
+        rows.push_back(UserRow(Text(user.name()), Text(user.comment()), host));
+        commentByKey_.insert(rows.back().key, rows.back().cells.at(1));
+    }
+    return usersByHost_.emplace(host, std::move(rows)).first->second;
+}
+
+void frmGroupDetails::FillServerUsers() {
+    const QString host = ui->cboServer->currentData().toString();
+    std::vector<ListRow> offered;
+    if (!host.isEmpty()) {
+        QSet<QString> memberKeys;
+        for (int i = 0; i < members_->rowCount(); ++i) memberKeys.insert(members_->Row(i).key);
+        for (const ListRow& row : ServerUsers(host))
+            if (!memberKeys.contains(row.key)) offered.push_back(row);
+    }
+    srvUsers_->SetRows(std::move(offered));
+}
+
+std::vector<int> frmGroupDetails::SelectedRows(const QTreeView* view) {
+    std::vector<int> rows;
+    for (const QModelIndex& index : view->selectionModel()->selectedRows())
+        rows.push_back(index.row());
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+void frmGroupDetails::MoveToGroup() {
+    const std::vector<int> selected = SelectedRows(ui->lvSrvUsers);
+    if (selected.empty()) return;
+    std::vector<ListRow> members = RowsOf(*members_);
+    std::vector<ListRow> offered;
+    auto next = selected.begin();
+    for (int i = 0; i < srvUsers_->rowCount(); ++i) {
+        if (next != selected.end() && *next == i) {
+            ++next;
+            members.push_back(srvUsers_->Row(i));
+        } else {
+            offered.push_back(srvUsers_->Row(i));
+        }
+    }
+    srvUsers_->SetRows(std::move(offered));
+    members_->SetRows(std::move(members));
+    UpdateRemoveButton();
+    MarkModified();
+}
+
+void frmGroupDetails::RemoveFromGroup() {
+    const std::vector<int> selected = SelectedRows(ui->lvGrpMembers);
+    if (selected.empty()) return;
+    std::vector<ListRow> members = RowsOf(*members_);
+    // Last to first, so that a removal never shifts a row still to go.
+    for (auto row = selected.rbegin(); row != selected.rend(); ++row)
+        members.erase(members.begin() + *row);
+    members_->SetRows(std::move(members));
+    // A user of the chosen server is offered again.
+    FillServerUsers();
+    UpdateRemoveButton();
+    MarkModified();
+}
+
+void frmGroupDetails::UpdateRemoveButton() {
+    ui->cmdRemoveFromGrp->setEnabled(ui->lvGrpMembers->selectionModel() &&
+                                     ui->lvGrpMembers->selectionModel()->hasSelection());
+}
+
+void OpenGroupEditor(QWidget* parent) {
+    frmGroupDetails editor(parent);
+    editor.exec();
+}
+
+}  // namespace winadmin

@@ -1,0 +1,79 @@
+#pragma once
+// The properties of one user group: its name, a comment, and its members,
+// who are users of any server. The administrator picks a server, and that
+// server's users who are not yet members are offered for adding; members
+// are told apart by user and host, so equal names on two servers stay two
+// members.
+
+#include <QHash>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "editors/EditorFrame.h"
+#include "session/Records.h"
+#include "shell/ListModel.h"
+
+namespace Ui {
+class frmGroupDetails;
+}
+
+class QTreeView;
+
+namespace winadmin {
+
+class frmGroupDetails : public EditorFrame {
+    Q_OBJECT
+
+public:
+    explicit frmGroupDetails(QWidget* parent = nullptr);
+    ~frmGroupDetails() override;
+
+    static constexpr int kGroupNameLength = 20;
+    static constexpr int kCommentLength = 30;
+
+    // A member row's key: "User" + user@host.
+    static QString MemberKey(const QString& user, const QString& host);
+
+    // Moves the selected users of the offer list into the group (button
+    // cmdMoveToGrp, or a double click in lvSrvUsers).
+    void MoveToGroup();
+    // Takes the selected members out of the group (button cmdRemoveFromGrp,
+    // or a double click in lvGrpMembers).
+    void RemoveFromGroup();
+
+protected:
+    void FillFixedLists() override;
+    void ClearFields() override;
+    void LoadFields() override;
+    bool WriteFields() override;
+    bool ValidateFields() override;
+    void EnableRules() override;
+    bool FetchObject(const QString& key) override;
+    void ReleaseObject() override;
+    void CommitObject(int action) override;
+
+private:
+    // The rows of a server's users, each server asked once per loaded group.
+    const std::vector<ListRow>& ServerUsers(const QString& host);
+    // Offers the chosen server's users that are not members.
+    void FillServerUsers();
+    void UpdateRemoveButton();
+    static std::vector<int> SelectedRows(const QTreeView* view);
+
+    std::unique_ptr<Ui::frmGroupDetails> ui;
+    GroupRecord group_;
+    ListModel* srvUsers_;
+    ListModel* members_;
+    int firstUserServer_ = -1;  // in cboServer
+    // Kept in a map: ServerUsers hands out references that must outlive
+    // the next insertion.
+    std::map<QString, std::vector<ListRow>> usersByHost_;
+    // The comment of every user fetched so far, by member key.
+    QHash<QString, QString> commentByKey_;
+};
+
+// Opens the editor for the request in the form-parameter list, modally.
+void OpenGroupEditor(QWidget* parent);
+
+}  // namespace winadmin

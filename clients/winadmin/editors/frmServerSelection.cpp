@@ -1,0 +1,37 @@
+#include "editors/frmServerSelection.h"
+
+#include "session/ServerSession.h"
+#include "ui_frmServerSelection.h"
+
+namespace winadmin {
+
+frmServerSelection::frmServerSelection(QWidget* parent)
+    : SelectionDialog(parent), ui(std::make_unique<Ui::frmServerSelection>()) {
+    ui->setupUi(this);
+    Controls controls;
+    controls.choiceName = QStringLiteral("HostName");
+    controls.columnKeys = {QStringLiteral("ServerName"), QStringLiteral("ServerComment")};
+    controls.list = ui->lvServers;
+    controls.ok = ui->cmdOK;
+    controls.cancel = ui->cmdCancel;
+    SetUpSelection(controls);
+}
+
+frmServerSelection::~frmServerSelection() = default;
+
+QString frmServerSelection::Choose(QWidget* parent, const QString& current) {
+    frmServerSelection dialog(parent);
+    return dialog.ExecChoice(current);
+}
+
+std::vector<ListRow> frmServerSelection::FetchRows() {
+    std::vector<ListRow> rows;
+    for (const ServerRecord& server : TheSession()->Servers()) {
+        ListRow& row = rows.emplace_back();
+        row.cells = ListCells::FromUtf8({server.name(), server.comment()});
+        row.iconKey = QStringLiteral("Server");
+    }
+    return rows;
+}
+
+}  // namespace winadmin

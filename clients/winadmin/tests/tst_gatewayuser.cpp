@@ -1,0 +1,186 @@
+// The gateway user editor, driven through its fields against the demo
+// installation's two mail gateways.
+
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include "editors/FormParameters.h"
+#include "editors/frmGatewayUser.h"
+#include "shell/ObjectEditors.h"
+#include "store/Store.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+
+namespace {
+
+const QString kSmtp = QStringLiteral("smtp.example.com");
+const QString kX400 = QStringLiteral("x400.example.net");
+
+FormParameterList NewRequest(const QString& gateway) {
+    return {{QStringLiteral("New"), QString()}, {QStringLiteral("GatewayAddress"), gateway}};
+}
+
+FormParameterList OpenRequest(const QString& address, const QString& gateway) {
+    return {{QStringLiteral("GatewayUser"), address}, {QStringLiteral("GatewayAddress"), gateway}};
+}
+
+// The dialog shown with a request, after its start-up tick.
+struct GatewayEditor {
+    explicit GatewayEditor(const FormParameterList& request) {
+        SetFormParameters(request);
+        ShowActive(dialog);
+        QTRY_VERIFY(!Child<QTimer>(dialog, "timStartUp")->isActive());
+    }
+    QLineEdit* Field(const char* name) { return Child<QLineEdit>(dialog, name); }
+    void Type(const char* field, const QString& text) {
+        Field(field)->selectAll();
+        QTest::keyClicks(Field(field), text);
+    }
+    void Enter(const char* field) { QTest::keyClick(Field(field), Qt::Key_Return); }
+    void Click(const char* button) {
+        QTest::mouseClick(Child<QPushButton>(dialog, button), Qt::LeftButton);
+    }
+    void Paste(const char* field, const QString& text) {
+        QApplication::clipboard()->setText(text);
+        QTest::keyClick(Field(field), Qt::Key_V, Qt::ControlModifier);
+    }
+    QString Answer() const { return FormParameterValue(QStringLiteral("Refresh")); }
+
+    frmGatewayUser dialog;
+};
+
+}  // namespace
+
+class TestGatewayUser : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void AddressTakesNoParenthesesAndEightyCharacters();
+    void TakenAddressAsksOnlyInItsOwnGateway();
+    void CreateEditDeleteRoundTrip();
+
+private:
+    std::unique_ptr<ExplorerFixture> fixture_;
+    veldrano::server::Store& Store() { return fixture_->Store(); }
+};
+
+void TestGatewayUser::init() {
+    fixture_ = std::make_unique<ExplorerFixture>();
+    fixture_->StartDemo();
+}
+
+void TestGatewayUser::cleanup() {
+    std::unique_ptr<ConsoleFixture> fixture = std::move(fixture_);
+    QCOMPARE(ConsoleFixture::Close(fixture), 0);
+}
+
+void TestGatewayUser::AddressTakesNoParenthesesAndEightyCharacters() {
+    GatewayEditor editor(NewRequest(kSmtp));
+    QCOMPARE(editor.dialog.State(), EditorState::NewKey);
+    editor.Type("edtMailAddress", QStringLiteral("a(b)c@example.com"));
+    QCOMPARE(editor.Field("edtMailAddress")->text(), QStringLiteral("abc@example.com"));
+    // Pasted text with a parenthesis does not get in at all.
+    editor.Paste("edtMailAddress", QStringLiteral("x(y)"));
+    QCOMPARE(editor.Field("edtMailAddress")->text(), QStringLiteral("abc@example.com"));
+
+    // Up to 80 characters by any route; the 81st is refused with a beep.
+    const QString eighty = QString(68, QLatin1Char('m')) + QStringLiteral("@example.com");
+    editor.Type("edtMailAddress", eighty);
+    const int beeps = fixture_->prompter.BeepCount();
+    QTest::keyClicks(editor.Field("edtMailAddress"), QStringLiteral("z"));
+    QCOMPARE(editor.Field("edtMailAddress")->text(), eighty);
+    QCOMPARE(fixture_->prompter.BeepCount(), beeps + 1);
+    editor.Field("edtMailAddress")->clear();
+    editor.Paste("edtMailAddress", eighty + QStringLiteral("zz"));
+    QCOMPARE(editor.Field("edtMailAddress")->text(), eighty);
+}
+
+void TestGatewayUser::TakenAddressAsksOnlyInItsOwnGateway() {
+    const QString address = QStringLiteral("sales@example.com");
+    {
+        // Another gateway's address is free here.
+        GatewayEditor editor(NewRequest(kX400));
+        editor.Type("edtMailAddress", address);
+        editor.Enter("edtMailAddress");
+        QCOMPARE(editor.dialog.State(), EditorState::NewObject);
+        QVERIFY(editor.Field("edtExtension")->text().isEmpty());
+    }
+    GatewayEditor editor(NewRequest(kSmtp));
+    editor.Type("edtMailAddress", address);
+    fixture_->prompter.Answer(Answer::Yes);
+    editor.Enter("edtMailAddress");
+    const Prompt& asked = fixture_->prompter.LastPrompt();
+    QCOMPARE(
+        asked.text,
+        QStringLiteral("This gateway user already exists. Do you want to open it for editing?"));
+    QCOMPARE(asked.icon, PromptIcon::Question);
+    QCOMPARE(asked.buttons, PromptButtons::YesNo);
+    QCOMPARE(editor.dialog.State(), EditorState::Shown);
+    QCOMPARE(editor.Field("edtExtension")->text(), QStringLiteral("200"));
+}
+
+void TestGatewayUser::CreateEditDeleteRoundTrip() {
+    const QString address = QStringLiteral("night@hq.example.net");
+    const auto stored = [&] {
+        return Store().GetGatewayUser(kX400.toStdString(), address.toStdString());
+    };
+    {
+        GatewayEditor editor(NewRequest(kX400));
+        editor.Type("edtMailAddress", address);
+        editor.Enter("edtMailAddress");
+        editor.Type("edtExtension", QStringLiteral("4711"));
+        editor.Click("cmdOK");
+        QVERIFY(!editor.dialog.isVisible());
+        QCOMPARE(editor.Answer(), QStringLiteral("-1"));
+        QCOMPARE(stored().extension(), std::string("4711"));
+    }
+    // As the explorer opens it: the address, then its gateway.
+    QString title;
+    WhenShown<frmGatewayUser>([&](frmGatewayUser& editor) {
+        QTRY_COMPARE(editor.State(), EditorState::Shown);
+        title = editor.windowTitle();
+        QVERIFY(Child<QLineEdit>(editor, "edtMailAddress")->isReadOnly());
+        Child<QLineEdit>(editor, "edtExtension")->selectAll();
+        QTest::keyClicks(Child<QLineEdit>(editor, "edtExtension"), QStringLiteral("4712"));
+        QTest::mouseClick(Child<QPushButton>(editor, "cmdOK"), Qt::LeftButton);
+    });
+    ObjectRequest request;
+    request.kind = QStringLiteral("GatewayUser");
+    request.name = address;
+    request.gatewayAddress = kX400;
+    QVERIFY(OpenObjectEditor(nullptr, request));
+    QVERIFY(title.contains(kX400));
+    QCOMPARE(stored().extension(), std::string("4712"));
+    {
+        GatewayEditor editor(OpenRequest(address, kX400));
+        fixture_->prompter.Answer(Answer::Yes);
+        editor.Click("cmdDelete");
+        const Prompt& asked = fixture_->prompter.LastPrompt();
+        QVERIFY(asked.text.endsWith(QLatin1Char('\'') + address + QLatin1Char('\'')));
+        QCOMPARE(asked.defaultButton, 2);
+        QCOMPARE(editor.dialog.State(), EditorState::Empty);
+        QVERIFY(stored().is_new());
+        editor.Click("cmdCancel");
+        QCOMPARE(editor.Answer(), QStringLiteral("-1"));
+    }
+    // Gone: opening it again says so and closes.
+    fixture_->prompter.Answer(Answer::OK);
+    GatewayEditor editor(OpenRequest(address, kX400));
+    QTRY_VERIFY(!editor.dialog.isVisible());
+    QCOMPARE(fixture_->prompter.LastPrompt().text,
+             QStringLiteral("The gateway user does not exist."));
+    QCOMPARE(editor.Answer(), QStringLiteral("0"));
+    // The other gateway's users were never touched.
+    QCOMPARE(Store().ListGatewayUsers(kSmtp.toStdString()).size(), size_t(4));
+}
+
+QTEST_MAIN(TestGatewayUser)
+#include "tst_gatewayuser.moc"

@@ -1,0 +1,307 @@
+// The group editor with its two member lists, and the group and server
+// selection dialogs, driven through their widgets against the demo
+// installation.
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <QTreeView>
+
+#include "common/Labels.h"
+#include "editors/FormParameters.h"
+#include "editors/frmGroupDetails.h"
+#include "editors/frmGroupSelection.h"
+#include "editors/frmServerSelection.h"
+#include "shell/Find.h"
+#include "shell/ListModel.h"
+#include "shell/ObjectEditors.h"
+#include "shell/frmFind.h"
+#include "store/Store.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+
+namespace {
+
+const QString kLegal = QStringLiteral("Legal");
+
+// A dialog shown with a request, after its start-up tick.
+template <class Dialog>
+struct Shown {
+    explicit Shown(const FormParameterList& request) {
+        SetFormParameters(request);
+        ShowActive(dialog);
+        QTRY_VERIFY(!Child<QTimer>(dialog, "timStartUp")->isActive());
+    }
+    template <class W = QLineEdit>
+    W* Field(const char* name) {
+        return Child<W>(dialog, name);
+    }
+    void Click(const char* button) {
+        QTest::mouseClick(Field<QAbstractButton>(button), Qt::LeftButton);
+    }
+    const ListModel& List(const char* name) {
+        return *static_cast<const ListModel*>(Field<QTreeView>(name)->model());
+    }
+    QStringList Names(const char* list) { return ExplorerFixture::ColumnTexts(&List(list), 0); }
+    // Clicks the rows with these names, the first plainly, the others with Ctrl.
+    void Select(const char* list, const QStringList& names, bool doubleClick = false) {
+        auto* view = Field<QTreeView>(list);
+        Qt::KeyboardModifiers modifiers;
+        for (const QString& name : names) {
+            const int row = List(list).FindText(name);
+            QVERIFY2(row >= 0, qPrintable(name));
+            const QModelIndex index = view->model()->index(row, 0);
+            view->scrollTo(index);
+            const QPoint at = view->visualRect(index).center();
+            // A double click starts as a click: the view acts only on the
+            // row the button went down on.
+            QTest::mouseClick(view->viewport(), Qt::LeftButton, modifiers, at);
+            if (doubleClick) QTest::mouseDClick(view->viewport(), Qt::LeftButton, modifiers, at);
+            modifiers = Qt::ControlModifier;
+        }
+    }
+    Dialog dialog;
+};
+
+using GroupEditor = Shown<frmGroupDetails>;
+
+QStringList Pairs(const FormParameterList& parameters) {
+    QStringList pairs;
+    for (const FormParameter& pair : parameters) pairs.append(pair.name + '=' + pair.value);
+    return pairs;
+}
+
+std::vector<std::pair<std::string, std::string>> StoredMembers(veldrano::server::Store& store,
+                                                               const char* group) {
+    std::vector<std::pair<std::string, std::string>> members;
+    const auto stored = store.GetGroup(group);
+    for (const auto& ref : stored.members()) members.emplace_back(ref.user_name(), ref.host_name());
+    return members;
+}
+
+}  // namespace
+
+class TestGroupEditor : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void MovesAndRemovesExactlyTheSelectedRows();
+    void CreatesGroupWithEqualNamesOfTwoServers();
+    void EmptyCommentRefused();
+    void ExistingNameAsksAndOpensIt();
+    void ExplorerRequestOpensTheGroup();
+    void GroupSelectionAnswers_data();
+    void GroupSelectionAnswers();
+    void ServerSelectionChooses();
+
+private:
+    std::unique_ptr<ExplorerFixture> fixture_;
+    veldrano::server::Store& Store() { return fixture_->Store(); }
+};
+
+void TestGroupEditor::init() {
+    fixture_ = std::make_unique<ExplorerFixture>();
+    fixture_->StartDemo();
+}
+
+void TestGroupEditor::cleanup() {
+    std::unique_ptr<ConsoleFixture> fixture = std::move(fixture_);
+    QCOMPARE(ConsoleFixture::Close(fixture), 0);
+}
+
+void TestGroupEditor::MovesAndRemovesExactlyTheSelectedRows() {
+    GroupEditor editor({{QStringLiteral("GroupName"), kLegal}});
+    QCOMPARE(editor.dialog.State(), EditorState::Shown);
+    // Each member with its own server's comment, keyed by user and host.
+    QCOMPARE(editor.List("lvGrpMembers").Row(2).cells.ToStringList(),
+             QStringList({"gsteiner", "Gabi Steiner, Group Legal"}));
+    QCOMPARE(editor.List("lvGrpMembers").Row(2).key,
+             QStringLiteral("Usergsteiner@remote-hq.example.net"));
+    // The first user server's users are offered, members left out.
+    QCOMPARE(editor.Field<QComboBox>("cboServer")->currentText(), QStringLiteral("fxmaster"));
+    QCOMPARE(editor.Names("lvSrvUsers").size(), 16);
+    QVERIFY(!editor.Names("lvSrvUsers").contains("lfischer"));
+    QVERIFY(!editor.Field<QPushButton>("cmdRemoveFromGrp")->isEnabled());
+
+    // Clicked bottom up; they join in list order.
+    editor.Select("lvSrvUsers", {"jmueller", "accounts"});
+    editor.Click("cmdMoveToGrp");
+    QCOMPARE(editor.dialog.State(), EditorState::Changed);
+    QCOMPARE(editor.Names("lvGrpMembers"),
+             QStringList({"lfischer", "legal", "gsteiner", "accounts", "jmueller"}));
+    QCOMPARE(editor.List("lvGrpMembers").Row(4).key, QStringLiteral("Userjmueller@fxmaster"));
+    QCOMPARE(editor.Names("lvSrvUsers").size(), 14);
+    QVERIFY(!editor.Names("lvSrvUsers").contains("accounts"));
+
+    // Two members apart from each other; the one of the shown server is
+    // offered again.
+    editor.Select("lvGrpMembers", {"lfischer", "gsteiner"});
+    QVERIFY(editor.Field<QPushButton>("cmdRemoveFromGrp")->isEnabled());
+    editor.Click("cmdRemoveFromGrp");
+    QCOMPARE(editor.Names("lvGrpMembers"), QStringList({"legal", "accounts", "jmueller"}));
+    QVERIFY(editor.Names("lvSrvUsers").contains("lfischer"));
+    QVERIFY(!editor.Field<QPushButton>("cmdRemoveFromGrp")->isEnabled());
+
+    // A double click moves the row it hits, either way.
+    editor.Select("lvSrvUsers", {"abecker"}, true);
+    editor.Select("lvGrpMembers", {"legal"}, true);
+    QCOMPARE(editor.Names("lvGrpMembers"), QStringList({"accounts", "jmueller", "abecker"}));
+
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    QCOMPARE(FormParameterValue(QStringLiteral("Refresh")), QStringLiteral("-1"));
+    using Member = std::pair<std::string, std::string>;
+    QCOMPARE(StoredMembers(Store(), "Legal"),
+             (std::vector<Member>{
+                 {"accounts", "fxmaster"}, {"jmueller", "fxmaster"}, {"abecker", "fxmaster"}}));
+}
+
+void TestGroupEditor::CreatesGroupWithEqualNamesOfTwoServers() {
+    veldrano::admin::v1::User twin = Store().GetUser("fxsales", "reception");
+    twin.set_comment("Sales reception");
+    Store().CommitUser(twin);
+
+    GroupEditor editor({{QStringLiteral("New"), QString()}});
+    QTest::keyClicks(editor.Field("edtGroupName"), QStringLiteral("Night Watch"));
+    QTest::keyClick(editor.Field("edtGroupName"), Qt::Key_Return);
+    QCOMPARE(editor.dialog.State(), EditorState::NewObject);
+    QVERIFY(editor.Names("lvGrpMembers").isEmpty());
+    QTest::keyClicks(editor.Field("edtComment"), QStringLiteral("Receptions after hours"));
+    editor.Select("lvSrvUsers", {"reception"}, true);
+    QTest::keyClicks(editor.Field<QComboBox>("cboServer"), QStringLiteral("fxsales"));
+    QCOMPARE(editor.Field<QComboBox>("cboServer")->currentText(), QStringLiteral("fxsales"));
+    editor.Select("lvSrvUsers", {"reception"}, true);
+
+    const ListModel& members = editor.List("lvGrpMembers");
+    QCOMPARE(members.rowCount(), 2);
+    QCOMPARE(members.Row(0).key, QStringLiteral("Userreception@fxmaster"));
+    QCOMPARE(members.Row(1).key, QStringLiteral("Userreception@fxsales"));
+    QCOMPARE(members.Row(1).cells.at(1), QStringLiteral("Sales reception"));
+
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    QCOMPARE(FormParameterValue(QStringLiteral("Refresh")), QStringLiteral("-1"));
+    const auto stored = Store().GetGroup("Night Watch");
+    QVERIFY(!stored.is_new());
+    QCOMPARE(stored.comment(), std::string("Receptions after hours"));
+    using Member = std::pair<std::string, std::string>;
+    QCOMPARE(StoredMembers(Store(), "Night Watch"),
+             (std::vector<Member>{{"reception", "fxmaster"}, {"reception", "fxsales"}}));
+}
+
+void TestGroupEditor::EmptyCommentRefused() {
+    GroupEditor editor({{QStringLiteral("GroupName"), QStringLiteral("Finance")}});
+    editor.Field("edtComment")->selectAll();
+    QTest::keyClick(editor.Field("edtComment"), Qt::Key_Backspace);
+    fixture_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    const Prompt& refusal = fixture_->prompter.LastPrompt();
+    QCOMPARE(refusal.text, GetLabel(QStringLiteral("Field")) + QStringLiteral("Comment") +
+                               GetLabel(QStringLiteral("CannotBeEmpty")));
+    QCOMPARE(refusal.icon, PromptIcon::Exclamation);
+    QCOMPARE(refusal.title, editor.dialog.windowTitle());
+    QVERIFY(editor.dialog.isVisible());
+    QVERIFY(editor.Field<QWidget>("edtComment")->hasFocus());
+    QCOMPARE(Store().GetGroup("Finance").comment(), std::string("Accounts, treasury, control"));
+
+    fixture_->prompter.Answer(Answer::No);
+    editor.Click("cmdCancel");
+    QCOMPARE(FormParameterValue(QStringLiteral("Refresh")), QStringLiteral("0"));
+}
+
+void TestGroupEditor::ExistingNameAsksAndOpensIt() {
+    GroupEditor editor({{QStringLiteral("New"), QString()}});
+    // Parentheses never get into a group name.
+    QTest::keyClicks(editor.Field("edtGroupName"), QStringLiteral("Fin(an)ce"));
+    QCOMPARE(editor.Field("edtGroupName")->text(), QStringLiteral("Finance"));
+    fixture_->prompter.Answer({Answer::No, Answer::Yes});
+    QTest::keyClick(editor.Field("edtGroupName"), Qt::Key_Return);
+    QCOMPARE(editor.dialog.State(), EditorState::NewKey);
+    QTest::keyClick(editor.Field("edtGroupName"), Qt::Key_Return);
+
+    const Prompt& asked = fixture_->prompter.LastPrompt();
+    QCOMPARE(asked.text, GetLabel(QStringLiteral("GroupExist")));
+    QCOMPARE(asked.icon, PromptIcon::Question);
+    QCOMPARE(asked.buttons, PromptButtons::YesNo);
+    QCOMPARE(editor.dialog.State(), EditorState::Shown);
+    QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("Accounts, treasury, control"));
+    QVERIFY(editor.Names("lvGrpMembers").contains("treasury"));
+    QVERIFY(editor.Field("edtGroupName")->isReadOnly());
+}
+
+void TestGroupEditor::ExplorerRequestOpensTheGroup() {
+    QString comment;
+    WhenShown<frmGroupDetails>([&](frmGroupDetails& editor) {
+        QTRY_COMPARE(editor.State(), EditorState::Shown);
+        comment = Child<QLineEdit>(editor, "edtComment")->text();
+        QTest::mouseClick(Child<QPushButton>(editor, "cmdCancel"), Qt::LeftButton);
+    });
+    ObjectRequest request;
+    request.kind = QStringLiteral("Group");
+    request.name = kLegal;
+    QVERIFY(!OpenObjectEditor(nullptr, request));
+    QCOMPARE(comment, QStringLiteral("Legal at head office and HQ"));
+}
+
+void TestGroupEditor::GroupSelectionAnswers_data() {
+    // The row's name says how the dialog is left.
+    QTest::addColumn<QString>("chosen");  // "" when nothing is chosen
+    for (const char* how : {"Enter", "double click", "OK"}) QTest::newRow(how) << "Management";
+    for (const char* how : {"Cancel", "Escape"}) QTest::newRow(how) << "";
+}
+
+void TestGroupEditor::GroupSelectionAnswers() {
+    const QByteArray how = QTest::currentDataTag();
+    Shown<frmGroupSelection> selection({{QStringLiteral("GroupName"), kLegal}});
+    auto* list = selection.Field<QTreeView>("lvGroups");
+    QCOMPARE(selection.dialog.SelectedName(), kLegal);
+    // The find dialog searches this list while it is open.
+    QCOMPARE(FindList(kFindGroupSelection), list);
+    selection.Click("cmdFind");
+    QVERIFY(frmFind::Loaded() && frmFind::Loaded()->isVisible());
+    QCOMPARE(frmFind::Loaded()->CallerCode(), kFindGroupSelection);
+    frmFind::Loaded()->hide();
+    QVERIFY(PressFind(kFindGroupSelection, QStringLiteral("sales"), {}));
+    QCOMPARE(selection.dialog.SelectedName(), QStringLiteral("SalesTeam"));
+    QTest::keyClick(list, Qt::Key_Up);
+
+    if (how == "Enter") QTest::keyClick(list, Qt::Key_Return);
+    if (how == "double click") selection.Select("lvGroups", {"Management"}, true);
+    if (how == "OK") selection.Click("cmdOK");
+    if (how == "Cancel") selection.Click("cmdCancel");
+    if (how == "Escape") QTest::keyClick(list, Qt::Key_Escape);
+
+    QVERIFY(!selection.dialog.isVisible());
+    QFETCH(QString, chosen);
+    QCOMPARE(Pairs(FormParameters()), chosen.isEmpty()
+                                          ? QStringList({"Refresh=0"})
+                                          : QStringList({"Refresh=-1", "GroupName=" + chosen}));
+}
+
+void TestGroupEditor::ServerSelectionChooses() {
+    // The current host is preselected; the next one is taken.
+    WhenShown<frmServerSelection>([](frmServerSelection& selection) {
+        QTRY_COMPARE(selection.SelectedName(), QStringLiteral("fxprint01"));
+        QTest::keyClick(Child<QTreeView>(selection, "lvServers"), Qt::Key_Down);
+        QTest::mouseClick(Child<QPushButton>(selection, "cmdOK"), Qt::LeftButton);
+    });
+    QCOMPARE(frmServerSelection::Choose(nullptr, QStringLiteral("fxprint01")),
+             QStringLiteral("fxsales"));
+    QCOMPARE(Pairs(FormParameters()), QStringList({"Refresh=-1", "HostName=fxsales"}));
+
+    WhenShown<frmServerSelection>([](frmServerSelection& selection) {
+        QTRY_VERIFY(!selection.SelectedName().isEmpty());
+        QTest::keyClick(Child<QTreeView>(selection, "lvServers"), Qt::Key_Escape);
+    });
+    QCOMPARE(frmServerSelection::Choose(nullptr, QString()), QString());
+    QCOMPARE(Pairs(FormParameters()), QStringList({"Refresh=0"}));
+}
+
+QTEST_MAIN(TestGroupEditor)
+#include "tst_groupeditor.moc"
