@@ -310,7 +310,10 @@ void Simulator::MaybeBreakProcess(const pb::Server& server) {
     int pid = p.pid();
     p.set_pid(0);
     if (Random(2) == 0) {
+        // A process killed by a signal no longer runs: the shell's status
+        // for signal 11, so that only running processes offer Stop.
         p.set_run_state(kRunFailed);
+        p.set_exit_status(128 + 11);
         store_.PutProcess(server.name(), p);
         Log(server.name(), 4, SlotOriginator(p.slot()), pid, kUnix | kSignal,
             Describe(p) + " failed: killed by signal 11");

@@ -4,6 +4,8 @@
 #include "editors/frmGatewayUser.h"
 #include "editors/frmGroupDetails.h"
 #include "editors/frmServerDetails.h"
+#include "monitor/frmEvents.h"
+#include "monitor/frmProcesses.h"
 #include "shell/ObjectEditors.h"
 
 namespace winadmin {
@@ -16,6 +18,10 @@ const std::vector<ObjectWindow>& ObjectWindowCatalog() {
          &OpenGroupEditor},
         {{QStringLiteral("GatewayUser"), QStringLiteral("Gateway")}, QStringLiteral("GatewayUser"),
          &OpenGatewayUserEditor},
+        {{QStringLiteral("Process"), QStringLiteral("Processes")}, QStringLiteral("HostName"),
+         &OpenProcessViewer},
+        {{QStringLiteral("Event"), QStringLiteral("Events")}, QStringLiteral("HostName"),
+         &OpenEventViewer},
     };
     return catalog;
 }

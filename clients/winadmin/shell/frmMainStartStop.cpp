@@ -2,24 +2,225 @@
 // terminate commands of servers, processes and devices.
 
 #include <QAction>
+#include <QListView>
+#include <QMenu>
+#include <QTreeView>
 
+#include "common/Labels.h"
+#include "common/Prompter.h"
+#include "session/CallSession.h"
+#include "session/ServerSession.h"
+#include "shell/ExplorerListView.h"
 #include "shell/frmMain.h"
 
 namespace winadmin {
 
-void frmMain::ConnectStartStop() {}
+namespace {
+
+constexpr int kStart = 1;
+constexpr int kStop = 2;
+constexpr int kTerminate = 3;
+
+// The pop-up menu of a row by its kind, with the pair of entries that
+// UpdateStartStopItems is given for it. Kinds not listed get "mnuPopup3".
+struct ListMenu {
+    const char* kind;
+    const char* menu;
+    const char* first;
+    const char* second;
+};
+
+const ListMenu kListMenus[] = {
+    {"Process", "mnuPopupProcess", "mnuPopupProcessStart", "mnuPopupProcessStop"},
+    {"Server", "mnuPopupServer", "mnuPopupServerStart", "mnuPopupServerStop"},
+    {"Device", "mnuPopupDevice", "mnuPopupDeviceStart", "mnuPopupDeviceStop"},
+    {"Rate", "mnuRatePopup", "mnuRateNew", "mnuRateHelp"},
+    {"Destination", "mnuDestsPopup", "mnuDestsNew", "mnuDestsHelp"},
+    {"Zone", "mnuZonePopup", "mnuZoneNew", "mnuZoneHelp"},
+    {"Event", "mnuPopup2", nullptr, nullptr},
+};
+
+// Starting asks nothing and leaves the explorer as it is: nothing is lost by
+// a start, and what it brings up shows once the server has brought it up.
+// Stopping and terminating cut off work in progress, so they ask first and
+// show the new state at once. The asymmetry is deliberate.
+struct StartStopCommand {
+    const char* entry;
+    int action;
+    const char* question;  // the label key of the Yes/No question; none for a start
+};
+
+const StartStopCommand kCommands[] = {
+    {"mnuPopupServerStart", kStart, nullptr},
+    {"mnuPopupServerStop", kStop, "WANT_STOP_SERVER"},
+    {"mnuPopupProcessStart", kStart, nullptr},
+    {"mnuPopupProcessStop", kStop, "WANT_STOP_PROCESS"},
+    {"mnuPopupDeviceStart", kStart, nullptr},
+    {"mnuPopupDeviceStop", kStop, "WANT_STOP_DEVICE"},
+    {"mnuPopupDeviceTerminate", kTerminate, "WANT_TERMINATE_DEVICE"},
+};
+
+bool Is(const QString& kind, const char* word) {
+    return kind == QLatin1String(word);
+}
+
+// Only Yes goes on. The question carries no icon and the application's title.
+bool Confirmed(const char* questionKey) {
+    Prompt question;
+    question.text = GetLabel(QLatin1String(questionKey));
+    question.buttons = PromptButtons::YesNo;
+    return ThePrompter().Show(question) == Answer::Yes;
+}
+
+// A process row's text is its zero-based slot number; the slot is what the
+// session's process calls take. -1 when the text is no slot.
+int SlotOf(const frmMain::Selection& selection) {
+    bool ok = false;
+    const int slot = selection.text.trimmed().toInt(&ok);
+    return ok && slot >= 0 ? slot : -1;
+}
+
+// The server's collection holds its slots in order, so the process at
+// position slot + 1 (counted from one) is the one with that slot number. It is
+// found by the number, so that a gap in the slots cannot pick a neighbour.
+const ProcessRecord* ProcessInSlot(const std::vector<ProcessRecord>& processes, int slot) {
+    for (const ProcessRecord& process : processes)
+        if (process.slot() == slot) return &process;
+    return nullptr;
+}
+
+// A device row names its device; a device node in the tree names it in its
+// scope.
+QString DeviceOf(const frmMain::Selection& selection) {
+    if (Is(selection.control, "TreeView") && !selection.scope.object.isEmpty())
+        return selection.scope.object;
+    return selection.text;
+}
+
+QString ServerOf(const frmMain::Selection& selection) {
+    return Is(selection.control, "TreeView") ? selection.key : selection.text;
+}
+
+void RunStartStop(frmMain& main, const StartStopCommand& command) {
+    if (main.SelectedObject().IsEmpty()) {
+        ThePrompter().Beep();
+        return;
+    }
+    if (command.question && !Confirmed(command.question)) return;
+    // A failed call was reported; the tree and list keep their state.
+    if (main.StartStopObject(command.action) && command.question) main.RefreshExplorer();
+}
+
+}  // namespace
+
+void frmMain::ConnectStartStop() {
+    for (QAbstractItemView* view : {static_cast<QAbstractItemView*>(List()->DetailsView()),
+                                    static_cast<QAbstractItemView*>(List()->IconView())}) {
+        view->setContextMenuPolicy(Qt::CustomContextMenu);
+        connect(view, &QWidget::customContextMenuRequested, this, &frmMain::ShowListMenu);
+    }
+    for (const StartStopCommand& command : kCommands) {
+        QAction* entry = MenuEntry(QLatin1String(command.entry));
+        if (!entry) continue;
+        // Servers and devices keep both entries enabled whatever their
+        // state; a process's pair is set each time its menu opens.
+        entry->setEnabled(true);
+        connect(entry, &QAction::triggered, this,
+                [this, &command] { RunStartStop(*this, command); });
+    }
+}
 
 void frmMain::ShowListMenu(const QPoint& position) {
-    Q_UNUSED(position);
+    // The right button was pressed in the list: the commands act on it now.
+    activeControl_ = QStringLiteral("ListView");
+    UpdateObjectCommands();
+    const Selection selection = SelectedObject();
+    QString menuName = QStringLiteral("mnuPopup1");
+    if (!selection.IsEmpty()) {
+        menuName = QStringLiteral("mnuPopup3");
+        for (const ListMenu& choice : kListMenus) {
+            if (!Is(selection.kind, choice.kind)) continue;
+            if (choice.first)
+                UpdateStartStopItems(MenuEntry(QLatin1String(choice.first)),
+                                     MenuEntry(QLatin1String(choice.second)));
+            menuName = QLatin1String(choice.menu);
+            break;
+        }
+    }
+    QMenu* menu = PopupMenu(menuName);
+    if (!menu) return;
+    menu->popup(List()->CurrentView()->viewport()->mapToGlobal(position));
 }
 
 void frmMain::UpdateStartStopItems(QAction* start, QAction* stop) {
-    Q_UNUSED(start);
-    Q_UNUSED(stop);
+    const Selection selection = SelectedObject();
+    if (selection.IsEmpty()) {
+        ThePrompter().Beep();
+        return;
+    }
+    const QString& kind = selection.kind;
+    // Servers and devices can be asked to start or stop whatever the state
+    // they were last seen in; routing objects have no such entries.
+    if (Is(kind, "Server") || Is(kind, "Device") || Is(kind, "Zone") || Is(kind, "Rate") ||
+        Is(kind, "Destination"))
+        return;
+    if (!Is(kind, "Process")) {
+        ThePrompter().Beep();
+        return;
+    }
+    ServerSession* session = TheSession();
+    const int slot = SlotOf(selection);
+    if (!session || slot < 0 || !start || !stop) return;
+    std::vector<ProcessRecord> processes;
+    if (!CallSession([&] { processes = session->Processes(selection.Server()); })) return;
+    const ProcessRecord* process = ProcessInSlot(processes, slot);
+    if (!process) return;
+    // Running is the exit status -1 ("ProcessRun"): only a running process
+    // can be stopped, and only one that does not run can be started.
+    const bool running = process->exit_status() == -1;
+    stop->setEnabled(running);
+    start->setEnabled(!running);
 }
 
 bool frmMain::StartStopObject(int action) {
-    Q_UNUSED(action);
+    const Selection selection = SelectedObject();
+    ServerSession* session = TheSession();
+    if (selection.IsEmpty() || !session) {
+        ThePrompter().Beep();
+        return false;
+    }
+    const QString& kind = selection.kind;
+    const QString server = selection.Server();
+    if (Is(kind, "Server") && (action == kStart || action == kStop)) {
+        const QString name = ServerOf(selection);
+        return CallSession([&] {
+            if (action == kStart)
+                session->StartServer(name);
+            else
+                session->StopServer(name);
+        });
+    }
+    if (Is(kind, "Process") && (action == kStart || action == kStop) && SlotOf(selection) >= 0) {
+        const int slot = SlotOf(selection);
+        return CallSession([&] {
+            if (action == kStart)
+                session->StartProcess(server, slot);
+            else
+                session->StopProcess(server, slot);
+        });
+    }
+    if (Is(kind, "Device") && action >= kStart && action <= kTerminate) {
+        const QString device = DeviceOf(selection);
+        return CallSession([&] {
+            if (action == kStart)
+                session->StartDevice(server, device);
+            else if (action == kStop)
+                session->StopDevice(server, device);
+            else
+                session->TerminateDevice(server, device);
+        });
+    }
+    ThePrompter().Beep();
     return false;
 }
 

@@ -1,0 +1,363 @@
+// The process and event viewers against the reference server: the update
+// period and its timer, fills that never nest, the cells, the severity
+// filter and the maximum, unknown servers, and one window per kind opened
+// from the explorer.
+
+#include <QAction>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <QTreeView>
+#include <functional>
+#include <memory>
+
+#include "common/CodeTables.h"
+#include "common/Labels.h"
+#include "common/Settings.h"
+#include "demo/DemoData.h"
+#include "monitor/frmEvents.h"
+#include "monitor/frmProcesses.h"
+#include "session/ServerSession.h"
+#include "shell/ListModel.h"
+#include "shell/ViewSettings.h"
+#include "shell/frmMain.h"
+#include "store/Store.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+namespace pb = veldrano::admin::v1;
+
+namespace {
+
+QString Stored(const QString& section, const QString& name) {
+    return GetSectionSetting(kVendor, GetProductKeyName(), section, name,
+                             QStringLiteral("<unset>"));
+}
+
+void Store(const QString& section, const QString& name, const QString& value) {
+    SaveSectionSetting(kVendor, GetProductKeyName(), section, name, value);
+}
+
+// A viewer shown and opened on a server, deleted at the end of the case
+// unless it closed itself.
+template <class Viewer>
+struct Opened {
+    explicit Opened(const QString& host) : window(new Viewer) {
+        window->show();
+        window->Open(host);
+    }
+    ~Opened() { delete window.data(); }
+    Viewer* operator->() const { return window.data(); }
+    QPointer<Viewer> window;
+};
+
+// Replaces a field's text as a person does: select everything, type.
+void Retype(QLineEdit* field, const QString& text) {
+    field->setFocus();
+    field->selectAll();
+    QTest::keyClicks(field, text);
+}
+
+QStringList Column(const ListModel* model, int column) {
+    QStringList texts;
+    for (int row = 0; row < model->rowCount(); ++row) texts << model->Row(row).cells.value(column);
+    return texts;
+}
+
+// The scripted prompter with something done while a box is up: what a
+// modal box's event loop would let the viewers' timers do.
+class PrompterWithLoop final : public Prompter {
+public:
+    PrompterWithLoop(Prompter& inner, std::function<void()> whileShown)
+        : inner_(inner), whileShown_(std::move(whileShown)), previous_(SetPrompter(this)) {}
+    ~PrompterWithLoop() override { SetPrompter(previous_); }
+    int Show(const Prompt& prompt) override {
+        if (whileShown_) whileShown_();
+        return inner_.Show(prompt);
+    }
+    void Beep() override { inner_.Beep(); }
+    QString AskSaveFileName(const QString& title, const QString& filter) override {
+        return inner_.AskSaveFileName(title, filter);
+    }
+
+private:
+    Prompter& inner_;
+    std::function<void()> whileShown_;
+    Prompter* previous_;
+};
+
+}  // namespace
+
+class TestMonitors : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void UpdatePeriodClampsAndDrivesTheTimer();
+    void TicksNeverNestAndAFailingServerGivesOneBoxPerTick();
+    void ProcessCellsAndSelectionSurviveRefresh();
+    void UnknownServerIsReportedAndAnotherCanBePicked();
+    void SeverityFilterAndMaximum();
+    void ExplorerOpensOneViewerPerKind();
+
+private:
+    std::unique_ptr<ExplorerFixture> fx_;
+};
+
+void TestMonitors::init() {
+    fx_ = std::make_unique<ExplorerFixture>();
+}
+
+void TestMonitors::cleanup() {
+    std::unique_ptr<ConsoleFixture> fixture = std::move(fx_);
+    QCOMPARE(ConsoleFixture::Close(fixture), 0);
+}
+
+void TestMonitors::UpdatePeriodClampsAndDrivesTheTimer() {
+    fx_->StartDemo();
+    auto& store = fx_->Store();
+    Opened<frmProcesses> viewer(QStringLiteral("fxmaster"));
+    auto* speed = Child<QLineEdit>(*viewer.window, "edtUpdateSpeed");
+    QTimer* timer = viewer->LoadTimer();
+    // Nothing stored: the default period, running.
+    QCOMPARE(speed->text(), QString::number(MonitorWindow::kDefaultUpdateSpeed));
+    QVERIFY(timer->isActive());
+    QCOMPARE(timer->interval(), MonitorWindow::kDefaultUpdateSpeed * 1000);
+
+    Retype(speed, QStringLiteral("75"));
+    QCOMPARE(speed->text(), QStringLiteral("60"));
+    QCOMPARE(timer->interval(), 60000);
+    QVERIFY(timer->isActive());
+
+    // A new non-zero period refreshes at once, before any timer could.
+    pb::Process slot0 = store.ListProcesses("fxmaster").front();
+    slot0.set_pid(0);
+    store.PutProcess("fxmaster", slot0);
+    Retype(speed, QStringLiteral("7"));
+    QCOMPARE(viewer->Rows()->Row(0).cells.value(1), QStringLiteral("---"));
+    QCOMPARE(timer->interval(), 7000);
+
+    // Below 0 reads 0: the timer stops, and a refresh by hand leaves it off.
+    Retype(speed, QStringLiteral("-3"));
+    QCOMPARE(speed->text(), QStringLiteral("0"));
+    QVERIFY(!timer->isActive());
+    slot0.set_pid(4711);
+    store.PutProcess("fxmaster", slot0);
+    QTest::mouseClick(Child<QPushButton>(*viewer.window, "cmdUpdate"), Qt::LeftButton);
+    QCOMPARE(viewer->Rows()->Row(0).cells.value(1), QStringLiteral(" 4711"));
+    QVERIFY(!timer->isActive());
+
+    // An emptied field reads 0 when Update is pressed.
+    speed->clear();
+    QTest::mouseClick(Child<QPushButton>(*viewer.window, "cmdUpdate"), Qt::LeftButton);
+    QCOMPARE(speed->text(), QStringLiteral("0"));
+    QVERIFY(!timer->isActive());
+
+    // Closing stops the timer and keeps the period for the next viewer.
+    Retype(speed, QStringLiteral("12"));
+    QVERIFY(viewer->close());
+    QVERIFY(!timer->isActive());
+    QCOMPARE(Stored(QStringLiteral("ProcessView"), QStringLiteral("Update Speed")),
+             QStringLiteral("12"));
+    Opened<frmProcesses> again(QStringLiteral("fxmaster"));
+    QCOMPARE(again->LoadTimer()->interval(), 12000);
+    QVERIFY(fx_->prompter.Prompts().isEmpty());
+}
+
+void TestMonitors::TicksNeverNestAndAFailingServerGivesOneBoxPerTick() {
+    fx_->StartDemo(true);
+    Opened<frmProcesses> processes(QStringLiteral("fxmaster"));
+    Opened<frmEvents> events(QStringLiteral("fxmaster"));
+    QVERIFY(processes->Rows()->rowCount() > 0);
+    fx_->server->Shutdown();
+
+    // While the box is up, both viewers' timers fire (as a box's event loop
+    // lets them): neither starts a fill, so one box is all there is.
+    int boxes = 0;
+    bool fillingWhileShown = false, timerOffWhileShown = false;
+    PrompterWithLoop loop(fx_->prompter, [&] {
+        if (++boxes == 1) {
+            fillingWhileShown = processes->IsFilling();
+            timerOffWhileShown = !processes->LoadTimer()->isActive();
+        }
+        processes->Tick();
+        events->Tick();
+    });
+    fx_->prompter.Answer(Answer::Cancel);
+    processes->Tick();
+    QCOMPARE(boxes, 1);
+    QVERIFY(fillingWhileShown);
+    QVERIFY(timerOffWhileShown);
+    // The failed fill shows no stale rows, and the next tick is scheduled.
+    QCOMPARE(processes->Rows()->rowCount(), 0);
+    QVERIFY(!processes->IsFilling());
+    QVERIFY(processes->LoadTimer()->isActive());
+
+    // Retry asks again within the same tick; each answer is one box.
+    fx_->prompter.Answer({Answer::Retry, Answer::Cancel});
+    events->Tick();
+    QCOMPARE(boxes, 3);
+    QCOMPARE(fx_->prompter.Prompts().size(), 3);
+    QCOMPARE(fx_->prompter.LastPrompt().buttons, PromptButtons::RetryCancel);
+}
+
+void TestMonitors::ProcessCellsAndSelectionSurviveRefresh() {
+    fx_->StartDemo();
+    auto& store = fx_->Store();
+    std::vector<pb::Process> procs = store.ListProcesses("fxmaster");
+    QVERIFY(procs.size() >= 4);
+    procs[2].set_pid(0);
+    procs[2].set_run_state(-1);  // failed
+    store.PutProcess("fxmaster", procs[2]);
+
+    Opened<frmProcesses> viewer(QStringLiteral("fxmaster"));
+    ListModel* rows = viewer->Rows();
+    QCOMPARE(rows->rowCount(), int(procs.size()));
+    QCOMPARE(rows->Row(2).cells.value(1), QStringLiteral("---"));
+    QCOMPARE(rows->Row(2).cells.value(4), GetLabel(QStringLiteral("ProcessFailed")));
+    QCOMPARE(rows->Row(3).cells.value(4), GetLabel(QStringLiteral("ProcessRun")));
+    QCOMPARE(rows->Row(3).iconKey, QStringLiteral("Process"));
+    QVERIFY(rows->Row(3).tag.isEmpty());
+
+    // A double click on a row only selects it; the selection outlives the
+    // refreshes that change the row under it.
+    auto* list = Child<QTreeView>(*viewer.window, "lvProcessView");
+    const QPoint at = list->visualRect(rows->index(3, 0)).center();
+    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, at);
+    QVERIFY(fx_->prompter.Prompts().isEmpty());
+    QCOMPARE(QApplication::activeModalWidget(), nullptr);
+    procs[3].set_exit_status(0);
+    store.PutProcess("fxmaster", procs[3]);
+    viewer->Tick();
+    QCOMPARE(list->currentIndex().row(), 3);
+    QVERIFY(list->selectionModel()->isRowSelected(3, {}));
+    QCOMPARE(rows->Row(3).cells.value(4), GetLabel(QStringLiteral("ProcessTerminated")));
+}
+
+void TestMonitors::UnknownServerIsReportedAndAnotherCanBePicked() {
+    fx_->StartDemo();
+    fx_->prompter.Answer(Answer::OK);
+    Opened<frmProcesses> viewer(QStringLiteral("no-such-host"));
+    QCOMPARE(fx_->prompter.Prompts().size(), 1);
+    const Prompt& prompt = fx_->prompter.LastPrompt();
+    QCOMPARE(prompt.text, GetLabel(QStringLiteral("ServerNotExist")));
+    QCOMPARE(prompt.icon, PromptIcon::Exclamation);
+    QCOMPARE(prompt.buttons, PromptButtons::OK);
+    QCOMPARE(prompt.title, GetLabel(QStringLiteral("Process Viewer")));
+    // Still open, on no server, until one is picked.
+    QVERIFY(viewer->isVisible());
+    QCOMPARE(viewer->SelectedServer(), QString());
+    QCOMPARE(viewer->Rows()->rowCount(), 0);
+    auto* servers = Child<QComboBox>(*viewer.window, "cboServer");
+    servers->setFocus();
+    QTest::keyClick(servers, Qt::Key_Down);
+    QCOMPARE(viewer->SelectedServer(), servers->itemText(0));
+    QCOMPARE(viewer->Rows()->rowCount(),
+             int(fx_->Store().ListProcesses(servers->itemText(0).toStdString()).size()));
+}
+
+void TestMonitors::SeverityFilterAndMaximum() {
+    fx_->StartDemo();
+    auto& store = fx_->Store();
+    store.CommitServer(
+        veldrano::server::demo::MakeServer("evhost", "Events", true, false, false, "rpc"));
+    store.Bulk([&] {
+        for (int i = 0; i < 60; ++i)
+            store.AppendEvent("evhost", veldrano::server::demo::MakeEvent(
+                                            1700000000 + i * 60, i % 6, 0, 100 + i, 0, "event"));
+    });
+    Store(kMainFormSection, QStringLiteral("Severity"), QStringLiteral("3"));
+
+    Opened<frmEvents> viewer(QStringLiteral("evhost"));
+    auto* severity = Child<QComboBox>(*viewer.window, "cboSeverity");
+    auto* maximum = Child<QLineEdit>(*viewer.window, "edtMaxEvents");
+    ListModel* rows = viewer->Rows();
+    QCOMPARE(severity->itemData(5).toInt(), 5);
+    QCOMPARE(severity->currentText(), GetLabel(QStringLiteral("SeverityError")));
+    QCOMPARE(maximum->text(), QString::number(frmEvents::kDefaultMaxEvents));
+    // Error and above only, newest first.
+    QCOMPARE(rows->rowCount(), 30);
+    const QStringList severities = Column(rows, 1);
+    const QSet<QString> shown(severities.begin(), severities.end());
+    QCOMPARE(shown, (QSet<QString>{SeverityText(3), SeverityText(4), SeverityText(5)}));
+    QCOMPARE(rows->Row(0).cells.value(2), QStringLiteral("159"));
+    QCOMPARE(rows->Row(0).iconKey, QStringLiteral("Event"));
+
+    // Picking "None" lists every event at once; the explorer's setting stays.
+    severity->setFocus();
+    QTest::keyClick(severity, Qt::Key_Home);
+    QCOMPARE(viewer->MinimumSeverity(), 0);
+    QCOMPARE(rows->rowCount(), 60);
+    QCOMPARE(Stored(kMainFormSection, QStringLiteral("Severity")), QStringLiteral("3"));
+
+    // The maximum holds even when more events pass the filter; the newest stay.
+    Retype(maximum, QStringLiteral("7"));
+    QTest::keyClick(maximum, Qt::Key_Return);
+    QCOMPARE(rows->rowCount(), 7);
+    QCOMPARE(rows->Row(0).cells.value(2), QStringLiteral("159"));
+    QCOMPARE(rows->Row(6).cells.value(2), QStringLiteral("153"));
+    store.AppendEvent("evhost", veldrano::server::demo::MakeEvent(1700009999, 5, 0, 999, 0, "new"));
+    viewer->Tick();
+    QCOMPARE(rows->rowCount(), 7);
+    QCOMPARE(rows->Row(0).cells.value(2), QStringLiteral("999"));
+
+    // Closing keeps the maximum and the period; a stored severity of 0 shows
+    // "None" and every event.
+    Retype(maximum, QStringLiteral("25"));
+    QTest::keyClick(maximum, Qt::Key_Return);
+    QVERIFY(viewer->close());
+    QCOMPARE(Stored(QStringLiteral("EventView"), QStringLiteral("Max Events")),
+             QStringLiteral("25"));
+    QCOMPARE(Stored(QStringLiteral("EventView"), QStringLiteral("Update Speed")),
+             QString::number(MonitorWindow::kDefaultUpdateSpeed));
+    Store(kMainFormSection, QStringLiteral("Severity"), QStringLiteral("0"));
+    Opened<frmEvents> again(QStringLiteral("evhost"));
+    QCOMPARE(Child<QComboBox>(*again.window, "cboSeverity")->currentText(),
+             GetLabel(QStringLiteral("SeverityNone")));
+    QCOMPARE(again->Rows()->rowCount(), 25);
+    QVERIFY(fx_->prompter.Prompts().isEmpty());
+}
+
+void TestMonitors::ExplorerOpensOneViewerPerKind() {
+    fx_->StartDemo();
+    auto main = fx_->OpenMain();
+    auto viewers = [] {
+        QList<MonitorWindow*> found;
+        for (QWidget* window : QApplication::topLevelWidgets())
+            if (auto* viewer = qobject_cast<MonitorWindow*>(window); viewer && viewer->isVisible())
+                found << viewer;
+        return found;
+    };
+    QAction* properties = main->MenuEntry(QStringLiteral("mnuFileProperties"));
+    ExplorerFixture::Click(*main, QStringLiteral("fxmasterProcesses"));
+    QVERIFY(properties->isEnabled());
+    properties->trigger();
+    ExplorerFixture::Click(*main, QStringLiteral("fxsalesProcesses"));
+    properties->trigger();
+    ExplorerFixture::Click(*main, QStringLiteral("fxsalesEvents"));
+    properties->trigger();
+    QCOMPARE(viewers().size(), 2);
+    auto* processes = qobject_cast<frmProcesses*>(viewers().value(0));
+    if (!processes) processes = qobject_cast<frmProcesses*>(viewers().value(1));
+    QVERIFY(processes);
+    QCOMPARE(processes->SelectedServer(), QStringLiteral("fxsales"));
+    QCOMPARE(processes->windowTitle(), GetLabel(QStringLiteral("Process Viewer")));
+
+    // Closing the main window closes the viewers, each keeping its period.
+    Retype(Child<QLineEdit>(*processes, "edtUpdateSpeed"), QStringLiteral("9"));
+    QPointer<MonitorWindow> kept(processes);
+    main->close();
+    QVERIFY(viewers().isEmpty());
+    QCOMPARE(Stored(QStringLiteral("ProcessView"), QStringLiteral("Update Speed")),
+             QStringLiteral("9"));
+    delete kept.data();
+    QVERIFY(fx_->prompter.Prompts().isEmpty());
+}
+
+QTEST_MAIN(TestMonitors)
+#include "tst_monitors.moc"

@@ -1,0 +1,311 @@
+// The list's pop-up menus and the start, stop and terminate commands in the
+// main window against the reference server: which menu a right click shows,
+// when the start and stop entries are enabled, what each command asks and
+// does, and the explorer refreshed (or deliberately not) afterwards.
+
+#include <QAction>
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QTest>
+#include <QTreeView>
+#include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
+#include <memory>
+
+#include "common/Labels.h"
+#include "shell/ExplorerListView.h"
+#include "shell/ListModel.h"
+#include "shell/frmMain.h"
+#include "store/Store.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+namespace pb = veldrano::admin::v1;
+
+namespace {
+
+constexpr int kMarkRole = Qt::UserRole + 77;
+
+const char* const kListMenus[] = {"mnuPopup1",      "mnuPopup2",      "mnuPopup3",
+                                  "mnuPopupServer", "mnuPopupDevice", "mnuPopupProcess",
+                                  "mnuRatePopup",   "mnuDestsPopup",  "mnuZonePopup"};
+
+QPoint RowPoint(frmMain& main, int row) {
+    QTreeView* list = main.List()->DetailsView();
+    const QModelIndex index = main.ListRows()->index(row, 0);
+    list->scrollTo(index);
+    return list->visualRect(index).center();
+}
+
+// A right click in the list, where a person makes it: on a row (which
+// selects it) or, with row -1, below the last row. Answers the name of the
+// pop-up menu it shows (closed again), "" for none.
+QString RightClick(frmMain& main, int row) {
+    QTreeView* list = main.List()->DetailsView();
+    const QPoint at = row >= 0
+                          ? RowPoint(main, row)
+                          : QPoint(list->viewport()->width() / 2, list->viewport()->height() - 4);
+    QTest::mousePress(list->viewport(), Qt::RightButton, {}, at);
+    QTest::mouseRelease(list->viewport(), Qt::RightButton, {}, at);
+    QContextMenuEvent event(QContextMenuEvent::Mouse, at, list->viewport()->mapToGlobal(at));
+    QApplication::sendEvent(list->viewport(), &event);
+    QString shown;
+    for (const char* name : kListMenus) {
+        QMenu* menu = main.PopupMenu(QLatin1String(name));
+        if (!menu || !menu->isVisible()) continue;
+        shown = QLatin1String(name);
+        menu->close();
+    }
+    return shown;
+}
+
+// A left click on the row, and a Ctrl+click on the selected row again,
+// which leaves it unselected.
+void ClickRow(frmMain& main, int row, Qt::KeyboardModifiers modifiers = {}) {
+    QTest::mouseClick(main.List()->DetailsView()->viewport(), Qt::LeftButton, modifiers,
+                      RowPoint(main, row));
+}
+
+int RowOf(frmMain& main, const QString& text) {
+    return main.ListRows()->FindText(text);
+}
+
+bool Enabled(frmMain& main, const char* entry) {
+    return main.MenuEntry(QLatin1String(entry))->isEnabled();
+}
+
+// A mark on the current tree node that a rebuild of the tree does not keep.
+void MarkTree(frmMain& main) {
+    main.Tree()->currentItem()->setData(0, kMarkRole, true);
+}
+bool Refreshed(frmMain& main) {
+    return !main.Tree()->currentItem()->data(0, kMarkRole).toBool();
+}
+
+QSet<QString> ExpandedKeys(QTreeWidget* tree) {
+    QSet<QString> keys;
+    for (QTreeWidgetItemIterator it(tree); *it; ++it)
+        if ((*it)->isExpanded()) keys.insert(ExplorerFixture::Key(*it));
+    return keys;
+}
+
+QString SelectedRowText(frmMain& main) {
+    QItemSelectionModel* rows = main.List()->SelectionModel();
+    const QModelIndex current = rows->currentIndex();
+    return current.isValid() && rows->isRowSelected(current.row())
+               ? main.ListRows()->Row(current.row()).cells.value(0)
+               : QString();
+}
+
+}  // namespace
+
+class TestStartStop : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void MenuFollowsTheRowKindAndNoRowGivesPopup1();
+    void StartAndStopEnabledPerKind();
+    void TerminateOnlyOnYesThenRefreshKeepingTheView();
+    void ProcessAndServerCommands();
+
+private:
+    std::unique_ptr<ExplorerFixture> fx_;
+    std::unique_ptr<frmMain> OpenMain();
+};
+
+void TestStartStop::init() {
+    fx_ = std::make_unique<ExplorerFixture>();
+}
+
+void TestStartStop::cleanup() {
+    std::unique_ptr<ConsoleFixture> fixture = std::move(fx_);
+    QCOMPARE(ConsoleFixture::Close(fixture), 0);
+}
+
+std::unique_ptr<frmMain> TestStartStop::OpenMain() {
+    auto main = fx_->OpenMain();
+    // Room below the rows of every list used here, for clicks on no row.
+    main->resize(1000, 900);
+    return main;
+}
+
+void TestStartStop::MenuFollowsTheRowKindAndNoRowGivesPopup1() {
+    fx_->StartDemo();
+    auto main = OpenMain();
+    const struct {
+        const char* node;
+        const char* menu;
+    } cases[] = {
+        {"Servers", "mnuPopupServer"},
+        {"fxmasterProcesses", "mnuPopupProcess"},
+        {"fxmasterDevices", "mnuPopupDevice"},
+        {"fxmasterEvents", "mnuPopup2"},
+        {"Groups", "mnuPopup3"},
+        {"fxsalesUsers", "mnuPopup3"},
+        {"LCR", "mnuZonePopup"},
+    };
+    for (const auto& c : cases) {
+        QVERIFY2(ExplorerFixture::Click(*main, QLatin1String(c.node)), c.node);
+        QVERIFY2(main->ListRows()->rowCount() > 0, c.node);
+        QCOMPARE(RightClick(*main, 0), QLatin1String(c.menu));
+        QCOMPARE(main->ActiveControl(), QStringLiteral("ListView"));
+        // The row deselected: whatever the node, the menu of no object.
+        ClickRow(*main, 0, Qt::ControlModifier);
+        QCOMPARE(SelectedRowText(*main), QString());
+        QCOMPARE(RightClick(*main, -1), QStringLiteral("mnuPopup1"));
+    }
+    QCOMPARE(fx_->prompter.BeepCount(), 0);
+    QVERIFY(fx_->prompter.Prompts().isEmpty());
+}
+
+void TestStartStop::StartAndStopEnabledPerKind() {
+    fx_->StartDemo();
+    auto& store = fx_->Store();
+    std::vector<pb::Process> procs = store.ListProcesses("fxmaster");
+    procs[2].set_exit_status(0);  // terminated
+    procs[3].set_run_state(-1);   // failed with an exit code
+    procs[3].set_exit_status(5);
+    for (int slot : {2, 3}) store.PutProcess("fxmaster", procs[size_t(slot)]);
+    auto main = OpenMain();
+    ExplorerFixture::Click(*main, QStringLiteral("fxmasterProcesses"));
+
+    const auto processEntries = [&](int row) {
+        RightClick(*main, row);
+        return std::pair(Enabled(*main, "mnuPopupProcessStart"),
+                         Enabled(*main, "mnuPopupProcessStop"));
+    };
+    QCOMPARE(processEntries(RowOf(*main, "1")), std::pair(false, true));
+    QCOMPARE(processEntries(RowOf(*main, "2")), std::pair(true, false));
+    QCOMPARE(processEntries(RowOf(*main, "3")), std::pair(true, false));
+    // The state is asked of the server when the menu opens, not read from a
+    // list that may be old by then.
+    procs[1].set_exit_status(0);
+    store.PutProcess("fxmaster", procs[1]);
+    QCOMPARE(processEntries(RowOf(*main, "1")), std::pair(true, false));
+
+    // Servers and devices: both entries whatever their state (fxbackup is
+    // down, fxmaster runs).
+    ExplorerFixture::Click(*main, QStringLiteral("Servers"));
+    for (const char* server : {"fxbackup", "fxmaster"}) {
+        QCOMPARE(RightClick(*main, RowOf(*main, server)), QStringLiteral("mnuPopupServer"));
+        QVERIFY(Enabled(*main, "mnuPopupServerStart") && Enabled(*main, "mnuPopupServerStop"));
+    }
+    ExplorerFixture::Click(*main, QStringLiteral("fxbackupDevices"));
+    QCOMPARE(RightClick(*main, 0), QStringLiteral("mnuPopupDevice"));
+    QVERIFY(Enabled(*main, "mnuPopupDeviceStart") && Enabled(*main, "mnuPopupDeviceStop") &&
+            Enabled(*main, "mnuPopupDeviceTerminate"));
+    QVERIFY(fx_->prompter.Prompts().isEmpty());
+}
+
+void TestStartStop::TerminateOnlyOnYesThenRefreshKeepingTheView() {
+    fx_->StartDemo(true);
+    auto& store = fx_->Store();
+    auto main = OpenMain();
+    main->FindNode(QStringLiteral("LCR"))->setExpanded(true);
+    ExplorerFixture::Click(*main, QStringLiteral("fxline01Devices"));
+    const int row = main->ListRows()->rowCount() - 1;
+    QVERIFY(row > 0);
+    const QString device = main->ListRows()->Row(row).cells.value(0);
+    const auto state = [&] {
+        for (const pb::Device& d : store.ListDevices("fxline01"))
+            if (QString::fromStdString(d.name()) == device) return d.state();
+        return pb::DeviceRunState(-1);
+    };
+    const pb::DeviceRunState before = state();
+    const int64_t events = store.EventCount("fxline01");
+    QCOMPARE(RightClick(*main, row), QStringLiteral("mnuPopupDevice"));
+    const QSet<QString> expanded = ExpandedKeys(main->Tree());
+    MarkTree(*main);
+
+    // No: the device untouched, nothing logged, nothing refreshed.
+    fx_->prompter.Answer(Answer::No);
+    main->MenuEntry(QStringLiteral("mnuPopupDeviceTerminate"))->trigger();
+    const Prompt& asked = fx_->prompter.LastPrompt();
+    QCOMPARE(asked.text, GetLabel(QStringLiteral("WANT_TERMINATE_DEVICE")));
+    QCOMPARE(asked.buttons, PromptButtons::YesNo);
+    QCOMPARE(asked.icon, PromptIcon::None);
+    QCOMPARE(asked.title, QString());
+    QCOMPARE(state(), before);
+    QCOMPARE(store.EventCount("fxline01"), events);
+    QVERIFY(!Refreshed(*main));
+
+    // Yes: terminated and logged; the explorer rebuilt with the same nodes
+    // open, the same node and the same row selected.
+    fx_->prompter.Answer(Answer::Yes);
+    main->MenuEntry(QStringLiteral("mnuPopupDeviceTerminate"))->trigger();
+    QCOMPARE(state(), pb::DEVICE_TERMINATED);
+    QCOMPARE(store.EventCount("fxline01"), events + 1);
+    QVERIFY(Refreshed(*main));
+    QCOMPARE(ExplorerFixture::Key(main->Tree()->currentItem()), QStringLiteral("fxline01Devices"));
+    QCOMPARE(ExpandedKeys(main->Tree()), expanded);
+    QCOMPARE(SelectedRowText(*main), device);
+
+    // A server that does not answer: the failure is shown, no refresh follows.
+    MarkTree(*main);
+    fx_->server->Shutdown();
+    fx_->prompter.Answer({Answer::Yes, Answer::Cancel});
+    main->MenuEntry(QStringLiteral("mnuPopupDeviceStop"))->trigger();
+    QCOMPARE(fx_->prompter.LastPrompt().icon, PromptIcon::Critical);
+    QVERIFY(!Refreshed(*main));
+    QCOMPARE(SelectedRowText(*main), device);
+}
+
+void TestStartStop::ProcessAndServerCommands() {
+    fx_->StartDemo();
+    auto& store = fx_->Store();
+    auto main = OpenMain();
+    ExplorerFixture::Click(*main, QStringLiteral("fxmasterProcesses"));
+    const auto slot1 = [&] { return store.ListProcesses("fxmaster")[1]; };
+    QCOMPARE(slot1().exit_status(), -1);
+    QCOMPARE(RightClick(*main, RowOf(*main, "1")), QStringLiteral("mnuPopupProcess"));
+    MarkTree(*main);
+
+    // Stop: asked, done on slot 1 itself, shown at once.
+    fx_->prompter.Answer(Answer::Yes);
+    main->MenuEntry(QStringLiteral("mnuPopupProcessStop"))->trigger();
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("WANT_STOP_PROCESS")));
+    QCOMPARE(slot1().exit_status(), 0);
+    QCOMPARE(store.ListProcesses("fxmaster")[2].exit_status(), -1);
+    QVERIFY(Refreshed(*main));
+    QCOMPARE(SelectedRowText(*main), QStringLiteral("1"));
+    const ListModel* rows = main->ListRows();
+    QCOMPARE(rows->Row(RowOf(*main, "1")).cells.value(4),
+             GetLabel(QStringLiteral("ProcessTerminated")));
+    // Start: asks nothing, and the explorer is left as it is.
+    QCOMPARE(RightClick(*main, RowOf(*main, "1")), QStringLiteral("mnuPopupProcess"));
+    MarkTree(*main);
+    const int prompts = fx_->prompter.Prompts().size();
+    main->MenuEntry(QStringLiteral("mnuPopupProcessStart"))->trigger();
+    QCOMPARE(fx_->prompter.Prompts().size(), prompts);
+    QCOMPARE(slot1().run_state(), 0);  // starting
+    QVERIFY(!Refreshed(*main));
+    QCOMPARE(rows->Row(RowOf(*main, "1")).cells.value(4),
+             GetLabel(QStringLiteral("ProcessTerminated")));
+
+    // A server: No leaves it running, Yes stops it, a start asks nothing.
+    ExplorerFixture::Click(*main, QStringLiteral("Servers"));
+    QCOMPARE(RightClick(*main, RowOf(*main, "fxsales")), QStringLiteral("mnuPopupServer"));
+    fx_->prompter.Answer({Answer::No, Answer::Yes});
+    main->MenuEntry(QStringLiteral("mnuPopupServerStop"))->trigger();
+    QVERIFY(store.GetServer("fxsales").online());
+    main->MenuEntry(QStringLiteral("mnuPopupServerStop"))->trigger();
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("WANT_STOP_SERVER")));
+    QVERIFY(!store.GetServer("fxsales").online());
+    QCOMPARE(SelectedRowText(*main), QStringLiteral("fxsales"));
+    main->MenuEntry(QStringLiteral("mnuPopupServerStart"))->trigger();
+    QVERIFY(store.GetServer("fxsales").online());
+    QCOMPARE(fx_->prompter.Prompts().size(), prompts + 2);
+
+    // With no row selected the commands only beep.
+    ClickRow(*main, RowOf(*main, "fxsales"), Qt::ControlModifier);
+    main->MenuEntry(QStringLiteral("mnuPopupServerStop"))->trigger();
+    main->MenuEntry(QStringLiteral("mnuPopupServerStart"))->trigger();
+    QCOMPARE(fx_->prompter.BeepCount(), 2);
+    QCOMPARE(fx_->prompter.Prompts().size(), prompts + 2);
+}
+
+QTEST_MAIN(TestStartStop)
+#include "tst_startstop.moc"
