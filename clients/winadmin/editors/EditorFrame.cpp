@@ -2,10 +2,10 @@
 
 #include <QAbstractButton>
 #include <QComboBox>
-#include <QPushButton>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QTimer>
 
@@ -36,6 +36,14 @@ EditorFrame::EditorFrame(QWidget* parent) : QDialog(parent), timStartUp_(new QTi
 void EditorFrame::SetUpFrame(const Controls& controls, const Messages& messages) {
     controls_ = controls;
     messages_ = messages;
+    auto named = [this](auto* given, const char* name) {
+        using Control = std::remove_pointer_t<decltype(given)>;
+        return given ? given : findChild<Control*>(QLatin1String(name));
+    };
+    controls_.details = named(controls.details, "tabDetails");
+    controls_.ok = named(controls.ok, "cmdOK");
+    controls_.cancel = named(controls.cancel, "cmdCancel");
+    controls_.remove = named(controls.remove, "cmdDelete");
     if (controls_.keyField) {
         InstallKeyFilter(controls_.keyField, controls_.keyFilter, controls_.keyMaxLength);
         // Installed after the key filter so that it sees Enter first.

@@ -59,17 +59,19 @@ public:
     void reject() override;
 
 protected:
-    // What the frame needs to know of the editor's form.
+    // What the frame needs to know of the editor's form. The details page
+    // and the buttons are found by their names (tabDetails, cmdOK, cmdCancel,
+    // cmdDelete) unless given.
     struct Controls {
         QLineEdit* keyField = nullptr;
-        QLabel* keyLabel = nullptr;  // its caption names the field in messages
+        QLabel* keyLabel = nullptr;      // its caption names the field in messages
+        QWidget* firstDetail = nullptr;  // focused when the details open
+        int keyFilter = 5;               // key filter kind of the key field
+        int keyMaxLength = 0;
         QTabWidget* details = nullptr;
-        QWidget* firstDetail = nullptr;  // focused when details open
         QAbstractButton* ok = nullptr;
         QAbstractButton* cancel = nullptr;
         QAbstractButton* remove = nullptr;  // the dialog's Delete, optional
-        int keyFilter = 5;                  // key filter kind of the key field
-        int keyMaxLength = 0;
     };
     // The request pair that opens an existing object ("HostName") and the
     // messages of a missing and of a taken key ("ServerNotExist", "ServerExist").

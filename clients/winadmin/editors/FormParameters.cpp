@@ -29,7 +29,8 @@ FormParameter FirstFormParameter() {
 
 void AnswerRefresh(bool saved) {
     // The answer is the editor's Saved flag written as a whole number.
-    SetFormParameters({{QStringLiteral("Refresh"), saved ? QStringLiteral("-1") : QStringLiteral("0")}});
+    SetFormParameters(
+        {{QStringLiteral("Refresh"), saved ? QStringLiteral("-1") : QStringLiteral("0")}});
 }
 
 bool AnsweredRefresh() {

@@ -8,33 +8,16 @@
 
 namespace winadmin {
 
-namespace {
-
-QString Text(const std::string& value) {
-    return QString::fromStdString(value);
-}
-
-std::string Utf8(const QString& text) {
-    return text.trimmed().toStdString();
-}
-
-}  // namespace
-
 frmGatewayUser::frmGatewayUser(QWidget* parent)
     : EditorFrame(parent), ui(std::make_unique<Ui::frmGatewayUser>()) {
     ui->setupUi(this);
-    Controls controls;
-    controls.keyField = ui->edtMailAddress;
-    controls.keyLabel = ui->lblMailAddress;
-    controls.details = ui->tabDetails;
-    controls.firstDetail = ui->edtExtension;
-    controls.ok = ui->cmdOK;
-    controls.cancel = ui->cmdCancel;
-    controls.remove = ui->cmdDelete;
-    controls.keyFilter = kKeyNoParentheses;
-    controls.keyMaxLength = kMailAddressLength;
-    SetUpFrame(controls, {QStringLiteral("GatewayUser"), QStringLiteral("GtwUsrNotExist"),
-                          QStringLiteral("GtwUsrExist")});
+    SetUpFrame({.keyField = ui->edtMailAddress,
+                .keyLabel = ui->lblMailAddress,
+                .firstDetail = ui->edtExtension,
+                .keyFilter = kKeyNoParentheses,
+                .keyMaxLength = kMailAddressLength},
+               {QStringLiteral("GatewayUser"), QStringLiteral("GtwUsrNotExist"),
+                QStringLiteral("GtwUsrExist")});
     InstallKeyFilter(ui->edtExtension, kKeyAnyText, kExtensionLength);
     WatchFields({ui->edtMailAddress, ui->edtExtension});
 }
@@ -59,8 +42,8 @@ void frmGatewayUser::LoadFields() {
 
 bool frmGatewayUser::WriteFields() {
     user_.set_gateway(gateway_.toStdString());
-    user_.set_mail_address(Utf8(ui->edtMailAddress->text()));
-    user_.set_extension(Utf8(ui->edtExtension->text()));
+    user_.set_mail_address(FieldValue(ui->edtMailAddress->text()));
+    user_.set_extension(FieldValue(ui->edtExtension->text()));
     return true;
 }
 

@@ -17,14 +17,6 @@ namespace {
 
 const QString kUser = QStringLiteral("User");
 
-QString Text(const std::string& value) {
-    return QString::fromStdString(value);
-}
-
-std::string Utf8(const QString& text) {
-    return text.trimmed().toStdString();
-}
-
 ListRow UserRow(const QString& user, const QString& comment, const QString& host) {
     ListRow row;
     row.cells = QStringList{user, comment};
@@ -49,18 +41,13 @@ frmGroupDetails::frmGroupDetails(QWidget* parent)
       srvUsers_(new ListModel(this)),
       members_(new ListModel(this)) {
     ui->setupUi(this);
-    Controls controls;
-    controls.keyField = ui->edtGroupName;
-    controls.keyLabel = ui->lblGroupName;
-    controls.details = ui->tabDetails;
-    controls.firstDetail = ui->edtComment;
-    controls.ok = ui->cmdOK;
-    controls.cancel = ui->cmdCancel;
-    controls.remove = ui->cmdDelete;
-    controls.keyFilter = kKeyNoParentheses;
-    controls.keyMaxLength = kGroupNameLength;
-    SetUpFrame(controls, {QStringLiteral("GroupName"), QStringLiteral("GroupNotExist"),
-                          QStringLiteral("GroupExist")});
+    SetUpFrame({.keyField = ui->edtGroupName,
+                .keyLabel = ui->lblGroupName,
+                .firstDetail = ui->edtComment,
+                .keyFilter = kKeyNoParentheses,
+                .keyMaxLength = kGroupNameLength},
+               {QStringLiteral("GroupName"), QStringLiteral("GroupNotExist"),
+                QStringLiteral("GroupExist")});
     InstallKeyFilter(ui->edtComment, kKeyAnyText, kCommentLength);
     WatchFields({ui->edtComment});
 
@@ -151,8 +138,8 @@ void frmGroupDetails::LoadFields() {
 }
 
 bool frmGroupDetails::WriteFields() {
-    group_.set_name(Utf8(ui->edtGroupName->text()));
-    group_.set_comment(Utf8(ui->edtComment->text()));
+    group_.set_name(FieldValue(ui->edtGroupName->text()));
+    group_.set_comment(FieldValue(ui->edtComment->text()));
     group_.clear_members();
     for (int i = 0; i < members_->rowCount(); ++i) {
         const ListRow& row = members_->Row(i);

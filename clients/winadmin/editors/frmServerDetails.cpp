@@ -18,31 +18,18 @@ ServerSession& Session() {
     return *TheSession();
 }
 
-QString Text(const std::string& value) {
-    return QString::fromStdString(value);
-}
-
-std::string Utf8(const QString& text) {
-    return text.trimmed().toStdString();
-}
-
 }  // namespace
 
 frmServerDetails::frmServerDetails(QWidget* parent)
     : EditorFrame(parent), ui(std::make_unique<Ui::frmServerDetails>()) {
     ui->setupUi(this);
-    Controls controls;
-    controls.keyField = ui->edtHostName;
-    controls.keyLabel = ui->lblHostName;
-    controls.details = ui->tabDetails;
-    controls.firstDetail = ui->edtComment;
-    controls.ok = ui->cmdOK;
-    controls.cancel = ui->cmdCancel;
-    controls.remove = ui->cmdDelete;
-    controls.keyFilter = kKeyNoParentheses;
-    controls.keyMaxLength = kHostNameLength;
-    SetUpFrame(controls, {QStringLiteral("HostName"), QStringLiteral("ServerNotExist"),
-                          QStringLiteral("ServerExist")});
+    SetUpFrame({.keyField = ui->edtHostName,
+                .keyLabel = ui->lblHostName,
+                .firstDetail = ui->edtComment,
+                .keyFilter = kKeyNoParentheses,
+                .keyMaxLength = kHostNameLength},
+               {QStringLiteral("HostName"), QStringLiteral("ServerNotExist"),
+                QStringLiteral("ServerExist")});
     InstallKeyFilter(ui->edtComment, kKeyAnyText, kCommentLength);
     InstallKeyFilter(ui->edtDispatchCount, kKeyDigits, 5);
     InstallKeyFilter(ui->edtDebugLevel, kKeyDigits, 2);
@@ -74,8 +61,8 @@ void frmServerDetails::ClearFields() {
                            ui->chkSerializeSameNumber, ui->chkDispatchOff})
         box->setChecked(false);
     ui->cboNetType->setCurrentIndex(-1);
-    for (QLineEdit* field : {ui->edtComment, ui->edtOnline, ui->edtDispatchCount,
-                             ui->edtDebugLevel, ui->edtCompatibility})
+    for (QLineEdit* field : {ui->edtComment, ui->edtOnline, ui->edtDispatchCount, ui->edtDebugLevel,
+                             ui->edtCompatibility})
         field->clear();
 }
 
@@ -95,12 +82,12 @@ void frmServerDetails::LoadFields() {
 }
 
 bool frmServerDetails::WriteFields() {
-    server_.set_name(Utf8(ui->edtHostName->text()));
-    server_.set_comment(Utf8(ui->edtComment->text()));
+    server_.set_name(FieldValue(ui->edtHostName->text()));
+    server_.set_comment(FieldValue(ui->edtComment->text()));
     server_.set_user_server(ui->chkUserServer->isChecked());
     server_.set_printer_server(ui->chkPrinterServer->isChecked());
     server_.set_device_server(ui->chkDeviceServer->isChecked());
-    server_.set_net_type(Utf8(ui->cboNetType->currentData().toString()));
+    server_.set_net_type(FieldValue(ui->cboNetType->currentData().toString()));
     server_.set_serialize_same_number(ui->chkSerializeSameNumber->isChecked());
     server_.set_dispatch_off(ui->chkDispatchOff->isChecked());
     // A remote server skips the range checks, so its disabled fields may hold
@@ -113,7 +100,7 @@ bool frmServerDetails::WriteFields() {
     if (const int level = ui->edtDebugLevel->text().trimmed().toInt(&ok);
         ok && level >= 0 && level <= 10)
         server_.set_debug_level(level);
-    server_.set_compatibility(Utf8(ui->edtCompatibility->text()));
+    server_.set_compatibility(FieldValue(ui->edtCompatibility->text()));
     return true;
 }
 

@@ -2,6 +2,9 @@
 // The records that the console shows and edits are the administration
 // protocol's own messages; these names say what they are in the console's terms.
 
+#include <QString>
+#include <string>
+
 #include "admin.pb.h"
 
 namespace winadmin {
@@ -36,5 +39,14 @@ struct IndexedCommit {
     int64_t version = 0;
     int index = 0;
 };
+
+// Record fields hold UTF-8; the console's texts are QStrings.
+inline QString Text(const std::string& value) {
+    return QString::fromStdString(value);
+}
+// What a field's text is stored as: trimmed, as the checks saw it.
+inline std::string FieldValue(const QString& text) {
+    return text.trimmed().toStdString();
+}
 
 }  // namespace winadmin

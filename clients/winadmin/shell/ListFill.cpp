@@ -123,10 +123,6 @@ const ColumnSet* ColumnSetOf(const QString& kind) {
     return nullptr;
 }
 
-QString Text(const std::string& text) {
-    return QString::fromStdString(text);
-}
-
 // The server of a server's branch node is its key without the branch word.
 QString ServerOf(const QString& key, const NodeScope& scope, QLatin1String branch) {
     if (!scope.server.isEmpty()) return scope.server;

@@ -12,10 +12,6 @@ namespace winadmin {
 
 namespace {
 
-QString Text(const std::string& text) {
-    return QString::fromStdString(text);
-}
-
 QString NoneText() {
     return GetLabel(QStringLiteral("(None)"));
 }

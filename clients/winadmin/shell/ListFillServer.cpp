@@ -19,10 +19,6 @@ namespace {
 // move, seldom enough that the status bar costs nothing.
 constexpr int kProgressStep = 500;
 
-QString Text(const std::string& text) {
-    return QString::fromStdString(text);
-}
-
 ListRow MakeRow(QStringList cells, const QString& iconKey, const QString& server) {
     ListRow row;
     row.cells = std::move(cells);
