@@ -18,6 +18,7 @@
 #include "common/Prompter.h"
 #include "common/Settings.h"
 #include "common/UpDown.h"
+#include "editors/FormParameters.h"
 #include "session/CallSession.h"
 #include "session/ServerSession.h"
 #include "shell/ColumnWidths.h"
@@ -241,6 +242,15 @@ void MonitorWindow::closeEvent(QCloseEvent* event) {
         // opening starts with.
     }
     event->accept();
+}
+
+void ShowViewerFor(MonitorWindow* viewer) {
+    const QString host = FormParameterValue(QStringLiteral("HostName"));
+    AnswerRefresh(false);
+    viewer->show();
+    viewer->raise();
+    viewer->activateWindow();
+    viewer->Open(host);
 }
 
 }  // namespace winadmin

@@ -11,6 +11,7 @@
 // nothing, and the timer is off while the fill runs, so a server that stops
 // answering costs one error box per period, never a pile of them.
 
+#include <QPointer>
 #include <QString>
 #include <QWidget>
 #include <vector>
@@ -109,5 +110,16 @@ private:
     bool open_ = false;
     bool closed_ = false;
 };
+
+// Shows the one viewer of its kind for the server named by "HostName" in the
+// form-parameter list, making the window on first use and switching it to
+// that server later. Nothing is saved by a viewer, so the answer left for the
+// explorer asks for no refresh.
+void ShowViewerFor(MonitorWindow* viewer);
+template <class Viewer>
+void ShowViewer(QPointer<Viewer>& viewer, QWidget* parent) {
+    if (!viewer) viewer = new Viewer(parent);
+    ShowViewerFor(viewer);
+}
 
 }  // namespace winadmin

@@ -8,7 +8,6 @@
 
 #include "common/CodeTables.h"
 #include "common/Labels.h"
-#include "editors/FormParameters.h"
 #include "session/ServerSession.h"
 #include "shell/ListFill.h"
 #include "shell/ListFillKinds.h"
@@ -104,16 +103,7 @@ void frmEvents::SaveSettings() {
 
 void OpenEventViewer(QWidget* parent) {
     static QPointer<frmEvents> viewer;
-    const QString host = FormParameterValue(QStringLiteral("HostName"));
-    // Nothing is saved by a viewer; the explorer need not refresh.
-    AnswerRefresh(false);
-    if (!viewer) {
-        viewer = new frmEvents(parent);
-        viewer->show();
-    }
-    viewer->raise();
-    viewer->activateWindow();
-    viewer->Open(host);
+    ShowViewer(viewer, parent);
 }
 
 }  // namespace winadmin

@@ -3,7 +3,6 @@
 #include <QPointer>
 
 #include "common/Labels.h"
-#include "editors/FormParameters.h"
 #include "session/ServerSession.h"
 #include "shell/ListFillKinds.h"
 #include "ui_frmProcesses.h"
@@ -36,16 +35,7 @@ QString frmProcesses::RowIdentity(const ListRow& row) const {
 
 void OpenProcessViewer(QWidget* parent) {
     static QPointer<frmProcesses> viewer;
-    const QString host = FormParameterValue(QStringLiteral("HostName"));
-    // Nothing is saved by a viewer; the explorer need not refresh.
-    AnswerRefresh(false);
-    if (!viewer) {
-        viewer = new frmProcesses(parent);
-        viewer->show();
-    }
-    viewer->raise();
-    viewer->activateWindow();
-    viewer->Open(host);
+    ShowViewer(viewer, parent);
 }
 
 }  // namespace winadmin
