@@ -11,9 +11,11 @@
 
 #include "editors/FormParameters.h"
 #include "editors/frmServerDetails.h"
+#include "session/ServerSession.h"
 #include "shell/ExplorerListView.h"
 #include "session/Records.h"
 #include "shell/ListModel.h"
+#include "shell/ObjectCommands.h"
 #include "shell/frmMain.h"
 #include "store/Store.h"
 #include "support/ExplorerFixture.h"
@@ -48,6 +50,7 @@ private slots:
     void init();
     void cleanup();
 
+    void DeleteReachesEveryKind();
     void DeleteAsksWithNameInQuotes();
     void DeleteRateByIndexFromKey();
     void PropertiesOpensEditorAndRefreshKeepsSelection();
@@ -67,6 +70,39 @@ void TestObjectCommands::init() {
 void TestObjectCommands::cleanup() {
     std::unique_ptr<ConsoleFixture> fixture = std::move(fixture_);
     QCOMPARE(ConsoleFixture::Close(fixture), 0);
+}
+
+void TestObjectCommands::DeleteReachesEveryKind() {
+    auto& store = Store();
+    const std::string device = store.ListDevices("fxline01").front().name();
+    const std::string firstZone = store.ListZones().first();
+    const size_t destinations = store.ListDestinations("Germany national").size();
+    struct Case {
+        ObjectAddress object;
+        std::function<bool()> gone;
+    };
+    const Case cases[] = {
+        {{"Route", "acc-in"}, [&] { return store.GetRoute("acc-in").is_new(); }},
+        {{"NumberMapping", "00"}, [&] { return store.GetNumberMapping("00").is_new(); }},
+        {{"GatewayUser", "jmueller@example.com", {}, "smtp.example.com"},
+         [&] { return store.GetGatewayUser("smtp.example.com", "jmueller@example.com").is_new(); }},
+        {{"User", "jmueller", "fxmaster"}, [&] { return store.GetUser("fxmaster", "jmueller").is_new(); }},
+        {{"Printer", "lj-acc", "fxmaster"}, [&] { return store.GetPrinter("fxmaster", "lj-acc").is_new(); }},
+        {{"Device", QString::fromStdString(device), "fxline01"},
+         [&] { return store.GetDevice("fxline01", device).is_new(); }},
+        // Zones, rates and destinations by their place in the list.
+        {{"Destination", "1", {}, {}, 2},
+         [&] { return store.ListDestinations("Germany national").size() == destinations - 1; }},
+        {{"Zone", "1"}, [&] { return store.GetZone(firstZone).is_new(); }},
+        {{"Server", "fxbackup"}, [&] { return store.GetServer("fxbackup").is_new(); }},
+    };
+    for (const Case& each : cases) {
+        const QByteArray what = (each.object.kind + ' ' + each.object.name).toUtf8();
+        QVERIFY2(!each.gone(), what);
+        QVERIFY2(DeleteExplorerObject(*TheSession(), each.object), what);
+        QVERIFY2(each.gone(), what);
+    }
+    QVERIFY(!DeleteExplorerObject(*TheSession(), {"Processes", "fxmaster"}));
 }
 
 void TestObjectCommands::DeleteAsksWithNameInQuotes() {
