@@ -108,16 +108,9 @@ void EditorFrame::WatchFields(std::initializer_list<QWidget*> fields) {
     }
 }
 
-bool EditorFrame::Call(const std::function<void()>& call) {
-    return CallSession(call);
-}
-
 void EditorFrame::SetEditorState(EditorState state) {
     state_ = state;
     QLineEdit* key = controls_.keyField;
-    auto focusKey = [&] {
-        if (key) CTRLSetFocus(key);
-    };
     switch (state) {
         case EditorState::Empty:
             loading_ = false;
@@ -125,7 +118,7 @@ void EditorFrame::SetEditorState(EditorState state) {
             if (!keepKey_ && key) {
                 Loading([&] { key->clear(); });
                 SetFieldLocked(key, false);
-                focusKey();
+                CTRLSetFocus(key);
             }
             Loading([&] { ClearFields(); });
             DisableContainer(controls_.details);
@@ -150,7 +143,7 @@ void EditorFrame::SetEditorState(EditorState state) {
                 Loading([&] { ClearFields(); });
             }
             SetFieldLocked(key, false);
-            focusKey();
+            CTRLSetFocus(key);
             DisableContainer(controls_.details);
             break;
         case EditorState::NewObject:
@@ -189,7 +182,7 @@ bool EditorFrame::FindExisting() {
     BusyPointer busy;
     const QString key = Key();
     bool isNew = false;
-    if (!Call([&] { isNew = FetchObject(key); })) return false;
+    if (!CallSession([&] { isNew = FetchObject(key); })) return false;
     if (state_ != EditorState::NewKey && isNew) {
         Prompt prompt;
         prompt.text = GetLabel(messages_.notExist);
@@ -208,9 +201,11 @@ bool EditorFrame::AcceptNewKey() {
     if (IsFieldEmpty(controls_.keyField, FieldEmptyMessage(caption))) return false;
     bool isNew = false;
     const QString key = Key();
-    if (!Call([&] { isNew = FetchObject(key); })) return false;
+    if (!CallSession([&] { isNew = FetchObject(key); })) return false;
     if (isNew) {
-        Loading([&] { LoadFields(); });
+        // Enter again in the (locked) key of a new object must not put the
+        // defaults back over what the administrator filled in.
+        if (state_ != EditorState::NewObject) Loading([&] { LoadFields(); });
         SetEditorState(EditorState::NewObject);
         return true;
     }
@@ -240,7 +235,7 @@ bool EditorFrame::ApplyAction(int action) {
     if (action == Insert || action == Update) {
         if (!WriteFields()) return false;
     }
-    if (!Call([&] { CommitObject(action); })) return false;
+    if (!CallSession([&] { CommitObject(action); })) return false;
     saved_ = -1;
     return true;
 }

@@ -128,7 +128,6 @@ private:
     void StartUp();
     void Unload(int result);
     void TranslateTabs();
-    bool Call(const std::function<void()>& call);
 
     Controls controls_;
     Messages messages_;
