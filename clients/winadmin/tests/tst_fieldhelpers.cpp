@@ -4,7 +4,6 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QClipboard>
 #include <QComboBox>
 #include <QDialog>
 #include <QLabel>
@@ -39,10 +38,6 @@ struct Form {
         ShowActive(dialog);
     }
     void Type(const QString& text) { QTest::keyClicks(field, text); }
-    void Paste(const QString& text) {
-        QApplication::clipboard()->setText(text);
-        QTest::keyClick(field, Qt::Key_V, Qt::ControlModifier);
-    }
     QDialog dialog;
     QLineEdit* field = new QLineEdit;
     QComboBox* combo = new QComboBox;
@@ -125,9 +120,9 @@ void TestFieldHelpers::LengthLimitUnlessSelected() {
 void TestFieldHelpers::PasteAndDropHeldToTheFilter() {
     Form form;
     InstallKeyFilter(form.field, kKeyNoParentheses, 10);
-    form.Paste(QStringLiteral("Name (user@host)"));
+    Paste(form.field, QStringLiteral("Name (user@host)"));
     QCOMPARE(form.field->text(), QString());
-    form.Paste(QStringLiteral("a-much-longer-text"));
+    Paste(form.field, QStringLiteral("a-much-longer-text"));
     QCOMPARE(form.field->text(), QStringLiteral("a-much-lon"));
     // A drop inserts through the same checks.
     form.field->clear();
@@ -229,17 +224,17 @@ void TestFieldHelpers::ComboItemData() {
 void TestFieldHelpers::ReferenceFormats() {
     QCOMPARE(FormatRange(1, 99), QStringLiteral("1..99"));
     QCOMPARE(FormatUserAtHost({}, {}), QStringLiteral("(None)"));
-    QCOMPARE(FormatUserAtHost(QStringLiteral("ann"), QStringLiteral("fx")), QStringLiteral("ann@fx"));
-    const QString ref = FormatUserRef(QStringLiteral("Ann Lee"), QStringLiteral("ann"), QStringLiteral("fx"));
+    QCOMPARE(FormatUserAtHost("ann", "fx"), QStringLiteral("ann@fx"));
+    const QString ref = FormatUserRef("Ann Lee", "ann", "fx");
     QCOMPARE(ref, QStringLiteral("Ann Lee (ann@fx)"));
     QCOMPARE(ExtractParenthesized(ref), QStringLiteral("ann@fx"));
-    QCOMPARE(ExtractParenthesized(QStringLiteral("(None)")), QString());
+    QCOMPARE(ExtractParenthesized("(None)"), QString());
     QCOMPARE(ExtractParenthesized(QString()), QString());
-    QCOMPARE(ExtractParenthesized(QStringLiteral("no (closing")), QString());
-    QCOMPARE(FormatNamed(QStringLiteral(" Sales "), QStringLiteral("s@fx ")), QStringLiteral("Sales (s@fx)"));
-    QCOMPARE(FormatNamed({}, QStringLiteral("x")), QStringLiteral("(None)"));
-    QCOMPARE(AppendParenthesized(QStringLiteral("a"), QStringLiteral("  ")), QStringLiteral("a"));
-    QCOMPARE(CutAtNul(QStringLiteral("abc") + QChar(0) + QStringLiteral("junk")), QStringLiteral("abc"));
+    QCOMPARE(ExtractParenthesized("no (closing"), QString());
+    QCOMPARE(FormatNamed(" Sales ", "s@fx "), QStringLiteral("Sales (s@fx)"));
+    QCOMPARE(FormatNamed({}, "x"), QStringLiteral("(None)"));
+    QCOMPARE(AppendParenthesized("a", "  "), QStringLiteral("a"));
+    QCOMPARE(CutAtNul(QStringLiteral("abc") + QChar(0) + "junk"), QStringLiteral("abc"));
 }
 
 void TestFieldHelpers::UpDownStepsWithinBounds() {

@@ -1,17 +1,15 @@
 // The gateway user editor, driven through its fields against the demo
 // installation's two mail gateways.
 
-#include <QApplication>
-#include <QClipboard>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
-#include <QTimer>
 
 #include "editors/FormParameters.h"
 #include "editors/frmGatewayUser.h"
 #include "shell/ObjectEditors.h"
 #include "store/Store.h"
+#include "support/EditorDriver.h"
 #include "support/ExplorerFixture.h"
 
 using namespace winadmin;
@@ -29,58 +27,18 @@ FormParameterList OpenRequest(const QString& address, const QString& gateway) {
     return {{QStringLiteral("GatewayUser"), address}, {QStringLiteral("GatewayAddress"), gateway}};
 }
 
-// The dialog shown with a request, after its start-up tick.
-struct GatewayEditor {
-    explicit GatewayEditor(const FormParameterList& request) {
-        SetFormParameters(request);
-        ShowActive(dialog);
-        QTRY_VERIFY(!Child<QTimer>(dialog, "timStartUp")->isActive());
-    }
-    QLineEdit* Field(const char* name) { return Child<QLineEdit>(dialog, name); }
-    void Type(const char* field, const QString& text) {
-        Field(field)->selectAll();
-        QTest::keyClicks(Field(field), text);
-    }
-    void Enter(const char* field) { QTest::keyClick(Field(field), Qt::Key_Return); }
-    void Click(const char* button) {
-        QTest::mouseClick(Child<QPushButton>(dialog, button), Qt::LeftButton);
-    }
-    void Paste(const char* field, const QString& text) {
-        QApplication::clipboard()->setText(text);
-        QTest::keyClick(Field(field), Qt::Key_V, Qt::ControlModifier);
-    }
-    QString Answer() const { return FormParameterValue(QStringLiteral("Refresh")); }
-
-    frmGatewayUser dialog;
-};
+using GatewayEditor = ShownEditor<frmGatewayUser>;
 
 }  // namespace
 
-class TestGatewayUser : public QObject {
+class TestGatewayUser : public ExplorerSuite {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void AddressTakesNoParenthesesAndEightyCharacters();
     void TakenAddressAsksOnlyInItsOwnGateway();
     void CreateEditDeleteRoundTrip();
-
-private:
-    std::unique_ptr<ExplorerFixture> fixture_;
-    veldrano::server::Store& Store() { return fixture_->Store(); }
 };
-
-void TestGatewayUser::init() {
-    fixture_ = std::make_unique<ExplorerFixture>();
-    fixture_->StartDemo();
-}
-
-void TestGatewayUser::cleanup() {
-    std::unique_ptr<ConsoleFixture> fixture = std::move(fixture_);
-    QCOMPARE(ConsoleFixture::Close(fixture), 0);
-}
 
 void TestGatewayUser::AddressTakesNoParenthesesAndEightyCharacters() {
     GatewayEditor editor(NewRequest(kSmtp));
@@ -94,10 +52,10 @@ void TestGatewayUser::AddressTakesNoParenthesesAndEightyCharacters() {
     // Up to 80 characters by any route; the 81st is refused with a beep.
     const QString eighty = QString(68, QLatin1Char('m')) + QStringLiteral("@example.com");
     editor.Type("edtMailAddress", eighty);
-    const int beeps = fixture_->prompter.BeepCount();
+    const int beeps = fx_->prompter.BeepCount();
     QTest::keyClicks(editor.Field("edtMailAddress"), QStringLiteral("z"));
     QCOMPARE(editor.Field("edtMailAddress")->text(), eighty);
-    QCOMPARE(fixture_->prompter.BeepCount(), beeps + 1);
+    QCOMPARE(fx_->prompter.BeepCount(), beeps + 1);
     editor.Field("edtMailAddress")->clear();
     editor.Paste("edtMailAddress", eighty + QStringLiteral("zz"));
     QCOMPARE(editor.Field("edtMailAddress")->text(), eighty);
@@ -109,15 +67,15 @@ void TestGatewayUser::TakenAddressAsksOnlyInItsOwnGateway() {
         // Another gateway's address is free here.
         GatewayEditor editor(NewRequest(kX400));
         editor.Type("edtMailAddress", address);
-        editor.Enter("edtMailAddress");
+        editor.Key("edtMailAddress", Qt::Key_Return);
         QCOMPARE(editor.dialog.State(), EditorState::NewObject);
         QVERIFY(editor.Field("edtExtension")->text().isEmpty());
     }
     GatewayEditor editor(NewRequest(kSmtp));
     editor.Type("edtMailAddress", address);
-    fixture_->prompter.Answer(Answer::Yes);
-    editor.Enter("edtMailAddress");
-    const Prompt& asked = fixture_->prompter.LastPrompt();
+    fx_->prompter.Answer(Answer::Yes);
+    editor.Key("edtMailAddress", Qt::Key_Return);
+    const Prompt& asked = fx_->prompter.LastPrompt();
     QCOMPARE(
         asked.text,
         QStringLiteral("This gateway user already exists. Do you want to open it for editing?"));
@@ -135,7 +93,7 @@ void TestGatewayUser::CreateEditDeleteRoundTrip() {
     {
         GatewayEditor editor(NewRequest(kX400));
         editor.Type("edtMailAddress", address);
-        editor.Enter("edtMailAddress");
+        editor.Key("edtMailAddress", Qt::Key_Return);
         editor.Type("edtExtension", QStringLiteral("4711"));
         editor.Click("cmdOK");
         QVERIFY(!editor.dialog.isVisible());
@@ -147,10 +105,10 @@ void TestGatewayUser::CreateEditDeleteRoundTrip() {
     WhenShown<frmGatewayUser>([&](frmGatewayUser& editor) {
         QTRY_COMPARE(editor.State(), EditorState::Shown);
         title = editor.windowTitle();
-        QVERIFY(Child<QLineEdit>(editor, "edtMailAddress")->isReadOnly());
-        Child<QLineEdit>(editor, "edtExtension")->selectAll();
-        QTest::keyClicks(Child<QLineEdit>(editor, "edtExtension"), QStringLiteral("4712"));
-        QTest::mouseClick(Child<QPushButton>(editor, "cmdOK"), Qt::LeftButton);
+        EditorDriver shown(editor);
+        QVERIFY(shown.Field("edtMailAddress")->isReadOnly());
+        shown.Type("edtExtension", QStringLiteral("4712"));
+        shown.Click("cmdOK");
     });
     ObjectRequest request;
     request.kind = QStringLiteral("GatewayUser");
@@ -161,9 +119,9 @@ void TestGatewayUser::CreateEditDeleteRoundTrip() {
     QCOMPARE(stored().extension(), std::string("4712"));
     {
         GatewayEditor editor(OpenRequest(address, kX400));
-        fixture_->prompter.Answer(Answer::Yes);
+        fx_->prompter.Answer(Answer::Yes);
         editor.Click("cmdDelete");
-        const Prompt& asked = fixture_->prompter.LastPrompt();
+        const Prompt& asked = fx_->prompter.LastPrompt();
         QVERIFY(asked.text.endsWith(QLatin1Char('\'') + address + QLatin1Char('\'')));
         QCOMPARE(asked.defaultButton, 2);
         QCOMPARE(editor.dialog.State(), EditorState::Empty);
@@ -172,11 +130,10 @@ void TestGatewayUser::CreateEditDeleteRoundTrip() {
         QCOMPARE(editor.Answer(), QStringLiteral("-1"));
     }
     // Gone: opening it again says so and closes.
-    fixture_->prompter.Answer(Answer::OK);
+    fx_->prompter.Answer(Answer::OK);
     GatewayEditor editor(OpenRequest(address, kX400));
     QTRY_VERIFY(!editor.dialog.isVisible());
-    QCOMPARE(fixture_->prompter.LastPrompt().text,
-             QStringLiteral("The gateway user does not exist."));
+    QCOMPARE(fx_->prompter.LastPrompt().text, QStringLiteral("The gateway user does not exist."));
     QCOMPARE(editor.Answer(), QStringLiteral("0"));
     // The other gateway's users were never touched.
     QCOMPARE(Store().ListGatewayUsers(kSmtp.toStdString()).size(), size_t(4));

@@ -6,7 +6,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
-#include <QTimer>
 #include <QTreeView>
 
 #include "common/Labels.h"
@@ -19,6 +18,7 @@
 #include "shell/ObjectEditors.h"
 #include "shell/frmFind.h"
 #include "store/Store.h"
+#include "support/EditorDriver.h"
 #include "support/ExplorerFixture.h"
 
 using namespace winadmin;
@@ -27,46 +27,11 @@ namespace {
 
 const QString kLegal = QStringLiteral("Legal");
 
-// A dialog shown with a request, after its start-up tick.
-template <class Dialog>
-struct Shown {
-    explicit Shown(const FormParameterList& request) {
-        SetFormParameters(request);
-        ShowActive(dialog);
-        QTRY_VERIFY(!Child<QTimer>(dialog, "timStartUp")->isActive());
-    }
-    template <class W = QLineEdit>
-    W* Field(const char* name) {
-        return Child<W>(dialog, name);
-    }
-    void Click(const char* button) {
-        QTest::mouseClick(Field<QAbstractButton>(button), Qt::LeftButton);
-    }
-    const ListModel& List(const char* name) {
-        return *static_cast<const ListModel*>(Field<QTreeView>(name)->model());
-    }
-    QStringList Names(const char* list) { return ExplorerFixture::ColumnTexts(&List(list), 0); }
-    // Clicks the rows with these names, the first plainly, the others with Ctrl.
-    void Select(const char* list, const QStringList& names, bool doubleClick = false) {
-        auto* view = Field<QTreeView>(list);
-        Qt::KeyboardModifiers modifiers;
-        for (const QString& name : names) {
-            const int row = List(list).FindText(name);
-            QVERIFY2(row >= 0, qPrintable(name));
-            const QModelIndex index = view->model()->index(row, 0);
-            view->scrollTo(index);
-            const QPoint at = view->visualRect(index).center();
-            // A double click starts as a click: the view acts only on the
-            // row the button went down on.
-            QTest::mouseClick(view->viewport(), Qt::LeftButton, modifiers, at);
-            if (doubleClick) QTest::mouseDClick(view->viewport(), Qt::LeftButton, modifiers, at);
-            modifiers = Qt::ControlModifier;
-        }
-    }
-    Dialog dialog;
-};
-
-using GroupEditor = Shown<frmGroupDetails>;
+using GroupEditor = ShownEditor<frmGroupDetails>;
+const FormParameterList kNew = {{QStringLiteral("New"), QString()}};
+FormParameterList Group(const QString& name) {
+    return {{QStringLiteral("GroupName"), name}};
+}
 
 QStringList Pairs(const FormParameterList& parameters) {
     QStringList pairs;
@@ -74,23 +39,21 @@ QStringList Pairs(const FormParameterList& parameters) {
     return pairs;
 }
 
-std::vector<std::pair<std::string, std::string>> StoredMembers(veldrano::server::Store& store,
-                                                               const char* group) {
-    std::vector<std::pair<std::string, std::string>> members;
+// "user@host" of each member the server holds.
+QStringList StoredMembers(veldrano::server::Store& store, const char* group) {
+    QStringList members;
     const auto stored = store.GetGroup(group);
-    for (const auto& ref : stored.members()) members.emplace_back(ref.user_name(), ref.host_name());
+    for (const auto& ref : stored.members())
+        members << QString::fromStdString(ref.user_name() + '@' + ref.host_name());
     return members;
 }
 
 }  // namespace
 
-class TestGroupEditor : public QObject {
+class TestGroupEditor : public ExplorerSuite {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void MovesAndRemovesExactlyTheSelectedRows();
     void CreatesGroupWithEqualNamesOfTwoServers();
     void EmptyCommentRefused();
@@ -99,24 +62,10 @@ private slots:
     void GroupSelectionAnswers_data();
     void GroupSelectionAnswers();
     void ServerSelectionChooses();
-
-private:
-    std::unique_ptr<ExplorerFixture> fixture_;
-    veldrano::server::Store& Store() { return fixture_->Store(); }
 };
 
-void TestGroupEditor::init() {
-    fixture_ = std::make_unique<ExplorerFixture>();
-    fixture_->StartDemo();
-}
-
-void TestGroupEditor::cleanup() {
-    std::unique_ptr<ConsoleFixture> fixture = std::move(fixture_);
-    QCOMPARE(ConsoleFixture::Close(fixture), 0);
-}
-
 void TestGroupEditor::MovesAndRemovesExactlyTheSelectedRows() {
-    GroupEditor editor({{QStringLiteral("GroupName"), kLegal}});
+    GroupEditor editor(Group(kLegal));
     QCOMPARE(editor.dialog.State(), EditorState::Shown);
     // Each member with its own server's comment, keyed by user and host.
     QCOMPARE(editor.List("lvGrpMembers").Row(2).cells.ToStringList(),
@@ -155,11 +104,9 @@ void TestGroupEditor::MovesAndRemovesExactlyTheSelectedRows() {
 
     editor.Click("cmdOK");
     QVERIFY(!editor.dialog.isVisible());
-    QCOMPARE(FormParameterValue(QStringLiteral("Refresh")), QStringLiteral("-1"));
-    using Member = std::pair<std::string, std::string>;
+    QCOMPARE(EditorDriver::Answer(), QStringLiteral("-1"));
     QCOMPARE(StoredMembers(Store(), "Legal"),
-             (std::vector<Member>{
-                 {"accounts", "fxmaster"}, {"jmueller", "fxmaster"}, {"abecker", "fxmaster"}}));
+             QStringList({"accounts@fxmaster", "jmueller@fxmaster", "abecker@fxmaster"}));
 }
 
 void TestGroupEditor::CreatesGroupWithEqualNamesOfTwoServers() {
@@ -167,12 +114,12 @@ void TestGroupEditor::CreatesGroupWithEqualNamesOfTwoServers() {
     twin.set_comment("Sales reception");
     Store().CommitUser(twin);
 
-    GroupEditor editor({{QStringLiteral("New"), QString()}});
-    QTest::keyClicks(editor.Field("edtGroupName"), QStringLiteral("Night Watch"));
-    QTest::keyClick(editor.Field("edtGroupName"), Qt::Key_Return);
+    GroupEditor editor(kNew);
+    editor.Type("edtGroupName", QStringLiteral("Night Watch"));
+    editor.Key("edtGroupName", Qt::Key_Return);
     QCOMPARE(editor.dialog.State(), EditorState::NewObject);
     QVERIFY(editor.Names("lvGrpMembers").isEmpty());
-    QTest::keyClicks(editor.Field("edtComment"), QStringLiteral("Receptions after hours"));
+    editor.Type("edtComment", QStringLiteral("Receptions after hours"));
     editor.Select("lvSrvUsers", {"reception"}, true);
     QTest::keyClicks(editor.Field<QComboBox>("cboServer"), QStringLiteral("fxsales"));
     QCOMPARE(editor.Field<QComboBox>("cboServer")->currentText(), QStringLiteral("fxsales"));
@@ -186,22 +133,20 @@ void TestGroupEditor::CreatesGroupWithEqualNamesOfTwoServers() {
 
     editor.Click("cmdOK");
     QVERIFY(!editor.dialog.isVisible());
-    QCOMPARE(FormParameterValue(QStringLiteral("Refresh")), QStringLiteral("-1"));
+    QCOMPARE(EditorDriver::Answer(), QStringLiteral("-1"));
     const auto stored = Store().GetGroup("Night Watch");
     QVERIFY(!stored.is_new());
     QCOMPARE(stored.comment(), std::string("Receptions after hours"));
-    using Member = std::pair<std::string, std::string>;
     QCOMPARE(StoredMembers(Store(), "Night Watch"),
-             (std::vector<Member>{{"reception", "fxmaster"}, {"reception", "fxsales"}}));
+             QStringList({"reception@fxmaster", "reception@fxsales"}));
 }
 
 void TestGroupEditor::EmptyCommentRefused() {
-    GroupEditor editor({{QStringLiteral("GroupName"), QStringLiteral("Finance")}});
-    editor.Field("edtComment")->selectAll();
-    QTest::keyClick(editor.Field("edtComment"), Qt::Key_Backspace);
-    fixture_->prompter.Answer(Answer::OK);
+    GroupEditor editor(Group(QStringLiteral("Finance")));
+    editor.Type("edtComment", {});
+    fx_->prompter.Answer(Answer::OK);
     editor.Click("cmdOK");
-    const Prompt& refusal = fixture_->prompter.LastPrompt();
+    const Prompt& refusal = fx_->prompter.LastPrompt();
     QCOMPARE(refusal.text, GetLabel(QStringLiteral("Field")) + QStringLiteral("Comment") +
                                GetLabel(QStringLiteral("CannotBeEmpty")));
     QCOMPARE(refusal.icon, PromptIcon::Exclamation);
@@ -210,22 +155,22 @@ void TestGroupEditor::EmptyCommentRefused() {
     QVERIFY(editor.Field<QWidget>("edtComment")->hasFocus());
     QCOMPARE(Store().GetGroup("Finance").comment(), std::string("Accounts, treasury, control"));
 
-    fixture_->prompter.Answer(Answer::No);
+    fx_->prompter.Answer(Answer::No);
     editor.Click("cmdCancel");
-    QCOMPARE(FormParameterValue(QStringLiteral("Refresh")), QStringLiteral("0"));
+    QCOMPARE(EditorDriver::Answer(), QStringLiteral("0"));
 }
 
 void TestGroupEditor::ExistingNameAsksAndOpensIt() {
-    GroupEditor editor({{QStringLiteral("New"), QString()}});
+    GroupEditor editor(kNew);
     // Parentheses never get into a group name.
-    QTest::keyClicks(editor.Field("edtGroupName"), QStringLiteral("Fin(an)ce"));
+    editor.Type("edtGroupName", QStringLiteral("Fin(an)ce"));
     QCOMPARE(editor.Field("edtGroupName")->text(), QStringLiteral("Finance"));
-    fixture_->prompter.Answer({Answer::No, Answer::Yes});
-    QTest::keyClick(editor.Field("edtGroupName"), Qt::Key_Return);
+    fx_->prompter.Answer({Answer::No, Answer::Yes});
+    editor.Key("edtGroupName", Qt::Key_Return);
     QCOMPARE(editor.dialog.State(), EditorState::NewKey);
-    QTest::keyClick(editor.Field("edtGroupName"), Qt::Key_Return);
+    editor.Key("edtGroupName", Qt::Key_Return);
 
-    const Prompt& asked = fixture_->prompter.LastPrompt();
+    const Prompt& asked = fx_->prompter.LastPrompt();
     QCOMPARE(asked.text, GetLabel(QStringLiteral("GroupExist")));
     QCOMPARE(asked.icon, PromptIcon::Question);
     QCOMPARE(asked.buttons, PromptButtons::YesNo);
@@ -240,7 +185,7 @@ void TestGroupEditor::ExplorerRequestOpensTheGroup() {
     WhenShown<frmGroupDetails>([&](frmGroupDetails& editor) {
         QTRY_COMPARE(editor.State(), EditorState::Shown);
         comment = Child<QLineEdit>(editor, "edtComment")->text();
-        QTest::mouseClick(Child<QPushButton>(editor, "cmdCancel"), Qt::LeftButton);
+        EditorDriver(editor).Click("cmdCancel");
     });
     ObjectRequest request;
     request.kind = QStringLiteral("Group");
@@ -258,7 +203,7 @@ void TestGroupEditor::GroupSelectionAnswers_data() {
 
 void TestGroupEditor::GroupSelectionAnswers() {
     const QByteArray how = QTest::currentDataTag();
-    Shown<frmGroupSelection> selection({{QStringLiteral("GroupName"), kLegal}});
+    ShownEditor<frmGroupSelection> selection(Group(kLegal));
     auto* list = selection.Field<QTreeView>("lvGroups");
     QCOMPARE(selection.dialog.SelectedName(), kLegal);
     // The find dialog searches this list while it is open.
@@ -288,8 +233,8 @@ void TestGroupEditor::ServerSelectionChooses() {
     // The current host is preselected; the next one is taken.
     WhenShown<frmServerSelection>([](frmServerSelection& selection) {
         QTRY_COMPARE(selection.SelectedName(), QStringLiteral("fxprint01"));
-        QTest::keyClick(Child<QTreeView>(selection, "lvServers"), Qt::Key_Down);
-        QTest::mouseClick(Child<QPushButton>(selection, "cmdOK"), Qt::LeftButton);
+        EditorDriver(selection).Key("lvServers", Qt::Key_Down);
+        EditorDriver(selection).Click("cmdOK");
     });
     QCOMPARE(frmServerSelection::Choose(nullptr, QStringLiteral("fxprint01")),
              QStringLiteral("fxsales"));
@@ -297,7 +242,7 @@ void TestGroupEditor::ServerSelectionChooses() {
 
     WhenShown<frmServerSelection>([](frmServerSelection& selection) {
         QTRY_VERIFY(!selection.SelectedName().isEmpty());
-        QTest::keyClick(Child<QTreeView>(selection, "lvServers"), Qt::Key_Escape);
+        EditorDriver(selection).Key("lvServers", Qt::Key_Escape);
     });
     QCOMPARE(frmServerSelection::Choose(nullptr, QString()), QString());
     QCOMPARE(Pairs(FormParameters()), QStringList({"Refresh=0"}));

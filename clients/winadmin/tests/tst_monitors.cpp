@@ -8,10 +8,10 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QTest>
 #include <QTimer>
 #include <QTreeView>
-#include <functional>
 #include <memory>
 
 #include "common/CodeTables.h"
@@ -37,7 +37,7 @@ QString Stored(const QString& section, const QString& name) {
                              QStringLiteral("<unset>"));
 }
 
-void Store(const QString& section, const QString& name, const QString& value) {
+void Save(const QString& section, const QString& name, const QString& value) {
     SaveSectionSetting(kVendor, GetProductKeyName(), section, name, value);
 }
 
@@ -54,73 +54,22 @@ struct Opened {
     QPointer<Viewer> window;
 };
 
-// Replaces a field's text as a person does: select everything, type.
-void Retype(QLineEdit* field, const QString& text) {
-    field->setFocus();
-    field->selectAll();
-    QTest::keyClicks(field, text);
-}
-
-QStringList Column(const ListModel* model, int column) {
-    QStringList texts;
-    for (int row = 0; row < model->rowCount(); ++row) texts << model->Row(row).cells.value(column);
-    return texts;
-}
-
-// The scripted prompter with something done while a box is up: what a
-// modal box's event loop would let the viewers' timers do.
-class PrompterWithLoop final : public Prompter {
-public:
-    PrompterWithLoop(Prompter& inner, std::function<void()> whileShown)
-        : inner_(inner), whileShown_(std::move(whileShown)), previous_(SetPrompter(this)) {}
-    ~PrompterWithLoop() override { SetPrompter(previous_); }
-    int Show(const Prompt& prompt) override {
-        if (whileShown_) whileShown_();
-        return inner_.Show(prompt);
-    }
-    void Beep() override { inner_.Beep(); }
-    QString AskSaveFileName(const QString& title, const QString& filter) override {
-        return inner_.AskSaveFileName(title, filter);
-    }
-
-private:
-    Prompter& inner_;
-    std::function<void()> whileShown_;
-    Prompter* previous_;
-};
-
 }  // namespace
 
-class TestMonitors : public QObject {
+class TestMonitors : public ExplorerSuite {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void UpdatePeriodClampsAndDrivesTheTimer();
     void TicksNeverNestAndAFailingServerGivesOneBoxPerTick();
     void ProcessCellsAndSelectionSurviveRefresh();
     void UnknownServerIsReportedAndAnotherCanBePicked();
     void SeverityFilterAndMaximum();
     void ExplorerOpensOneViewerPerKind();
-
-private:
-    std::unique_ptr<ExplorerFixture> fx_;
 };
 
-void TestMonitors::init() {
-    fx_ = std::make_unique<ExplorerFixture>();
-}
-
-void TestMonitors::cleanup() {
-    std::unique_ptr<ConsoleFixture> fixture = std::move(fx_);
-    QCOMPARE(ConsoleFixture::Close(fixture), 0);
-}
-
 void TestMonitors::UpdatePeriodClampsAndDrivesTheTimer() {
-    fx_->StartDemo();
-    auto& store = fx_->Store();
+    auto& store = Store();
     Opened<frmProcesses> viewer(QStringLiteral("fxmaster"));
     auto* speed = Child<QLineEdit>(*viewer.window, "edtUpdateSpeed");
     QTimer* timer = viewer->LoadTimer();
@@ -170,7 +119,7 @@ void TestMonitors::UpdatePeriodClampsAndDrivesTheTimer() {
 }
 
 void TestMonitors::TicksNeverNestAndAFailingServerGivesOneBoxPerTick() {
-    fx_->StartDemo(true);
+    fx_->StartDemo(true);  // over TCP, so that the server can be stopped
     Opened<frmProcesses> processes(QStringLiteral("fxmaster"));
     Opened<frmEvents> events(QStringLiteral("fxmaster"));
     QVERIFY(processes->Rows()->rowCount() > 0);
@@ -180,14 +129,15 @@ void TestMonitors::TicksNeverNestAndAFailingServerGivesOneBoxPerTick() {
     // lets them): neither starts a fill, so one box is all there is.
     int boxes = 0;
     bool fillingWhileShown = false, timerOffWhileShown = false;
-    PrompterWithLoop loop(fx_->prompter, [&] {
+    fx_->prompter.whileShown = [&] {
         if (++boxes == 1) {
             fillingWhileShown = processes->IsFilling();
             timerOffWhileShown = !processes->LoadTimer()->isActive();
         }
         processes->Tick();
         events->Tick();
-    });
+    };
+    const auto stopLoop = qScopeGuard([&] { fx_->prompter.whileShown = {}; });
     fx_->prompter.Answer(Answer::Cancel);
     processes->Tick();
     QCOMPARE(boxes, 1);
@@ -207,8 +157,7 @@ void TestMonitors::TicksNeverNestAndAFailingServerGivesOneBoxPerTick() {
 }
 
 void TestMonitors::ProcessCellsAndSelectionSurviveRefresh() {
-    fx_->StartDemo();
-    auto& store = fx_->Store();
+    auto& store = Store();
     std::vector<pb::Process> procs = store.ListProcesses("fxmaster");
     QVERIFY(procs.size() >= 4);
     procs[2].set_pid(0);
@@ -227,8 +176,7 @@ void TestMonitors::ProcessCellsAndSelectionSurviveRefresh() {
     // A double click on a row only selects it; the selection outlives the
     // refreshes that change the row under it.
     auto* list = Child<QTreeView>(*viewer.window, "lvProcessView");
-    const QPoint at = list->visualRect(rows->index(3, 0)).center();
-    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, at);
+    ClickRow(list, 3, {}, true);
     QVERIFY(fx_->prompter.Prompts().isEmpty());
     QCOMPARE(QApplication::activeModalWidget(), nullptr);
     procs[3].set_exit_status(0);
@@ -240,7 +188,6 @@ void TestMonitors::ProcessCellsAndSelectionSurviveRefresh() {
 }
 
 void TestMonitors::UnknownServerIsReportedAndAnotherCanBePicked() {
-    fx_->StartDemo();
     fx_->prompter.Answer(Answer::OK);
     Opened<frmProcesses> viewer(QStringLiteral("no-such-host"));
     QCOMPARE(fx_->prompter.Prompts().size(), 1);
@@ -258,12 +205,11 @@ void TestMonitors::UnknownServerIsReportedAndAnotherCanBePicked() {
     QTest::keyClick(servers, Qt::Key_Down);
     QCOMPARE(viewer->SelectedServer(), servers->itemText(0));
     QCOMPARE(viewer->Rows()->rowCount(),
-             int(fx_->Store().ListProcesses(servers->itemText(0).toStdString()).size()));
+             int(Store().ListProcesses(servers->itemText(0).toStdString()).size()));
 }
 
 void TestMonitors::SeverityFilterAndMaximum() {
-    fx_->StartDemo();
-    auto& store = fx_->Store();
+    auto& store = Store();
     store.CommitServer(
         veldrano::server::demo::MakeServer("evhost", "Events", true, false, false, "rpc"));
     store.Bulk([&] {
@@ -271,7 +217,7 @@ void TestMonitors::SeverityFilterAndMaximum() {
             store.AppendEvent("evhost", veldrano::server::demo::MakeEvent(
                                             1700000000 + i * 60, i % 6, 0, 100 + i, 0, "event"));
     });
-    Store(kMainFormSection, QStringLiteral("Severity"), QStringLiteral("3"));
+    Save(kMainFormSection, QStringLiteral("Severity"), QStringLiteral("3"));
 
     Opened<frmEvents> viewer(QStringLiteral("evhost"));
     auto* severity = Child<QComboBox>(*viewer.window, "cboSeverity");
@@ -282,7 +228,7 @@ void TestMonitors::SeverityFilterAndMaximum() {
     QCOMPARE(maximum->text(), QString::number(frmEvents::kDefaultMaxEvents));
     // Error and above only, newest first.
     QCOMPARE(rows->rowCount(), 30);
-    const QStringList severities = Column(rows, 1);
+    const QStringList severities = ExplorerFixture::ColumnTexts(rows, 1);
     const QSet<QString> shown(severities.begin(), severities.end());
     QCOMPARE(shown, (QSet<QString>{SeverityText(3), SeverityText(4), SeverityText(5)}));
     QCOMPARE(rows->Row(0).cells.value(2), QStringLiteral("159"));
@@ -315,7 +261,7 @@ void TestMonitors::SeverityFilterAndMaximum() {
              QStringLiteral("25"));
     QCOMPARE(Stored(QStringLiteral("EventView"), QStringLiteral("Update Speed")),
              QString::number(MonitorWindow::kDefaultUpdateSpeed));
-    Store(kMainFormSection, QStringLiteral("Severity"), QStringLiteral("0"));
+    Save(kMainFormSection, QStringLiteral("Severity"), QStringLiteral("0"));
     Opened<frmEvents> again(QStringLiteral("evhost"));
     QCOMPARE(Child<QComboBox>(*again.window, "cboSeverity")->currentText(),
              GetLabel(QStringLiteral("SeverityNone")));
@@ -324,7 +270,6 @@ void TestMonitors::SeverityFilterAndMaximum() {
 }
 
 void TestMonitors::ExplorerOpensOneViewerPerKind() {
-    fx_->StartDemo();
     auto main = fx_->OpenMain();
     auto viewers = [] {
         QList<MonitorWindow*> found;

@@ -3,74 +3,35 @@
 // explorer brought up to date by key afterwards.
 
 #include <QAction>
-#include <QLineEdit>
 #include <QTest>
-#include <QTimer>
 #include <QTreeView>
 #include <QTreeWidget>
 
 #include "editors/FormParameters.h"
 #include "editors/frmServerDetails.h"
+#include "session/Records.h"
 #include "session/ServerSession.h"
 #include "shell/ExplorerListView.h"
-#include "session/Records.h"
 #include "shell/ListModel.h"
 #include "shell/ObjectCommands.h"
 #include "shell/frmMain.h"
 #include "store/Store.h"
+#include "support/EditorDriver.h"
 #include "support/ExplorerFixture.h"
 
 using namespace winadmin;
 
-namespace {
-
-// Clicks the list row showing text (of the given kind), so that the list
-// has the focus and the row is selected, as a person leaves it.
-bool ClickRow(frmMain& main, const QString& text, const QString& kind = {}) {
-    const int row = main.ListRows()->FindText(text, kind);
-    if (row < 0) return false;
-    QTreeView* list = main.List()->DetailsView();
-    const QModelIndex index = main.ListRows()->index(row, 0);
-    list->scrollTo(index);
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(index).center());
-    return main.ActiveControl() == QLatin1String("ListView");
-}
-
-QString SelectedRowText(frmMain& main) {
-    const QModelIndex current = main.List()->DetailsView()->currentIndex();
-    return current.isValid() ? main.ListRows()->Row(current.row()).cells.value(0) : QString();
-}
-
-}  // namespace
-
-class TestObjectCommands : public QObject {
+class TestObjectCommands : public ExplorerSuite {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void DeleteReachesEveryKind();
     void DeleteAsksWithNameInQuotes();
     void DeleteRateByIndexFromKey();
     void PropertiesOpensEditorAndRefreshKeepsSelection();
     void NewServerFromTreeAddsItsNode();
     void KindsWithoutWindowAreNotOffered();
-
-private:
-    std::unique_ptr<ExplorerFixture> fixture_;
-    veldrano::server::Store& Store() { return fixture_->Store(); }
 };
-
-void TestObjectCommands::init() {
-    fixture_ = std::make_unique<ExplorerFixture>();
-    fixture_->StartDemo();
-}
-
-void TestObjectCommands::cleanup() {
-    std::unique_ptr<ConsoleFixture> fixture = std::move(fixture_);
-    QCOMPARE(ConsoleFixture::Close(fixture), 0);
-}
 
 void TestObjectCommands::DeleteReachesEveryKind() {
     auto& store = Store();
@@ -86,8 +47,10 @@ void TestObjectCommands::DeleteReachesEveryKind() {
         {{"NumberMapping", "00"}, [&] { return store.GetNumberMapping("00").is_new(); }},
         {{"GatewayUser", "jmueller@example.com", {}, "smtp.example.com"},
          [&] { return store.GetGatewayUser("smtp.example.com", "jmueller@example.com").is_new(); }},
-        {{"User", "jmueller", "fxmaster"}, [&] { return store.GetUser("fxmaster", "jmueller").is_new(); }},
-        {{"Printer", "lj-acc", "fxmaster"}, [&] { return store.GetPrinter("fxmaster", "lj-acc").is_new(); }},
+        {{"User", "jmueller", "fxmaster"},
+         [&] { return store.GetUser("fxmaster", "jmueller").is_new(); }},
+        {{"Printer", "lj-acc", "fxmaster"},
+         [&] { return store.GetPrinter("fxmaster", "lj-acc").is_new(); }},
         {{"Device", QString::fromStdString(device), "fxline01"},
          [&] { return store.GetDevice("fxline01", device).is_new(); }},
         // Zones, rates and destinations by their place in the list.
@@ -111,44 +74,38 @@ void TestObjectCommands::DeleteAsksWithNameInQuotes() {
     group.set_comment("Apostrophe in the name");
     group.set_is_new(true);
     Store().CommitGroup(group);
-    auto main = fixture_->OpenMain();
+    auto main = fx_->OpenMain();
     QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Groups")));
     QVERIFY(ClickRow(*main, QStringLiteral("O'Neil")));
     QAction* remove = main->MenuEntry(QStringLiteral("mnuFileDelete"));
-    QVERIFY(remove->isEnabled());
     // The pop-up entry follows the command.
-    QVERIFY(main->MenuEntry(QStringLiteral("mnuPopup3Delete"))->isEnabled());
+    QVERIFY(remove->isEnabled() && Enabled(*main, "mnuPopup3Delete"));
 
-    fixture_->prompter.Answer(Answer::No);
+    fx_->prompter.Answer(Answer::No);
     remove->trigger();
-    const Prompt& asked = fixture_->prompter.LastPrompt();
+    const Prompt& asked = fx_->prompter.LastPrompt();
     QCOMPARE(asked.text, QStringLiteral("Do you really want to delete this object?\r'O'Neil'"));
     QCOMPARE(asked.buttons, PromptButtons::YesNo);
     QCOMPARE(asked.icon, PromptIcon::Question);
     QCOMPARE(asked.defaultButton, 2);
     QVERIFY(!Store().GetGroup("O'Neil").is_new());
 
-    fixture_->prompter.Answer(Answer::Yes);
+    fx_->prompter.Answer(Answer::Yes);
     remove->trigger();
     QVERIFY(Store().GetGroup("O'Neil").is_new());
-    QCOMPARE(main->ListRows()->FindText(QStringLiteral("O'Neil")), -1);
-    QCOMPARE(main->Tree()->currentItem()->data(0, frmMain::NodeKeyRole).toString(),
-             QStringLiteral("Groups"));
+    QCOMPARE(RowOf(*main, QStringLiteral("O'Neil")), -1);
+    QCOMPARE(CurrentKey(*main), QStringLiteral("Groups"));
 }
 
 void TestObjectCommands::DeleteRateByIndexFromKey() {
-    auto main = fixture_->OpenMain();
+    auto main = fx_->OpenMain();
     QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Rates2")));
     const std::string zone = main->Tree()->currentItem()->parent()->text(0).toStdString();
     const auto before = Store().ListRates(zone);
     QVERIFY(before.size() >= 3);
     // The row of the second rate, whatever its text.
-    const int row = main->ListRows()->FindKey(QStringLiteral("2Rate"));
-    QVERIFY(row >= 0);
-    QTreeView* list = main->List()->DetailsView();
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
-                      list->visualRect(main->ListRows()->index(row, 0)).center());
-    fixture_->prompter.Answer(Answer::Yes);
+    QVERIFY(ClickRow(*main, main->ListRows()->FindKey(QStringLiteral("2Rate"))));
+    fx_->prompter.Answer(Answer::Yes);
     main->MenuEntry(QStringLiteral("mnuRateDel"))->trigger();
     const auto after = Store().ListRates(zone);
     QCOMPARE(after.size(), before.size() - 1);
@@ -163,16 +120,14 @@ void TestObjectCommands::DeleteRateByIndexFromKey() {
 }
 
 void TestObjectCommands::PropertiesOpensEditorAndRefreshKeepsSelection() {
-    auto main = fixture_->OpenMain();
+    auto main = fx_->OpenMain();
     QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Servers")));
     QVERIFY(ClickRow(*main, QStringLiteral("fxsales"), QStringLiteral("Server")));
     QString request;
     WhenShown<frmServerDetails>([&](frmServerDetails& editor) {
         request = FirstFormParameter().name + '=' + FirstFormParameter().value;
         QTRY_COMPARE(editor.State(), EditorState::Shown);
-        auto* comment = Child<QLineEdit>(editor, "edtComment");
-        comment->selectAll();
-        QTest::keyClicks(comment, QStringLiteral("Field service only"));
+        EditorDriver(editor).Type("edtComment", QStringLiteral("Field service only"));
         editor.PressOK();
     });
     // Enter on the row, as on a double click, opens the editor.
@@ -181,35 +136,35 @@ void TestObjectCommands::PropertiesOpensEditorAndRefreshKeepsSelection() {
     QCOMPARE(Store().GetServer("fxsales").comment(), std::string("Field service only"));
     // The list was read again and the row found again by its name.
     QCOMPARE(SelectedRowText(*main), QStringLiteral("fxsales"));
-    const int row = main->ListRows()->FindText(QStringLiteral("fxsales"));
-    QVERIFY(main->ListRows()->Row(row).cells.ToStringList().contains(
-        QStringLiteral("Field service only")));
+    QVERIFY(main->ListRows()
+                ->Row(RowOf(*main, QStringLiteral("fxsales")))
+                .cells.ToStringList()
+                .contains(QStringLiteral("Field service only")));
 }
 
 void TestObjectCommands::NewServerFromTreeAddsItsNode() {
-    auto main = fixture_->OpenMain();
+    auto main = fx_->OpenMain();
     QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Servers")));
     QAction* create = main->MenuEntry(QStringLiteral("mnuFileNew"));
     QVERIFY(create->isEnabled());
     WhenShown<frmServerDetails>([](frmServerDetails& editor) {
         QTRY_COMPARE(editor.State(), EditorState::NewKey);
-        auto* key = Child<QLineEdit>(editor, "edtHostName");
-        QTest::keyClicks(key, QStringLiteral("fxnew"));
-        QTest::keyClick(key, Qt::Key_Return);
-        QTest::keyClicks(Child<QLineEdit>(editor, "edtComment"), QStringLiteral("Fresh host"));
+        EditorDriver shown(editor);
+        shown.Type("edtHostName", QStringLiteral("fxnew"));
+        shown.Key("edtHostName", Qt::Key_Return);
+        shown.Type("edtComment", QStringLiteral("Fresh host"));
         editor.PressOK();
     });
     create->trigger();
     QVERIFY(!Store().GetServer("fxnew").is_new());
     QVERIFY(main->FindNode(QStringLiteral("fxnew")));
     // The node that was selected stays selected.
-    QCOMPARE(main->Tree()->currentItem()->data(0, frmMain::NodeKeyRole).toString(),
-             QStringLiteral("Servers"));
-    QVERIFY(main->ListRows()->FindText(QStringLiteral("fxnew")) >= 0);
+    QCOMPARE(CurrentKey(*main), QStringLiteral("Servers"));
+    QVERIFY(RowOf(*main, QStringLiteral("fxnew")) >= 0);
 }
 
 void TestObjectCommands::KindsWithoutWindowAreNotOffered() {
-    auto main = fixture_->OpenMain();
+    auto main = fx_->OpenMain();
     QAction* create = main->MenuEntry(QStringLiteral("mnuFileNew"));
     QAction* properties = main->MenuEntry(QStringLiteral("mnuFileProperties"));
     // Nodes under which nothing is created.
@@ -219,12 +174,10 @@ void TestObjectCommands::KindsWithoutWindowAreNotOffered() {
     QVERIFY(ClickRow(*main, main->FindNode(QStringLiteral("Servers"))->text(0)));
     QVERIFY(!properties->isEnabled());
     QTest::keyClick(main->List()->DetailsView(), Qt::Key_Return);
-    QCOMPARE(main->Tree()->currentItem()->data(0, frmMain::NodeKeyRole).toString(),
-             QStringLiteral("Servers"));
+    QCOMPARE(CurrentKey(*main), QStringLiteral("Servers"));
     // A server node from the tree opens its editor; Delete is offered too.
     QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("fxmaster")));
-    QVERIFY(properties->isEnabled());
-    QVERIFY(main->MenuEntry(QStringLiteral("mnuFileDelete"))->isEnabled());
+    QVERIFY(properties->isEnabled() && Enabled(*main, "mnuFileDelete"));
 }
 
 QTEST_MAIN(TestObjectCommands)

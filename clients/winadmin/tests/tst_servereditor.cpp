@@ -7,84 +7,44 @@
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTest>
-#include <QTimer>
 
 #include "editors/FormParameters.h"
 #include "editors/frmServerDetails.h"
 #include "store/Store.h"
+#include "support/EditorDriver.h"
 #include "support/ExplorerFixture.h"
 
 using namespace winadmin;
 
 namespace {
 
-const QString kHostName = QStringLiteral("HostName");
-
-// The dialog shown with a request, after its start-up tick.
-struct ServerEditor {
-    explicit ServerEditor(const FormParameterList& request) {
-        SetFormParameters(request);
-        ShowActive(dialog);
-        QTRY_VERIFY(!Child<QTimer>(dialog, "timStartUp")->isActive());
-    }
-    static ServerEditor Open(const QString& host) { return ServerEditor({{kHostName, host}}); }
-
-    template <class W = QLineEdit>
-    W* Field(const char* name) {
-        return Child<W>(dialog, name);
-    }
-    void Type(const char* field, const QString& text) {
-        Field(field)->clear();
-        QTest::keyClicks(Field(field), text);
-    }
-    void Click(const char* button) { QTest::mouseClick(Field<QAbstractButton>(button), Qt::LeftButton); }
-    void Key(const char* field, Qt::Key key) { QTest::keyClick(Field<QWidget>(field), key); }
-    QString Answer() const { return FormParameterValue(QStringLiteral("Refresh")); }
-
-    frmServerDetails dialog;
-};
+using ServerEditor = ShownEditor<frmServerDetails>;
+FormParameterList Host(const QString& host) {
+    return {{QStringLiteral("HostName"), host}};
+}
+const FormParameterList kNew = {{QStringLiteral("New"), QString()}};
 
 }  // namespace
 
-class TestServerEditor : public QObject {
+class TestServerEditor : public ExplorerSuite {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void LoadsExistingAndAnswersZeroWithoutEdits();
     void UnknownKeyClosesWithZero();
     void CancelAfterEditsAsksSaveChanges_data();
     void CancelAfterEditsAsksSaveChanges();
-    void SaveThenEditThenNoStillAnswersSaved();
-    void NewKeyStateAndExistingKey();
-    void CreatesNewServer();
+    void NewKeyStatesThenCreates();
     void ValidationOrderAndBounds_data();
     void ValidationOrderAndBounds();
     void RemoteServerSkipsRangeChecks();
-    void RoleRemovalAsksInOrderAndWritesNothingOnNo();
-    void RoleRemovalDeletesTheRolesObjects();
+    void RoleRemovalAsksInOrderThenDeletesTheRolesObjects();
     void StaleVersionLeavesDialogOpen();
     void DeleteFromDialog();
-
-private:
-    std::unique_ptr<ExplorerFixture> fixture_;
-    veldrano::server::Store& Store() { return fixture_->Store(); }
 };
 
-void TestServerEditor::init() {
-    fixture_ = std::make_unique<ExplorerFixture>();
-    fixture_->StartDemo();
-}
-
-void TestServerEditor::cleanup() {
-    std::unique_ptr<ConsoleFixture> fixture = std::move(fixture_);
-    QCOMPARE(ConsoleFixture::Close(fixture), 0);
-}
-
 void TestServerEditor::LoadsExistingAndAnswersZeroWithoutEdits() {
-    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxmaster"));
+    ServerEditor editor(Host("fxmaster"));
     QCOMPARE(editor.dialog.State(), EditorState::Shown);
     QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("Head office message server"));
     QVERIFY(editor.Field<QCheckBox>("chkPrinterServer")->isChecked());
@@ -94,20 +54,22 @@ void TestServerEditor::LoadsExistingAndAnswersZeroWithoutEdits() {
     QVERIFY(editor.Field("edtHostName")->isReadOnly());
     QVERIFY(editor.Field<QTabWidget>("tabDetails")->isEnabled());
     QVERIFY(editor.Field<QWidget>("edtComment")->hasFocus());
-    // Enter in the key field reloads; it never presses OK.
+    // Enter in the key field reloads; it never presses OK. Escape cancels
+    // only while a key is being typed.
     editor.Key("edtHostName", Qt::Key_Return);
+    QTest::keyClick(&editor.dialog, Qt::Key_Escape);
     QVERIFY(editor.dialog.isVisible());
     editor.Click("cmdCancel");
     QVERIFY(!editor.dialog.isVisible());
     QCOMPARE(editor.Answer(), QStringLiteral("0"));
-    QVERIFY(fixture_->prompter.Prompts().isEmpty());
+    QVERIFY(fx_->prompter.Prompts().isEmpty());
 }
 
 void TestServerEditor::UnknownKeyClosesWithZero() {
-    fixture_->prompter.Answer(Answer::OK);
-    ServerEditor editor = ServerEditor::Open(QStringLiteral("nosuchhost"));
+    fx_->prompter.Answer(Answer::OK);
+    ServerEditor editor(Host("nosuchhost"));
     QTRY_VERIFY(!editor.dialog.isVisible());
-    const Prompt& shown = fixture_->prompter.LastPrompt();
+    const Prompt& shown = fx_->prompter.LastPrompt();
     QCOMPARE(shown.text, QStringLiteral("The server does not exist."));
     QCOMPARE(shown.icon, PromptIcon::Exclamation);
     QCOMPARE(shown.title, editor.dialog.windowTitle());
@@ -115,81 +77,66 @@ void TestServerEditor::UnknownKeyClosesWithZero() {
 }
 
 void TestServerEditor::CancelAfterEditsAsksSaveChanges_data() {
+    QTest::addColumn<bool>("savedFirst");  // a save before the edit: it stays the answer
     QTest::addColumn<int>("answer");
-    QTest::addColumn<bool>("open");    // the dialog stays
+    QTest::addColumn<bool>("open");       // the dialog stays
     QTest::addColumn<QString>("stored");  // the comment in the store afterwards
     QTest::addColumn<QString>("refresh");
-    QTest::newRow("Cancel keeps the edits") << int(Answer::Cancel) << true
-                                             << "Head office message server" << "";
-    QTest::newRow("No closes unsaved") << int(Answer::No) << false << "Head office message server"
-                                       << "0";
-    QTest::newRow("Yes saves and closes") << int(Answer::Yes) << false << "Edited" << "-1";
+    const QString kept = QStringLiteral("Head office message server");
+    QTest::newRow("Cancel keeps the edits") << false << int(Answer::Cancel) << true << kept << "";
+    QTest::newRow("No closes unsaved") << false << int(Answer::No) << false << kept << "0";
+    QTest::newRow("Yes saves, closes") << false << int(Answer::Yes) << false << "Edited" << "-1";
+    QTest::newRow("No after a save") << true << int(Answer::No) << false << kept << "-1";
 }
 
 void TestServerEditor::CancelAfterEditsAsksSaveChanges() {
+    QFETCH(bool, savedFirst);
     QFETCH(int, answer);
-    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxmaster"));
+    ServerEditor editor(Host("fxmaster"));
     SetFormParameters({});
+    if (savedFirst) {
+        editor.Type("edtDebugLevel", QStringLiteral("7"));
+        editor.dialog.SaveIfModified();
+        QCOMPARE(editor.dialog.State(), EditorState::Shown);
+        QCOMPARE(Store().GetServer("fxmaster").debug_level(), 7);
+    }
     editor.Type("edtComment", QStringLiteral("Edited"));
     QCOMPARE(editor.dialog.State(), EditorState::Changed);
-    fixture_->prompter.Answer(answer);
+    fx_->prompter.Answer(answer);
     editor.Click("cmdCancel");
-    const Prompt& asked = fixture_->prompter.LastPrompt();
+    const Prompt& asked = fx_->prompter.LastPrompt();
     QCOMPARE(asked.text, QStringLiteral("Do you want to save the changes?"));
     QCOMPARE(asked.buttons, PromptButtons::YesNoCancel);
     QCOMPARE(asked.icon, PromptIcon::Question);
     QTEST(editor.dialog.isVisible(), "open");
     QTEST(QString::fromStdString(Store().GetServer("fxmaster").comment()), "stored");
     QTEST(editor.Answer(), "refresh");
-    if (editor.dialog.isVisible()) QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("Edited"));
+    if (editor.dialog.isVisible())
+        QCOMPARE(editor.Field("edtComment")->text(), QLatin1String("Edited"));
 }
 
-void TestServerEditor::SaveThenEditThenNoStillAnswersSaved() {
-    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxsales"));
-    editor.Type("edtDebugLevel", QStringLiteral("7"));
-    editor.dialog.SaveIfModified();
-    QCOMPARE(editor.dialog.State(), EditorState::Shown);
-    QCOMPARE(Store().GetServer("fxsales").debug_level(), 7);
-    editor.Type("edtComment", QStringLiteral("Not kept"));
-    fixture_->prompter.Answer(Answer::No);
-    editor.dialog.reject();
-    QCOMPARE(editor.Answer(), QStringLiteral("-1"));
-    QCOMPARE(Store().GetServer("fxsales").comment(), std::string("Sales and field service"));
-}
-
-void TestServerEditor::NewKeyStateAndExistingKey() {
-    ServerEditor editor({{QStringLiteral("New"), QString()}});
+void TestServerEditor::NewKeyStatesThenCreates() {
+    ServerEditor editor(kNew);
     QCOMPARE(editor.dialog.State(), EditorState::NewKey);
     QVERIFY(!editor.Field<QTabWidget>("tabDetails")->isEnabled());
     QVERIFY(!editor.Field<QPushButton>("cmdOK")->isEnabled());
     // Enter with no key: the mandatory-field message, nothing else.
-    fixture_->prompter.Answer(Answer::OK);
+    fx_->prompter.Answer(Answer::OK);
     editor.Key("edtHostName", Qt::Key_Return);
-    QCOMPARE(fixture_->prompter.LastPrompt().text,
+    QCOMPARE(fx_->prompter.LastPrompt().text,
              QStringLiteral("The field 'Host Name' cannot be empty."));
     QVERIFY(editor.dialog.isVisible());
 
-    // A taken key: No leaves it selected for typing over, Yes opens it.
+    // A taken key: No leaves it selected for typing over.
     editor.Type("edtHostName", QStringLiteral("fxprint01"));
-    fixture_->prompter.Answer(Answer::No);
+    fx_->prompter.Answer(Answer::No);
     editor.Key("edtHostName", Qt::Key_Return);
-    QCOMPARE(fixture_->prompter.LastPrompt().buttons, PromptButtons::YesNo);
+    QCOMPARE(fx_->prompter.LastPrompt().text,
+             QStringLiteral("This server already exists. Do you want to open it for editing?"));
+    QCOMPARE(fx_->prompter.LastPrompt().buttons, PromptButtons::YesNo);
     QCOMPARE(editor.dialog.State(), EditorState::NewKey);
     QCOMPARE(editor.Field("edtHostName")->selectedText(), QStringLiteral("fxprint01"));
-    fixture_->prompter.Answer(Answer::Yes);
-    editor.Key("edtHostName", Qt::Key_Return);
-    QCOMPARE(fixture_->prompter.LastPrompt().text,
-             QStringLiteral("This server already exists. Do you want to open it for editing?"));
-    QCOMPARE(editor.dialog.State(), EditorState::Shown);
-    QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("Print room, building B"));
 
-    // Escape cancels only while a key is being typed.
-    QTest::keyClick(&editor.dialog, Qt::Key_Escape);
-    QVERIFY(editor.dialog.isVisible());
-}
-
-void TestServerEditor::CreatesNewServer() {
-    ServerEditor editor({{QStringLiteral("New"), QString()}});
     // Parentheses never reach the key; Enter accepts it and opens the details.
     editor.Type("edtHostName", QStringLiteral("fx(new)"));
     QCOMPARE(editor.Field("edtHostName")->text(), QStringLiteral("fxnew"));
@@ -201,6 +148,10 @@ void TestServerEditor::CreatesNewServer() {
     editor.Field<QCheckBox>("chkPrinterServer")->setChecked(true);
     editor.Field<QComboBox>("cboNetType")->setCurrentIndex(0);
     QCOMPARE(editor.dialog.State(), EditorState::NewObject);
+    // Enter again in the locked key keeps what was filled in.
+    editor.Key("edtHostName", Qt::Key_Return);
+    QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("New print host"));
+    QVERIFY(editor.Field<QCheckBox>("chkPrinterServer")->isChecked());
     editor.Click("cmdOK");
     QVERIFY(!editor.dialog.isVisible());
     QCOMPARE(editor.Answer(), QStringLiteral("-1"));
@@ -208,6 +159,14 @@ void TestServerEditor::CreatesNewServer() {
     QVERIFY(!stored.is_new());
     QVERIFY(stored.printer_server() && !stored.user_server());
     QCOMPARE(stored.comment(), std::string("New print host"));
+
+    // Yes to a taken key opens that server instead.
+    ServerEditor other(kNew);
+    other.Type("edtHostName", QStringLiteral("fxprint01"));
+    fx_->prompter.Answer(Answer::Yes);
+    other.Key("edtHostName", Qt::Key_Return);
+    QCOMPARE(other.dialog.State(), EditorState::Shown);
+    QCOMPARE(other.Field("edtComment")->text(), QStringLiteral("Print room, building B"));
 }
 
 void TestServerEditor::ValidationOrderAndBounds_data() {
@@ -243,7 +202,7 @@ void TestServerEditor::ValidationOrderAndBounds() {
     QFETCH(QString, host);
     QFETCH(bool, userServer);
     QFETCH(QString, message);
-    ServerEditor editor = ServerEditor::Open(host);
+    ServerEditor editor(Host(host));
     QFETCH(QString, comment);
     editor.Type("edtComment", comment);
     editor.Field<QCheckBox>("chkUserServer")->setChecked(userServer);
@@ -254,22 +213,23 @@ void TestServerEditor::ValidationOrderAndBounds() {
     editor.Type("edtDispatchCount", dispatch);
     editor.Type("edtDebugLevel", debug);
     const int64_t before = Store().GetServer(host.toStdString()).version();
-    if (!message.isEmpty()) fixture_->prompter.Answer(Answer::OK);
+    if (!message.isEmpty()) fx_->prompter.Answer(Answer::OK);
     editor.Click("cmdOK");
     if (message.isEmpty()) {
         QVERIFY(!editor.dialog.isVisible());
         QVERIFY(Store().GetServer(host.toStdString()).version() > before);
         return;
     }
-    QCOMPARE(fixture_->prompter.LastPrompt().text, message);
-    QCOMPARE(fixture_->prompter.LastPrompt().icon, PromptIcon::Exclamation);
+    QCOMPARE(fx_->prompter.LastPrompt().text, message);
+    QCOMPARE(fx_->prompter.LastPrompt().icon, PromptIcon::Exclamation);
     QVERIFY(editor.dialog.isVisible());
     QCOMPARE(Store().GetServer(host.toStdString()).version(), before);
 }
 
 void TestServerEditor::RemoteServerSkipsRangeChecks() {
-    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxline01"));
-    QCOMPARE(editor.Field<QComboBox>("cboNetType")->currentData().toString(), QStringLiteral("rrpc"));
+    ServerEditor editor(Host("fxline01"));
+    QCOMPARE(editor.Field<QComboBox>("cboNetType")->currentData().toString(),
+             QStringLiteral("rrpc"));
     QVERIFY(!editor.Field("edtDispatchCount")->isEnabled());
     QVERIFY(!editor.Field<QWidget>("updDebugLevel")->isEnabled());
     // Back to rpc opens the fields; rrpc again closes them.
@@ -283,15 +243,16 @@ void TestServerEditor::RemoteServerSkipsRangeChecks() {
     QCOMPARE(editor.Answer(), QStringLiteral("-1"));
 }
 
-void TestServerEditor::RoleRemovalAsksInOrderAndWritesNothingOnNo() {
+void TestServerEditor::RoleRemovalAsksInOrderThenDeletesTheRolesObjects() {
     const auto before = Store().GetServer("fxmaster");
     const size_t users = Store().ListUsers("fxmaster").size();
-    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxmaster"));
+    ServerEditor editor(Host("fxmaster"));
     editor.Field<QCheckBox>("chkUserServer")->setChecked(false);
     editor.Field<QCheckBox>("chkPrinterServer")->setChecked(false);
-    fixture_->prompter.Answer({Answer::Yes, Answer::No});
+    // No to the second question: nothing is written.
+    fx_->prompter.Answer({Answer::Yes, Answer::No});
     editor.Click("cmdOK");
-    const auto& prompts = fixture_->prompter.Prompts();
+    const auto& prompts = fx_->prompter.Prompts();
     QCOMPARE(prompts.size(), 2);
     QVERIFY(prompts[0].prompt.text.contains(QLatin1String("no longer a user server")));
     QVERIFY(prompts[1].prompt.text.contains(QLatin1String("no longer a printer server")));
@@ -300,29 +261,26 @@ void TestServerEditor::RoleRemovalAsksInOrderAndWritesNothingOnNo() {
     QVERIFY(editor.dialog.isVisible());
     QCOMPARE(Store().GetServer("fxmaster").version(), before.version());
     QCOMPARE(Store().ListUsers("fxmaster").size(), users);
-}
-
-void TestServerEditor::RoleRemovalDeletesTheRolesObjects() {
-    QVERIFY(!Store().ListUsers("fxsales").empty());
-    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxsales"));
-    editor.Field<QCheckBox>("chkUserServer")->setChecked(false);
-    fixture_->prompter.Answer(Answer::Yes);
+    // Yes to both: the roles go with their objects.
+    fx_->prompter.Answer({Answer::Yes, Answer::Yes});
     editor.Click("cmdOK");
     QVERIFY(!editor.dialog.isVisible());
-    QVERIFY(Store().ListUsers("fxsales").empty());
-    QVERIFY(!Store().GetServer("fxsales").user_server());
+    QVERIFY(Store().ListUsers("fxmaster").empty());
+    QVERIFY(Store().GetPrinter("fxmaster", "lj-acc").is_new());
+    const auto after = Store().GetServer("fxmaster");
+    QVERIFY(!after.user_server() && !after.printer_server());
 }
 
 void TestServerEditor::StaleVersionLeavesDialogOpen() {
-    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxsales"));
+    ServerEditor editor(Host("fxsales"));
     // Another administrator saves the server meanwhile.
     auto other = Store().GetServer("fxsales");
     other.set_comment("Changed elsewhere");
     Store().CommitServer(other);
     editor.Type("edtComment", QStringLiteral("Mine"));
-    fixture_->prompter.Answer(Answer::Cancel);  // the error offers Retry and Cancel
+    fx_->prompter.Answer(Answer::Cancel);  // the error offers Retry and Cancel
     editor.Click("cmdOK");
-    const QString error = fixture_->prompter.LastPrompt().text;
+    const QString error = fx_->prompter.LastPrompt().text;
     QVERIFY2(error.startsWith(QLatin1String("Another administrator changed the object")) &&
                  error.endsWith(QLatin1String("(81000003).")),
              qPrintable(error));
@@ -333,10 +291,10 @@ void TestServerEditor::StaleVersionLeavesDialogOpen() {
 }
 
 void TestServerEditor::DeleteFromDialog() {
-    ServerEditor editor = ServerEditor::Open(QStringLiteral("fxbackup"));
-    fixture_->prompter.Answer(Answer::Yes);
+    ServerEditor editor(Host("fxbackup"));
+    fx_->prompter.Answer(Answer::Yes);
     editor.Click("cmdDelete");
-    const Prompt& asked = fixture_->prompter.LastPrompt();
+    const Prompt& asked = fx_->prompter.LastPrompt();
     QCOMPARE(asked.text, QStringLiteral("Do you really want to delete this object?\r'fxbackup'"));
     QCOMPARE(asked.defaultButton, 2);
     QCOMPARE(editor.dialog.State(), EditorState::Empty);

@@ -9,7 +9,6 @@
 #include <QTest>
 #include <QTreeView>
 #include <QTreeWidget>
-#include <QTreeWidgetItemIterator>
 #include <memory>
 
 #include "common/Labels.h"
@@ -30,20 +29,13 @@ const char* const kListMenus[] = {"mnuPopup1",      "mnuPopup2",      "mnuPopup3
                                   "mnuPopupServer", "mnuPopupDevice", "mnuPopupProcess",
                                   "mnuRatePopup",   "mnuDestsPopup",  "mnuZonePopup"};
 
-QPoint RowPoint(frmMain& main, int row) {
-    QTreeView* list = main.List()->DetailsView();
-    const QModelIndex index = main.ListRows()->index(row, 0);
-    list->scrollTo(index);
-    return list->visualRect(index).center();
-}
-
 // A right click in the list, where a person makes it: on a row (which
 // selects it) or, with row -1, below the last row. Answers the name of the
 // pop-up menu it shows (closed again), "" for none.
 QString RightClick(frmMain& main, int row) {
     QTreeView* list = main.List()->DetailsView();
     const QPoint at = row >= 0
-                          ? RowPoint(main, row)
+                          ? RowPoint(list, row)
                           : QPoint(list->viewport()->width() / 2, list->viewport()->height() - 4);
     QTest::mousePress(list->viewport(), Qt::RightButton, {}, at);
     QTest::mouseRelease(list->viewport(), Qt::RightButton, {}, at);
@@ -59,21 +51,6 @@ QString RightClick(frmMain& main, int row) {
     return shown;
 }
 
-// A left click on the row, and a Ctrl+click on the selected row again,
-// which leaves it unselected.
-void ClickRow(frmMain& main, int row, Qt::KeyboardModifiers modifiers = {}) {
-    QTest::mouseClick(main.List()->DetailsView()->viewport(), Qt::LeftButton, modifiers,
-                      RowPoint(main, row));
-}
-
-int RowOf(frmMain& main, const QString& text) {
-    return main.ListRows()->FindText(text);
-}
-
-bool Enabled(frmMain& main, const char* entry) {
-    return main.MenuEntry(QLatin1String(entry))->isEnabled();
-}
-
 // A mark on the current tree node that a rebuild of the tree does not keep.
 void MarkTree(frmMain& main) {
     main.Tree()->currentItem()->setData(0, kMarkRole, true);
@@ -82,58 +59,27 @@ bool Refreshed(frmMain& main) {
     return !main.Tree()->currentItem()->data(0, kMarkRole).toBool();
 }
 
-QSet<QString> ExpandedKeys(QTreeWidget* tree) {
-    QSet<QString> keys;
-    for (QTreeWidgetItemIterator it(tree); *it; ++it)
-        if ((*it)->isExpanded()) keys.insert(ExplorerFixture::Key(*it));
-    return keys;
-}
-
-QString SelectedRowText(frmMain& main) {
-    QItemSelectionModel* rows = main.List()->SelectionModel();
-    const QModelIndex current = rows->currentIndex();
-    return current.isValid() && rows->isRowSelected(current.row())
-               ? main.ListRows()->Row(current.row()).cells.value(0)
-               : QString();
-}
-
 }  // namespace
 
-class TestStartStop : public QObject {
+class TestStartStop : public ExplorerSuite {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void MenuFollowsTheRowKindAndNoRowGivesPopup1();
     void StartAndStopEnabledPerKind();
     void TerminateOnlyOnYesThenRefreshKeepingTheView();
     void ProcessAndServerCommands();
 
 private:
-    std::unique_ptr<ExplorerFixture> fx_;
-    std::unique_ptr<frmMain> OpenMain();
+    std::unique_ptr<frmMain> OpenMain() {
+        auto main = fx_->OpenMain();
+        // Room below the rows of every list used here, for clicks on no row.
+        main->resize(1000, 900);
+        return main;
+    }
 };
 
-void TestStartStop::init() {
-    fx_ = std::make_unique<ExplorerFixture>();
-}
-
-void TestStartStop::cleanup() {
-    std::unique_ptr<ConsoleFixture> fixture = std::move(fx_);
-    QCOMPARE(ConsoleFixture::Close(fixture), 0);
-}
-
-std::unique_ptr<frmMain> TestStartStop::OpenMain() {
-    auto main = fx_->OpenMain();
-    // Room below the rows of every list used here, for clicks on no row.
-    main->resize(1000, 900);
-    return main;
-}
-
 void TestStartStop::MenuFollowsTheRowKindAndNoRowGivesPopup1() {
-    fx_->StartDemo();
     auto main = OpenMain();
     const struct {
         const char* node;
@@ -162,7 +108,6 @@ void TestStartStop::MenuFollowsTheRowKindAndNoRowGivesPopup1() {
 }
 
 void TestStartStop::StartAndStopEnabledPerKind() {
-    fx_->StartDemo();
     auto& store = fx_->Store();
     std::vector<pb::Process> procs = store.ListProcesses("fxmaster");
     procs[2].set_exit_status(0);  // terminated
@@ -201,7 +146,7 @@ void TestStartStop::StartAndStopEnabledPerKind() {
 }
 
 void TestStartStop::TerminateOnlyOnYesThenRefreshKeepingTheView() {
-    fx_->StartDemo(true);
+    fx_->StartDemo(true);  // over TCP, so that the server can be stopped
     auto& store = fx_->Store();
     auto main = OpenMain();
     main->FindNode(QStringLiteral("LCR"))->setExpanded(true);
@@ -217,7 +162,7 @@ void TestStartStop::TerminateOnlyOnYesThenRefreshKeepingTheView() {
     const pb::DeviceRunState before = state();
     const int64_t events = store.EventCount("fxline01");
     QCOMPARE(RightClick(*main, row), QStringLiteral("mnuPopupDevice"));
-    const QSet<QString> expanded = ExpandedKeys(main->Tree());
+    const QSet<QString> expanded = ExpandedKeys(*main);
     MarkTree(*main);
 
     // No: the device untouched, nothing logged, nothing refreshed.
@@ -239,8 +184,8 @@ void TestStartStop::TerminateOnlyOnYesThenRefreshKeepingTheView() {
     QCOMPARE(state(), pb::DEVICE_TERMINATED);
     QCOMPARE(store.EventCount("fxline01"), events + 1);
     QVERIFY(Refreshed(*main));
-    QCOMPARE(ExplorerFixture::Key(main->Tree()->currentItem()), QStringLiteral("fxline01Devices"));
-    QCOMPARE(ExpandedKeys(main->Tree()), expanded);
+    QCOMPARE(CurrentKey(*main), QStringLiteral("fxline01Devices"));
+    QCOMPARE(ExpandedKeys(*main), expanded);
     QCOMPARE(SelectedRowText(*main), device);
 
     // A server that does not answer: the failure is shown, no refresh follows.
@@ -254,7 +199,6 @@ void TestStartStop::TerminateOnlyOnYesThenRefreshKeepingTheView() {
 }
 
 void TestStartStop::ProcessAndServerCommands() {
-    fx_->StartDemo();
     auto& store = fx_->Store();
     auto main = OpenMain();
     ExplorerFixture::Click(*main, QStringLiteral("fxmasterProcesses"));

@@ -1,5 +1,8 @@
 #include "support/ConsoleFixture.h"
 
+#include <QAbstractItemView>
+#include <QClipboard>
+#include <QLineEdit>
 #include <QTest>
 #include <stdexcept>
 
@@ -21,6 +24,31 @@ bool ShowActive(QWidget& window) {
     window.show();
     window.activateWindow();
     return QTest::qWaitForWindowActive(&window);
+}
+
+void Retype(QLineEdit* field, const QString& text) {
+    field->selectAll();
+    if (text.isEmpty())
+        QTest::keyClick(field, Qt::Key_Backspace);
+    else
+        QTest::keyClicks(field, text);
+}
+
+void Paste(QLineEdit* field, const QString& text) {
+    QApplication::clipboard()->setText(text);
+    QTest::keyClick(field, Qt::Key_V, Qt::ControlModifier);
+}
+
+QPoint RowPoint(QAbstractItemView* view, int row) {
+    const QModelIndex index = view->model()->index(row, 0);
+    view->scrollTo(index);
+    return view->visualRect(index).center();
+}
+
+void ClickRow(QAbstractItemView* view, int row, Qt::KeyboardModifiers modifiers, bool doubleClick) {
+    const QPoint at = RowPoint(view, row);
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, modifiers, at);
+    if (doubleClick) QTest::mouseDClick(view->viewport(), Qt::LeftButton, modifiers, at);
 }
 
 ConsoleFixture::ConsoleFixture() {

@@ -2,7 +2,8 @@
 // What the console's window tests set up around each case: settings in a
 // file of their own, the scripted prompter, and the reference server with
 // the console's one session on it. Plus the few steps every such test takes:
-// finding a named control, acting on a window that a modal loop shows.
+// finding a named control, typing and clicking as a person does, acting on a
+// window that a modal loop shows.
 
 #include <QApplication>
 #include <QTemporaryDir>
@@ -13,6 +14,9 @@
 #include "support/ScriptedPrompter.h"
 #include "support/TestServer.h"
 
+class QAbstractItemView;
+class QLineEdit;
+
 namespace winadmin {
 
 class ServerSession;
@@ -22,6 +26,18 @@ TestServer::Options ServerOptions(const char* brand = "", const char* language =
 
 // Shows the window and waits until it is active; false when it never is.
 bool ShowActive(QWidget& window);
+
+// Replaces the field's text from the keyboard: select all, type (an empty
+// text deletes the selection). The focus stays where it is.
+void Retype(QLineEdit* field, const QString& text);
+// Ctrl+V with the text on the clipboard.
+void Paste(QLineEdit* field, const QString& text);
+
+// The centre of a list row, scrolled into view.
+QPoint RowPoint(QAbstractItemView* view, int row);
+// A click on the row; a double click starts as a click, as a person's does.
+void ClickRow(QAbstractItemView* view, int row, Qt::KeyboardModifiers modifiers = {},
+              bool doubleClick = false);
 
 template <class W>
 W* Child(const QObject& parent, const char* name) {

@@ -1,13 +1,16 @@
 #include "support/ExplorerFixture.h"
 
 #include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QTest>
 #include <QTreeView>
 #include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
 
 #include "demo/DemoData.h"
 #include "session/ServerSession.h"
 #include "shell/ExplorerListView.h"
+#include "shell/ListModel.h"
 #include "shell/frmMain.h"
 #include "store/Store.h"
 
@@ -60,6 +63,53 @@ QStringList ExplorerFixture::ColumnTexts(const QAbstractItemModel* model, int co
     for (int row = 0; row < model->rowCount(); ++row)
         texts << model->index(row, column).data().toString();
     return texts;
+}
+
+int RowOf(frmMain& main, const QString& text, const QString& kind) {
+    return main.ListRows()->FindText(text, kind);
+}
+
+bool ClickRow(frmMain& main, int row, Qt::KeyboardModifiers modifiers) {
+    if (row < 0) return false;
+    ClickRow(main.List()->DetailsView(), row, modifiers);
+    return main.ActiveControl() == QLatin1String("ListView");
+}
+
+bool ClickRow(frmMain& main, const QString& text, const QString& kind) {
+    return ClickRow(main, RowOf(main, text, kind));
+}
+
+QString SelectedRowText(frmMain& main) {
+    QItemSelectionModel* rows = main.List()->SelectionModel();
+    const QModelIndex current = rows->currentIndex();
+    return current.isValid() && rows->isRowSelected(current.row())
+               ? main.ListRows()->Row(current.row()).cells.value(0)
+               : QString();
+}
+
+QString CurrentKey(frmMain& main) {
+    return ExplorerFixture::Key(main.Tree()->currentItem());
+}
+
+QSet<QString> ExpandedKeys(frmMain& main) {
+    QSet<QString> keys;
+    for (QTreeWidgetItemIterator it(main.Tree()); *it; ++it)
+        if ((*it)->isExpanded()) keys.insert(ExplorerFixture::Key(*it));
+    return keys;
+}
+
+bool Enabled(frmMain& main, const char* entry) {
+    return main.MenuEntry(QLatin1String(entry))->isEnabled();
+}
+
+void ExplorerSuite::init() {
+    fx_ = std::make_unique<ExplorerFixture>();
+    fx_->StartDemo();
+}
+
+void ExplorerSuite::cleanup() {
+    std::unique_ptr<ConsoleFixture> fixture = std::move(fx_);
+    QCOMPARE(ConsoleFixture::Close(fixture), 0);
 }
 
 }  // namespace winadmin

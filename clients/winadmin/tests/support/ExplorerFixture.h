@@ -1,8 +1,11 @@
 #pragma once
 // What the explorer's tests add to the console fixture: the reference server
-// holding the demo installation, the main window opened on it, and clicks on
-// tree nodes and list headers as a person makes them.
+// holding the demo installation, the main window opened on it, clicks on
+// tree nodes, list rows and list headers as a person makes them, and the
+// test object that gives each case a fresh fixture.
 
+#include <QObject>
+#include <QSet>
 #include <QStringList>
 #include <memory>
 
@@ -36,6 +39,35 @@ public:
     static QString Key(const QTreeWidgetItem* node);
     static QString Kind(const QTreeWidgetItem* node);
     static QStringList ColumnTexts(const QAbstractItemModel* model, int column);
+};
+
+// The main window's list: the row showing text (with the icon of kind when
+// given), -1 for none; a click on a row, which leaves the list the active
+// control (false when there is no such row or it does not); the first cell
+// of the current row while it is selected, "" otherwise.
+int RowOf(frmMain& main, const QString& text, const QString& kind = {});
+bool ClickRow(frmMain& main, int row, Qt::KeyboardModifiers modifiers = {});
+bool ClickRow(frmMain& main, const QString& text, const QString& kind = {});
+QString SelectedRowText(frmMain& main);
+// The tree: the current node's key; the keys of the open nodes.
+QString CurrentKey(frmMain& main);
+QSet<QString> ExpandedKeys(frmMain& main);
+bool Enabled(frmMain& main, const char* entry);
+
+// The test object of a suite on this fixture: a fresh fixture on the demo
+// installation for each case (a case that stops the server starts its own
+// over TCP), and after the case no scripted answer left unused.
+class ExplorerSuite : public QObject {
+    Q_OBJECT
+
+protected:
+    veldrano::server::Store& Store() { return fx_->Store(); }
+
+    std::unique_ptr<ExplorerFixture> fx_;
+
+private slots:
+    void init();
+    void cleanup();
 };
 
 }  // namespace winadmin

@@ -21,6 +21,7 @@ const Prompt& ScriptedPrompter::LastPrompt() const {
 }
 
 int ScriptedPrompter::Show(const Prompt& prompt) {
+    if (whileShown) whileShown();
     const bool busy = qobject_cast<QGuiApplication*>(QCoreApplication::instance()) &&
                       QGuiApplication::overrideCursor() != nullptr;
     prompts_.append(Record{prompt, busy});

@@ -6,6 +6,7 @@
 #include <QList>
 #include <QQueue>
 #include <QStringList>
+#include <functional>
 
 #include "common/Prompter.h"
 
@@ -42,6 +43,10 @@ public:
     int Show(const Prompt& prompt) override;
     void Beep() override { ++beeps_; }
     QString AskSaveFileName(const QString& title, const QString& filter) override;
+
+    // Runs each time a box shows, before it is answered: what a modal box's
+    // event loop would let timers do meanwhile. Cleared by assigning {}.
+    std::function<void()> whileShown;
 
 private:
     Prompter* previous_;

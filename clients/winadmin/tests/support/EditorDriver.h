@@ -1,0 +1,60 @@
+#pragma once
+// Drives a dialog through its named controls as a person does: typing into
+// fields, clicking buttons and list rows, reading the answer it leaves.
+
+#include <QLineEdit>
+#include <QStringList>
+
+#include "editors/FormParameters.h"
+#include "support/ConsoleFixture.h"
+
+namespace winadmin {
+
+class ListModel;
+
+class EditorDriver {
+public:
+    // A window that is already shown.
+    explicit EditorDriver(QWidget& window) : window_(window) {}
+
+    template <class W = QLineEdit>
+    W* Field(const char* name) const {
+        return Child<W>(window_, name);
+    }
+    void Type(const char* field, const QString& text) { Retype(Field(field), text); }
+    void Key(const char* field, Qt::Key key);
+    void Click(const char* button);
+    void Paste(const char* field, const QString& text) { winadmin::Paste(Field(field), text); }
+
+    // A list view's rows and their first column.
+    const ListModel& List(const char* list) const;
+    QStringList Names(const char* list) const;
+    // Clicks the rows with these names, the first plainly, the others with Ctrl.
+    void Select(const char* list, const QStringList& names, bool doubleClick = false);
+
+    // The "Refresh" answer a closed dialog leaves.
+    static QString Answer() { return FormParameterValue(QStringLiteral("Refresh")); }
+
+protected:
+    // Shows the window with the request and waits out its start-up tick.
+    void Show(const FormParameterList& request);
+
+private:
+    QWidget& window_;
+};
+
+template <class Dialog>
+struct DialogHolder {
+    Dialog dialog;
+};
+
+// A dialog of its own, shown with a request and past its start-up tick.
+template <class Dialog>
+struct ShownEditor : DialogHolder<Dialog>, EditorDriver {
+    explicit ShownEditor(const FormParameterList& request) : EditorDriver(this->dialog) {
+        Show(request);
+    }
+    using DialogHolder<Dialog>::dialog;
+};
+
+}  // namespace winadmin
