@@ -140,4 +140,12 @@ private:
     bool closing_ = false;
 };
 
+// Opens an editor modally for the request in the form-parameter list; the
+// answer is left there when it closes.
+template <class Editor>
+void OpenEditor(QWidget* parent) {
+    Editor editor(parent);
+    editor.exec();
+}
+
 }  // namespace winadmin

@@ -69,9 +69,4 @@ void frmGatewayUser::CommitObject(int action) {
     user_.set_version(session.CommitGatewayUser(user_));
 }
 
-void OpenGatewayUserEditor(QWidget* parent) {
-    frmGatewayUser editor(parent);
-    editor.exec();
-}
-
 }  // namespace winadmin

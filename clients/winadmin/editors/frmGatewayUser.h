@@ -42,7 +42,4 @@ private:
     GatewayUserRecord user_;
 };
 
-// Opens the editor for the request in the form-parameter list, modally.
-void OpenGatewayUserEditor(QWidget* parent);
-
 }  // namespace winadmin

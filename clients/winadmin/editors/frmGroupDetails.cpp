@@ -257,9 +257,4 @@ void frmGroupDetails::UpdateRemoveButton() {
                                      ui->lvGrpMembers->selectionModel()->hasSelection());
 }
 
-void OpenGroupEditor(QWidget* parent) {
-    frmGroupDetails editor(parent);
-    editor.exec();
-}
-
 }  // namespace winadmin

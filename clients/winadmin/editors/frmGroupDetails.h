@@ -73,7 +73,4 @@ private:
     QHash<QString, QString> commentByKey_;
 };
 
-// Opens the editor for the request in the form-parameter list, modally.
-void OpenGroupEditor(QWidget* parent);
-
 }  // namespace winadmin

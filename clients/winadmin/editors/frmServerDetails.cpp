@@ -212,9 +212,4 @@ void frmServerDetails::CommitObject(int action) {
     server_.set_version(session.CommitServer(server_));
 }
 
-void OpenServerEditor(QWidget* parent) {
-    frmServerDetails editor(parent);
-    editor.exec();
-}
-
 }  // namespace winadmin

@@ -50,7 +50,4 @@ private:
     bool deleteDevices_ = false;
 };
 
-// Opens the editor for the request in the form-parameter list, modally.
-void OpenServerEditor(QWidget* parent);
-
 }  // namespace winadmin

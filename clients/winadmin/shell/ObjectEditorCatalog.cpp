@@ -12,15 +12,20 @@ namespace winadmin {
 
 const std::vector<ObjectWindow>& ObjectWindowCatalog() {
     static const std::vector<ObjectWindow> catalog = {
-        {{QStringLiteral("Server"), QStringLiteral("Servers")}, QStringLiteral("HostName"),
-         &OpenServerEditor},
-        {{QStringLiteral("Group"), QStringLiteral("Groups")}, QStringLiteral("GroupName"),
-         &OpenGroupEditor},
-        {{QStringLiteral("GatewayUser"), QStringLiteral("Gateway")}, QStringLiteral("GatewayUser"),
-         &OpenGatewayUserEditor},
-        {{QStringLiteral("Process"), QStringLiteral("Processes")}, QStringLiteral("HostName"),
+        {{QStringLiteral("Server"), QStringLiteral("Servers")},
+         QStringLiteral("HostName"),
+         &OpenEditor<frmServerDetails>},
+        {{QStringLiteral("Group"), QStringLiteral("Groups")},
+         QStringLiteral("GroupName"),
+         &OpenEditor<frmGroupDetails>},
+        {{QStringLiteral("GatewayUser"), QStringLiteral("Gateway")},
+         QStringLiteral("GatewayUser"),
+         &OpenEditor<frmGatewayUser>},
+        {{QStringLiteral("Process"), QStringLiteral("Processes")},
+         QStringLiteral("HostName"),
          &OpenProcessViewer},
-        {{QStringLiteral("Event"), QStringLiteral("Events")}, QStringLiteral("HostName"),
+        {{QStringLiteral("Event"), QStringLiteral("Events")},
+         QStringLiteral("HostName"),
          &OpenEventViewer},
     };
     return catalog;
