@@ -107,22 +107,16 @@ void SelectionDialog::ShowFind() {
 }
 
 void SelectionDialog::done(int result) {
-    FormParameterList answer;
-    if (result == QDialog::Accepted) {
-        const QString chosen = SelectedName();
-        if (chosen.isEmpty()) {
-            // Enter with nothing selected: nothing to take.
-            ThePrompter().Beep();
-            return;
-        }
-        answer = {{QStringLiteral("Refresh"), QStringLiteral("-1")},
-                  {controls_.choiceName, chosen}};
-    } else {
-        answer = {{QStringLiteral("Refresh"), QStringLiteral("0")}};
+    const QString chosen = result == QDialog::Accepted ? SelectedName() : QString();
+    if (result == QDialog::Accepted && chosen.isEmpty()) {
+        // Enter with nothing selected: nothing to take.
+        ThePrompter().Beep();
+        return;
     }
     timStartUp_->stop();
     activated_ = false;
-    SetFormParameters(std::move(answer));
+    AnswerRefresh(!chosen.isEmpty());
+    if (!chosen.isEmpty()) FormParameters().append({controls_.choiceName, chosen});
     QDialog::done(result);
 }
 

@@ -9,15 +9,13 @@ namespace winadmin {
 frmGroupSelection::frmGroupSelection(QWidget* parent)
     : SelectionDialog(parent), ui(std::make_unique<Ui::frmGroupSelection>()) {
     ui->setupUi(this);
-    Controls controls;
-    controls.choiceName = QStringLiteral("GroupName");
-    controls.columnKeys = {QStringLiteral("GroupName"), QStringLiteral("GroupComment")};
-    controls.list = ui->lvGroups;
-    controls.ok = ui->cmdOK;
-    controls.cancel = ui->cmdCancel;
-    controls.find = ui->cmdFind;
-    controls.findCode = kFindGroupSelection;
-    SetUpSelection(controls);
+    SetUpSelection({.choiceName = QStringLiteral("GroupName"),
+                    .columnKeys = {QStringLiteral("GroupName"), QStringLiteral("GroupComment")},
+                    .list = ui->lvGroups,
+                    .ok = ui->cmdOK,
+                    .cancel = ui->cmdCancel,
+                    .find = ui->cmdFind,
+                    .findCode = kFindGroupSelection});
 }
 
 frmGroupSelection::~frmGroupSelection() = default;

@@ -8,13 +8,11 @@ namespace winadmin {
 frmServerSelection::frmServerSelection(QWidget* parent)
     : SelectionDialog(parent), ui(std::make_unique<Ui::frmServerSelection>()) {
     ui->setupUi(this);
-    Controls controls;
-    controls.choiceName = QStringLiteral("HostName");
-    controls.columnKeys = {QStringLiteral("ServerName"), QStringLiteral("ServerComment")};
-    controls.list = ui->lvServers;
-    controls.ok = ui->cmdOK;
-    controls.cancel = ui->cmdCancel;
-    SetUpSelection(controls);
+    SetUpSelection({.choiceName = QStringLiteral("HostName"),
+                    .columnKeys = {QStringLiteral("ServerName"), QStringLiteral("ServerComment")},
+                    .list = ui->lvServers,
+                    .ok = ui->cmdOK,
+                    .cancel = ui->cmdCancel});
 }
 
 frmServerSelection::~frmServerSelection() = default;
