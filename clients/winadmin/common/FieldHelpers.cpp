@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QValidator>
 
 #include "common/AppContext.h"
@@ -52,6 +53,7 @@ public:
         : QObject(field), field_(field), kind_(kind), maxLength_(maxLength) {}
 
     bool eventFilter(QObject* watched, QEvent* event) override {
+        if (watched == field_ && event->type() == QEvent::ParentChange) FollowSpinBox();
         if (event->type() != QEvent::KeyPress) return QObject::eventFilter(watched, event);
         auto* key = static_cast<QKeyEvent*>(event);
         // Shortcuts (copy, paste, select all) are no typing.
@@ -68,10 +70,22 @@ public:
         return keyAscii == 0;
     }
 
+    // A spin box hands the keys it does not use itself straight to its line
+    // edit's event(), past any filter there: the filter has to sit on the spin
+    // box too, whether the field is adopted before or after the filter is put on.
+    void FollowSpinBox() {
+        auto* spin = qobject_cast<QAbstractSpinBox*>(field_->parentWidget());
+        if (!spin || spin == spin_) return;
+        if (spin_) spin_->removeEventFilter(this);
+        spin_ = spin;
+        spin_->installEventFilter(this);
+    }
+
 private:
     QWidget* field_;
     int kind_;
     int maxLength_;
+    QPointer<QAbstractSpinBox> spin_;
 };
 
 bool IsNumber(const QString& text, double* value) {
@@ -132,12 +146,17 @@ bool FilterKey(QWidget* control, int kind, int maxLength, int& keyAscii) {
         keyAscii = 0;
         return true;
     }
-    if (keyAscii < 32) return true;
+    // Only what would be typed into the text is held to the rules. Editing
+    // keys pass, also where the platform gives them a character: X11 sends
+    // Delete as U+007F.
+    // (Half of a character outside the basic plane is no editing key.)
+    const QChar typed(keyAscii);
+    if (keyAscii < 32 || (!typed.isPrint() && !typed.isSurrogate())) return true;
     const QString text = edit ? edit->text() : FieldText(control);
     const bool selection = edit && edit->hasSelectedText();
     bool refused = maxLength > 0 && text.size() + 1 > maxLength && !selection;
     if (!refused && kind >= kKeyDigits && kind <= kKeyNoParentheses)
-        refused = !KeyFilterAccepts(kind, QChar(keyAscii));
+        refused = !KeyFilterAccepts(kind, typed);
     if (refused) {
         keyAscii = 0;
         ThePrompter().Beep();
@@ -151,7 +170,9 @@ void InstallKeyFilter(QWidget* field, int kind, int maxLength) {
         if (maxLength > 0) edit->setMaxLength(maxLength);
         if (kind >= kKeyDigits && kind <= kKeyNoParentheses && kind != kKeyAnyText)
             edit->setValidator(new KeyFilterValidator(kind, edit));
-        edit->installEventFilter(new KeyFilterEvents(field, kind, maxLength));
+        auto* events = new KeyFilterEvents(field, kind, maxLength);
+        edit->installEventFilter(events);
+        events->FollowSpinBox();
     }
     if (auto* combo = qobject_cast<QComboBox*>(field)) {
         auto* events = new KeyFilterEvents(field, kind, maxLength);
@@ -220,6 +241,18 @@ QString FormatUserRef(const QString& displayName, const QString& user, const QSt
 QString FormatNamed(const QString& name, const QString& second) {
     if (name.isEmpty()) return NoneText();
     return name.trimmed() + QLatin1String(" (") + second.trimmed() + QLatin1Char(')');
+}
+
+QString ParenthesizedUserAtHost(const QStringList& userAndHost) {
+    const QString user = userAndHost.value(0);
+    const QString host = userAndHost.value(1);
+    if (user.isEmpty() && host.isEmpty()) return {};
+    return QLatin1Char('(') + user + QLatin1Char('@') + host + QLatin1Char(')');
+}
+
+QString ParenthesizedUserAtHostOrNone(const QStringList& userAndHost) {
+    const QString reference = ParenthesizedUserAtHost(userAndHost);
+    return reference.isEmpty() ? NoneText() : reference;
 }
 
 QString AppendParenthesized(const QString& a, const QString& b) {

@@ -6,6 +6,7 @@
 // copes with controls on hidden pages.
 
 #include <QString>
+#include <QStringList>
 
 class QComboBox;
 class QLineEdit;
@@ -26,7 +27,9 @@ enum KeyFilter {
 bool KeyFilterAccepts(int kind, QChar c);
 
 // The key handler of a field: keyAscii is the character code of the key (13
-// Enter, 8 backspace, 32 and above printable); a refused key comes back as 0.
+// Enter, 8 backspace, printable characters from 32 up; editing keys that the
+// platform sends with a character, such as Delete with U+007F, are no typing
+// and pass); a refused key comes back as 0.
 // For a combo box: a disabled one does nothing; Enter while its list is
 // dropped down closes the list and is swallowed. Everything else goes on to
 // FilterKey.
@@ -38,7 +41,9 @@ bool FilterKey(QWidget* control, int kind, int maxLength, int& keyAscii);
 
 // Puts the key filter on a text field or an editable combo box for good: typed
 // keys go through ComboKeyPress, and pasted or dropped text is held to the
-// same characters and cut at maxLength (0: no limit).
+// same characters and cut at maxLength (0: no limit). A field that is (or
+// later becomes) the line edit of a spin box keeps its filter for the keys
+// typed while the spin box has the focus.
 void InstallKeyFilter(QWidget* field, int kind, int maxLength);
 
 // The index of the first entry whose item data is value; -1 when none is.
@@ -66,6 +71,12 @@ QString FormatUserAtHost(const QString& user, const QString& host);
 QString FormatUserRef(const QString& displayName, const QString& user, const QString& host);
 // The "(None)" text when there is no object (no name), else name (second).
 QString FormatNamed(const QString& name, const QString& second);
+// A user reference given as its parts {user, host}: "(user@host)", and ""
+// when there is none (no parts, or both empty), so that it can follow
+// a name as it is.
+QString ParenthesizedUserAtHost(const QStringList& userAndHost);
+// The same, but the "(None)" text when there is no reference.
+QString ParenthesizedUserAtHostOrNone(const QStringList& userAndHost);
 // a (b), or a alone when b is blank.
 QString AppendParenthesized(const QString& a, const QString& b);
 // The text between the last "(" and the ")" after it: user@host out of

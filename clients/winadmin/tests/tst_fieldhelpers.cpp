@@ -1,6 +1,6 @@
 // The field helpers on real widgets: what gets into a field by typing,
-// pasting and dropping, the empty and range checks with their messages, and
-// the reference formats.
+// pasting and dropping, editing keys as the platform sends them, the empty
+// and range checks with their messages, and the reference formats.
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -15,8 +15,8 @@
 
 #include "common/AppContext.h"
 #include "common/FieldHelpers.h"
-#include "common/UpDown.h"
 #include "support/ConsoleFixture.h"
+#include "support/PlatformKeys.h"
 
 using namespace winadmin;
 
@@ -57,6 +57,8 @@ private slots:
     void KeyFilterKinds_data();
     void KeyFilterKinds();
     void LengthLimitUnlessSelected();
+    void EditingKeysPass_data();
+    void EditingKeysPass();
     void PasteAndDropHeldToTheFilter();
     void EnterHandling();
     void EmptyAndRangeChecks_data();
@@ -64,7 +66,6 @@ private slots:
     void DisabledFieldsPassAndHiddenFieldsKeepFocus();
     void ComboItemData();
     void ReferenceFormats();
-    void UpDownStepsWithinBounds();
 
 private:
     std::unique_ptr<ConsoleFixture> fixture_;
@@ -86,12 +87,18 @@ void TestFieldHelpers::KeyFilterKinds_data() {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("kept");
     QTest::addColumn<int>("beeps");
-    QTest::newRow("digits") << 1 << "1a2.3" << "123" << 2;
-    QTest::newRow("any text") << 2 << "a (b)" << "a (b)" << 0;
-    QTest::newRow("number forms") << 3 << "1.2/3-4," << "1.2/34" << 2;
-    QTest::newRow("decimal with the user's separator") << 4 << "1,5.2" << "1,52" << 1;
-    QTest::newRow("no parentheses") << 5 << "x(y)z" << "xyz" << 2;
-    QTest::newRow("unknown kind takes anything") << 9 << "(1)" << "(1)" << 0;
+    QTest::newRow("digits") << 1 << "1a2.3"
+                            << "123" << 2;
+    QTest::newRow("any text") << 2 << "a (b)"
+                              << "a (b)" << 0;
+    QTest::newRow("number forms") << 3 << "1.2/3-4,"
+                                  << "1.2/34" << 2;
+    QTest::newRow("decimal with the user's separator") << 4 << "1,5.2"
+                                                       << "1,52" << 1;
+    QTest::newRow("no parentheses") << 5 << "x(y)z"
+                                    << "xyz" << 2;
+    QTest::newRow("unknown kind takes anything") << 9 << "(1)"
+                                                 << "(1)" << 0;
 }
 
 void TestFieldHelpers::KeyFilterKinds() {
@@ -114,6 +121,73 @@ void TestFieldHelpers::LengthLimitUnlessSelected() {
     form.field->setSelection(1, 2);
     form.Type(QStringLiteral("X"));
     QCOMPARE(form.field->text(), QStringLiteral("aXd"));
+    QCOMPARE(fixture_->prompter.BeepCount(), 1);
+}
+
+void TestFieldHelpers::EditingKeysPass_data() {
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("maxLength");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("cursor");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("kept");
+    QTest::addColumn<QString>("refused");  // a character the field still refuses after
+    QTest::newRow("Delete in a digits field") << 1 << 0 << "123" << 1 << "Delete"
+                                              << "13"
+                                              << "x";
+    QTest::newRow("Delete in a full digits field") << 1 << 3 << "123" << 0 << "Delete"
+                                                   << "23"
+                                                   << "x";
+    QTest::newRow("Delete in a full text field") << 2 << 3 << "abc" << 1 << "Delete"
+                                                 << "ac"
+                                                 << "";
+    QTest::newRow("Delete in a decimal field") << 4 << 4 << "1,50" << 1 << "Delete"
+                                               << "150"
+                                               << ".";
+    QTest::newRow("Delete in a key field") << 5 << 0 << "host" << 0 << "Delete"
+                                           << "ost"
+                                           << "(";
+    QTest::newRow("Backspace in a full digits field") << 1 << 3 << "123" << 3 << "Backspace"
+                                                      << "12"
+                                                      << "x";
+    QTest::newRow("Backspace in a number-forms field") << 3 << 0 << "1.2" << 2 << "Backspace"
+                                                       << "12"
+                                                       << "-";
+    // Other platforms, and some input methods, send no text with the keys.
+    QTest::newRow("Delete without text") << 1 << 3 << "123" << 2 << "Delete bare"
+                                         << "12"
+                                         << "x";
+    QTest::newRow("Backspace without text") << 1 << 3 << "123" << 1 << "Backspace bare"
+                                            << "23"
+                                            << "x";
+}
+
+void TestFieldHelpers::EditingKeysPass() {
+    QFETCH(int, kind);
+    QFETCH(int, maxLength);
+    QFETCH(QString, text);
+    QFETCH(int, cursor);
+    QFETCH(QString, key);
+    QFETCH(QString, refused);
+    Form form;
+    InstallKeyFilter(form.field, kind, maxLength);
+    form.field->setText(text);
+    form.field->setCursorPosition(cursor);
+    if (key == QLatin1String("Delete"))
+        PlatformDelete(form.field);
+    else if (key == QLatin1String("Backspace"))
+        PlatformBackspace(form.field);
+    else if (key == QLatin1String("Delete bare"))
+        PlatformKey(form.field, Qt::Key_Delete, QString());
+    else
+        PlatformKey(form.field, Qt::Key_Backspace, QString());
+    QTEST(form.field->text(), "kept");
+    QCOMPARE(fixture_->prompter.BeepCount(), 0);
+    if (refused.isEmpty()) return;
+    // The filter still holds what is typed.
+    const QString before = form.field->text();
+    form.Type(refused);
+    QCOMPARE(form.field->text(), before);
     QCOMPARE(fixture_->prompter.BeepCount(), 1);
 }
 
@@ -235,23 +309,19 @@ void TestFieldHelpers::ReferenceFormats() {
     QCOMPARE(FormatNamed({}, "x"), QStringLiteral("(None)"));
     QCOMPARE(AppendParenthesized("a", "  "), QStringLiteral("a"));
     QCOMPARE(CutAtNul(QStringLiteral("abc") + QChar(0) + "junk"), QStringLiteral("abc"));
-}
-
-void TestFieldHelpers::UpDownStepsWithinBounds() {
-    Form form;
-    UpDown spin;
-    spin.Bind(form.field, 0, 10);
-    form.field->setText(QStringLiteral("9"));
-    QTest::keyClick(form.field, Qt::Key_Up);
-    QTest::keyClick(form.field, Qt::Key_Up);
-    QCOMPARE(form.field->text(), QStringLiteral("10"));
-    form.field->setText(QStringLiteral("abc"));
-    spin.StepBy(-1);
-    QCOMPARE(form.field->text(), QStringLiteral("10"));
-    // Out of range typed text is left for the range check, stepping brings it back.
-    form.field->setText(QStringLiteral("50"));
-    spin.StepBy(-1);
-    QCOMPARE(form.field->text(), QStringLiteral("10"));
+    QCOMPARE(ParenthesizedUserAtHost({"ann", "fx"}), QStringLiteral("(ann@fx)"));
+    QCOMPARE(ParenthesizedUserAtHostOrNone({"ann", "fx"}), QStringLiteral("(ann@fx)"));
+    QCOMPARE(AppendParenthesized("Ann Lee",
+                                 ExtractParenthesized(ParenthesizedUserAtHost({"ann", "fx"}))),
+             ref);
+    // The "(None)" text is the language's.
+    fixture_->LogIn(ServerOptions("", "de"));
+    for (const QStringList& none : {QStringList(), QStringList{"", ""}}) {
+        QCOMPARE(ParenthesizedUserAtHost(none), QString());
+        QCOMPARE(ParenthesizedUserAtHostOrNone(none), QStringLiteral("(Keine)"));
+    }
+    QCOMPARE(FormatUserAtHost({}, {}), QStringLiteral("(Keine)"));
+    QCOMPARE(ExtractParenthesized("(Keine)"), QString());
 }
 
 QTEST_MAIN(TestFieldHelpers)
