@@ -8,11 +8,12 @@
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTimer>
+#include <stdexcept>
+#include <string>
 
-#include "common/FieldHelpers.h"
+#include "common/FormParameters.h"
 #include "common/Labels.h"
-#include "common/Prompter.h"
-#include "editors/FormParameters.h"
+#include "common/Pages.h"
 #include "session/CallSession.h"
 
 namespace winadmin {
@@ -20,6 +21,7 @@ namespace winadmin {
 namespace {
 
 constexpr char kDesignCaption[] = "designCaption";
+const QString kNew = QStringLiteral("New");
 
 bool IsModified(EditorState state) {
     return state == EditorState::Changed || state == EditorState::NewObject;
@@ -36,22 +38,21 @@ EditorFrame::EditorFrame(QWidget* parent) : QDialog(parent), timStartUp_(new QTi
 void EditorFrame::SetUpFrame(const Controls& controls, const Messages& messages) {
     controls_ = controls;
     messages_ = messages;
-    auto named = [this](auto* given, const char* name) {
-        using Control = std::remove_pointer_t<decltype(given)>;
-        return given ? given : findChild<Control*>(QLatin1String(name));
+    const auto refuse = [this](const char* what) {
+        throw std::logic_error(std::string(metaObject()->className()) + ": " + what);
     };
-    controls_.details = named(controls.details, "tabDetails");
-    controls_.ok = named(controls.ok, "cmdOK");
-    controls_.cancel = named(controls.cancel, "cmdCancel");
-    controls_.remove = named(controls.remove, "cmdDelete");
-    if (controls_.keyField) {
-        InstallKeyFilter(controls_.keyField, controls_.keyFilter, controls_.keyMaxLength);
+    if (!controls_.details) refuse("the form names no details container");
+    if (controls_.identity == Identity::Key && !controls_.keyField)
+        refuse("a keyed editor names no key field");
+    if (!controls_.ok || !controls_.cancel) refuse("the form names no OK or Cancel button");
+    FinishSetUp();
+    if (QLineEdit* key = controls_.keyField) {
+        InstallKeyFilter(key, controls_.keyFilter, controls_.keyMaxLength);
         // Installed after the key filter so that it sees Enter first.
-        controls_.keyField->installEventFilter(this);
+        key->installEventFilter(this);
     }
-    if (controls_.ok) connect(controls_.ok, &QAbstractButton::clicked, this, &EditorFrame::PressOK);
-    if (controls_.cancel)
-        connect(controls_.cancel, &QAbstractButton::clicked, this, &EditorFrame::reject);
+    connect(controls_.ok, &QAbstractButton::clicked, this, &EditorFrame::PressOK);
+    connect(controls_.cancel, &QAbstractButton::clicked, this, &EditorFrame::reject);
     if (controls_.remove)
         connect(controls_.remove, &QAbstractButton::clicked, this, &EditorFrame::DeleteObject);
 }
@@ -70,7 +71,7 @@ void EditorFrame::showEvent(QShowEvent* event) {
 }
 
 void EditorFrame::TranslateTabs() {
-    QTabWidget* tabs = controls_.details;
+    auto* tabs = qobject_cast<QTabWidget*>(controls_.details);
     if (!tabs) return;
     for (int i = 0; i < tabs->count(); ++i) {
         QWidget* page = tabs->widget(i);
@@ -83,13 +84,31 @@ void EditorFrame::TranslateTabs() {
 void EditorFrame::StartUp() {
     if (!isVisible()) return;  // closed before the first tick
     FillFixedLists();
+    if (!ReadRequest()) {
+        Unload(QDialog::Rejected);
+        return;
+    }
     const FormParameter request = FirstFormParameter();
-    ReadRequest();
-    if (request.name == messages_.keyName && !messages_.keyName.isEmpty()) {
-        Loading([&] { controls_.keyField->setText(request.value); });
-        LoadByKey();
-    } else if (request.name == QLatin1String("New")) {
-        SetEditorState(EditorState::NewKey);
+    switch (controls_.identity) {
+        case Identity::Key:
+            if (request.name == messages_.requestName) {
+                Loading([&] { controls_.keyField->setText(request.value); });
+                LoadByIdentity();
+            } else if (request.name == kNew) {
+                SetEditorState(EditorState::NewKey);
+            }
+            break;
+        case Identity::Position:
+            if (request.name == messages_.requestName) {
+                index_ = request.value.toInt();
+                LoadByIdentity();
+            } else if (request.name == kNew) {
+                CreateAtOnce();
+            }
+            break;
+        case Identity::Single:
+            LoadByIdentity();
+            break;
     }
 }
 
@@ -97,15 +116,42 @@ QString EditorFrame::Key() const {
     return controls_.keyField ? controls_.keyField->text().trimmed() : QString();
 }
 
-void EditorFrame::WatchFields(std::initializer_list<QWidget*> fields) {
-    for (QWidget* field : fields) {
-        if (auto* edit = qobject_cast<QLineEdit*>(field))
-            connect(edit, &QLineEdit::textChanged, this, [this] { MarkModified(); });
-        else if (auto* button = qobject_cast<QAbstractButton*>(field))
-            connect(button, &QAbstractButton::toggled, this, [this] { MarkModified(); });
-        else if (auto* combo = qobject_cast<QComboBox*>(field))
-            connect(combo, &QComboBox::currentIndexChanged, this, [this] { MarkModified(); });
+void EditorFrame::WatchField(QWidget* field) {
+    if (auto* edit = qobject_cast<QLineEdit*>(field))
+        connect(edit, &QLineEdit::textChanged, this, &EditorFrame::MarkModified);
+    else if (auto* button = qobject_cast<QAbstractButton*>(field))
+        connect(button, &QAbstractButton::toggled, this, &EditorFrame::MarkModified);
+    else if (auto* combo = qobject_cast<QComboBox*>(field))
+        connect(combo, &QComboBox::currentIndexChanged, this, &EditorFrame::MarkModified);
+    else if (field && field->metaObject()->indexOfSignal("ValueChanged()") >= 0)
+        connect(field, SIGNAL(ValueChanged()), this, SLOT(MarkModified()));
+    else
+        throw std::logic_error(std::string(metaObject()->className()) +
+                               ": no change signal to watch on " +
+                               (field ? field->objectName().toStdString() : "a missing field"));
+}
+
+bool EditorFrame::Warn(const QString& key, QWidget* focus) {
+    Prompt prompt;
+    prompt.text = GetLabel(key);
+    prompt.title = windowTitle();
+    prompt.icon = PromptIcon::Exclamation;
+    ThePrompter().Show(prompt);
+    if (focus) {
+        ShowPageOf(focus);
+        CTRLSetFocus(focus);
     }
+    return false;
+}
+
+bool EditorFrame::AskYesNo(const QString& key, PromptIcon icon, bool noIsDefault) {
+    Prompt question;
+    question.text = GetLabel(key);
+    question.title = windowTitle();
+    question.icon = icon;
+    question.buttons = PromptButtons::YesNo;
+    question.defaultButton = noIsDefault ? 2 : 1;
+    return ThePrompter().Show(question) == Answer::Yes;
 }
 
 void EditorFrame::SetEditorState(EditorState state) {
@@ -114,7 +160,7 @@ void EditorFrame::SetEditorState(EditorState state) {
     switch (state) {
         case EditorState::Empty:
             loading_ = false;
-            ReleaseObject();
+            ReleaseRecord();
             if (!keepKey_ && key) {
                 Loading([&] { key->clear(); });
                 SetFieldLocked(key, false);
@@ -124,8 +170,9 @@ void EditorFrame::SetEditorState(EditorState state) {
             DisableContainer(controls_.details);
             break;
         case EditorState::Shown:
+        case EditorState::NewObject:
             loading_ = false;
-            Loading([&] { LoadFields(); });
+            if (state == EditorState::Shown) Loading([&] { LoadFields(); });
             SetFieldLocked(key, true);
             EnableContainer(controls_.details);
             Loading([&] { EnableRules(); });
@@ -138,7 +185,7 @@ void EditorFrame::SetEditorState(EditorState state) {
             if (keepKey_ && key) {
                 key->selectAll();
             } else {
-                ReleaseObject();
+                ReleaseRecord();
                 if (key) Loading([&] { key->clear(); });
                 Loading([&] { ClearFields(); });
             }
@@ -146,31 +193,20 @@ void EditorFrame::SetEditorState(EditorState state) {
             CTRLSetFocus(key);
             DisableContainer(controls_.details);
             break;
-        case EditorState::NewObject:
-            loading_ = false;
-            SetFieldLocked(key, true);
-            EnableContainer(controls_.details);
-            Loading([&] { EnableRules(); });
-            CTRLSetFocus(controls_.firstDetail);
-            break;
     }
     // While a new key is typed, Enter belongs to the key field and Escape
     // to Cancel.
-    if (controls_.ok) controls_.ok->setEnabled(state != EditorState::NewKey);
+    controls_.ok->setEnabled(state != EditorState::NewKey);
     if (auto* ok = qobject_cast<QPushButton*>(controls_.ok))
         ok->setDefault(state != EditorState::NewKey);
     if (controls_.remove)
-        controls_.remove->setEnabled(state == EditorState::Shown || state == EditorState::Changed);
+        controls_.remove->setEnabled(controls_.identity != Identity::Single &&
+                                     (state == EditorState::Shown || state == EditorState::Changed));
 }
 
-bool EditorFrame::LoadByKey() {
-    if (Key().isEmpty()) {
-        Prompt prompt;
-        prompt.text = GetLabel(QStringLiteral("FillEntrypoint"));
-        prompt.title = windowTitle();
-        prompt.icon = PromptIcon::Exclamation;
-        ThePrompter().Show(prompt);
-        CTRLSetFocus(controls_.keyField);
+bool EditorFrame::LoadByIdentity() {
+    if (controls_.identity == Identity::Key && Key().isEmpty()) {
+        Warn(QStringLiteral("FillEntrypoint"), controls_.keyField);
         return false;
     }
     if (!FindExisting()) return false;
@@ -180,45 +216,41 @@ bool EditorFrame::LoadByKey() {
 
 bool EditorFrame::FindExisting() {
     BusyPointer busy;
-    const QString key = Key();
-    bool isNew = false;
-    if (!CallSession([&] { isNew = FetchObject(key); })) return false;
-    if (state_ != EditorState::NewKey && isNew) {
-        Prompt prompt;
-        prompt.text = GetLabel(messages_.notExist);
-        prompt.title = windowTitle();
-        prompt.icon = PromptIcon::Exclamation;
-        ThePrompter().Show(prompt);
-        Unload(QDialog::Rejected);
-        return false;
-    }
-    return true;
+    Lookup found = Lookup::NoSuchObject;
+    if (!CallSession([&] { found = FetchRecord(); })) return false;
+    if (found == Lookup::Exists || state_ == EditorState::NewKey) return true;
+    Warn(messages_.notExist);
+    Unload(QDialog::Rejected);
+    return false;
 }
 
 bool EditorFrame::AcceptNewKey() {
     BusyPointer busy;
     const QString caption = controls_.keyLabel ? controls_.keyLabel->text() : QString();
     if (IsFieldEmpty(controls_.keyField, FieldEmptyMessage(caption))) return false;
-    bool isNew = false;
-    const QString key = Key();
-    if (!CallSession([&] { isNew = FetchObject(key); })) return false;
-    if (isNew) {
+    Lookup found = Lookup::Exists;
+    if (!CallSession([&] { found = FetchRecord(); })) return false;
+    if (found == Lookup::NoSuchObject) {
         // Enter again in the (locked) key of a new object must not put the
         // defaults back over what the administrator filled in.
         if (state_ != EditorState::NewObject) Loading([&] { LoadFields(); });
         SetEditorState(EditorState::NewObject);
         return true;
     }
-    Prompt question;
-    question.text = GetLabel(messages_.exists);
-    question.title = windowTitle();
-    question.icon = PromptIcon::Question;
-    question.buttons = PromptButtons::YesNo;
-    if (ThePrompter().Show(question) == Answer::Yes)
-        LoadByKey();
+    if (AskYesNo(messages_.exists, PromptIcon::Question, false))
+        LoadByIdentity();
     else
         CTRLSetFocus(controls_.keyField);
     return false;
+}
+
+bool EditorFrame::CreateAtOnce() {
+    BusyPointer busy;
+    index_ = 0;
+    if (!CallSession([&] { FetchRecord(); })) return false;
+    Loading([&] { LoadFields(); });
+    SetEditorState(EditorState::NewObject);
+    return true;
 }
 
 bool EditorFrame::MarkModified() {
@@ -227,25 +259,31 @@ bool EditorFrame::MarkModified() {
     return true;
 }
 
-bool EditorFrame::ApplyAction(int action) {
-    if (action == Insert || action == Update) {
+bool EditorFrame::ApplyAction(Action action, Confirmation* confirmation) {
+    if (action != Delete) {
         if (!ValidateFields()) return false;
-    }
-    if (action == Update && !ConfirmUpdate()) return false;
-    if (action == Insert || action == Update) {
+        const Confirmation decided = ConfirmSave(action);
+        if (confirmation) *confirmation = decided;
+        if (decided != Confirmation::Proceed) return false;
         if (!WriteFields()) return false;
     }
-    if (!CallSession([&] { CommitObject(action); })) return false;
+    Committed committed;
+    if (!CallSession([&] { committed = CommitRecord(action); })) return false;
+    AcceptCommit(committed);
+    if (action == Insert && controls_.identity == Identity::Position) index_ = committed.index;
     saved_ = -1;
     return true;
 }
 
-bool EditorFrame::SaveIfModified() {
+EditorFrame::SaveResult EditorFrame::SaveIfModified() {
     BusyPointer busy;
-    if (!IsModified(state_)) return false;
-    const bool applied = ApplyAction(state_ == EditorState::Changed ? Update : Insert);
-    if (!applied) return false;
-    return LoadByKey();
+    if (!IsModified(state_)) return SaveResult::Failed;
+    Confirmation confirmation = Confirmation::Proceed;
+    if (!ApplyAction(state_ == EditorState::Changed ? Update : Insert, &confirmation))
+        return confirmation == Confirmation::CloseUnsaved ? SaveResult::ClosedUnsaved
+                                                          : SaveResult::Failed;
+    // Show what the server stored, back in Shown.
+    return LoadByIdentity() ? SaveResult::Saved : SaveResult::Failed;
 }
 
 bool EditorFrame::AskSaveChanges() {
@@ -257,7 +295,7 @@ bool EditorFrame::AskSaveChanges() {
     question.buttons = PromptButtons::YesNoCancel;
     switch (ThePrompter().Show(question)) {
         case Answer::Yes:
-            return SaveIfModified();
+            return SaveIfModified() != SaveResult::Failed;
         case Answer::No:
             return true;
         default:
@@ -266,9 +304,10 @@ bool EditorFrame::AskSaveChanges() {
 }
 
 bool EditorFrame::DeleteObject() {
+    if (controls_.identity == Identity::Single) return false;
     Prompt question;
     question.text = GetLabel(QStringLiteral("QuestionDelete")) + QLatin1Char('\r') +
-                    QLatin1Char('\'') + Key() + QLatin1Char('\'');
+                    QLatin1Char('\'') + ObjectName() + QLatin1Char('\'');
     question.title = windowTitle();
     question.icon = PromptIcon::Question;
     question.buttons = PromptButtons::YesNo;
@@ -281,7 +320,17 @@ bool EditorFrame::DeleteObject() {
 }
 
 void EditorFrame::PressOK() {
-    if (IsModified(state_) && !SaveIfModified()) return;
+    if (IsModified(state_)) {
+        switch (SaveIfModified()) {
+            case SaveResult::Failed:
+                return;
+            case SaveResult::ClosedUnsaved:
+                Unload(QDialog::Rejected);
+                return;
+            case SaveResult::Saved:
+                break;
+        }
+    }
     accept();
 }
 
@@ -291,7 +340,6 @@ void EditorFrame::accept() {
 }
 
 void EditorFrame::reject() {
-    // Cancel, the close box and Escape all come here.
     if (!AskSaveChanges()) return;
     Unload(QDialog::Rejected);
 }
@@ -312,7 +360,7 @@ bool EditorFrame::eventFilter(QObject* watched, QEvent* event) {
             if (state_ == EditorState::NewKey || state_ == EditorState::NewObject)
                 AcceptNewKey();
             else
-                LoadByKey();
+                LoadByIdentity();
             return true;
         }
     }
@@ -323,7 +371,7 @@ void EditorFrame::keyPressEvent(QKeyEvent* event) {
     // Escape cancels only while a new key is typed; elsewhere the
     // administrator closes with Cancel or the close box.
     if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
-        if (state_ == EditorState::NewKey && controls_.cancel && controls_.cancel->isEnabled())
+        if (state_ == EditorState::NewKey && controls_.cancel->isEnabled())
             controls_.cancel->click();
         event->accept();
         return;

@@ -1,23 +1,26 @@
 #pragma once
-// The frame of every properties dialog. The explorer hands a dialog a key, or
-// asks for a new object, through the form-parameter list; the dialog loads a
-// moment after it shows, tracks whether the object is new and whether it was
-// changed, validates and commits through the session, and answers whether
-// anything was saved. An editor supplies only its fields, its checks and its
-// calls (the virtual functions below); the lifecycle is all here.
+// The frame of every properties dialog. The explorer hands a dialog a request
+// through the form-parameter list (a key, a position, or "New"); the dialog
+// loads a moment after it shows, tracks whether the object is new and whether
+// it was changed, validates and commits through the session, and answers
+// whether anything was saved. The lifecycle is all here; an editor supplies
+// its form, its bindings and its calls (RecordEditor.h).
 //
-// The dialog holds the key and its own copy of the record, never a pointer
-// into the explorer. A failing call goes to the common error dialog and
-// leaves the dialog open and as it was.
+// The dialog holds the identity of its object and its own copy of the
+// record, never a pointer into the explorer. A save works on a copy: the kept
+// record changes only once the server accepted the commit, so a failed or
+// declined save leaves the dialog exactly as it was and the next attempt asks
+// every question again.
 
 #include <QDialog>
 #include <QString>
-#include <functional>
+
+#include "common/FieldHelpers.h"
+#include "common/Prompter.h"
 
 class QAbstractButton;
 class QLabel;
 class QLineEdit;
-class QTabWidget;
 class QTimer;
 
 namespace winadmin {
@@ -27,7 +30,27 @@ enum class EditorState : int16_t {
     Shown = 1,      // an existing object, unchanged since it was loaded
     Changed = 2,    // an existing object, edited
     NewKey = 3,     // a new object: only its key may be typed
-    NewObject = 4,  // the new key is accepted; details being filled (counts as modified)
+    NewObject = 4,  // the new object's details being filled in (counts as modified)
+};
+
+// What the confirmations before a save decided.
+enum class Confirmation {
+    Proceed,       // write and commit
+    Stay,          // write nothing, the dialog stays open with the edits
+    CloseUnsaved,  // write nothing and close the dialog
+};
+
+// What a fetch by identity found.
+enum class Lookup {
+    Exists,        // a stored object; its record is kept
+    NoSuchObject,  // nothing stored under it; the kept record holds the defaults
+};
+
+// What a commit answers: the new version, and the position of objects that
+// are addressed by their place in a list.
+struct Committed {
+    int64_t version = 0;
+    int index = 0;
 };
 
 class EditorFrame : public QDialog {
@@ -39,54 +62,58 @@ public:
     EditorState State() const { return state_; }
     // -1 once any apply succeeded while the dialog was open, else 0.
     int16_t Saved() const { return saved_; }
-    bool IsLoading() const { return loading_; }
 
-    void SetEditorState(EditorState state);
-    bool LoadByKey();
-    bool FindExisting();
-    bool AcceptNewKey();
-    bool MarkModified();
-    bool ApplyAction(int action);
-    bool SaveIfModified();
-    bool AskSaveChanges();
-    bool DeleteObject();
-
-    // The buttons: OK saves what is modified and closes; Cancel closes,
-    // asking first about unsaved changes.
-    void PressOK();
-
-    void accept() override;
-    void reject() override;
+    void accept() override;  // OK
+    void reject() override;  // Cancel, the close box, Escape
 
 protected:
-    // What the frame needs to know of the editor's form. The details page
-    // and the buttons are found by their names (tabDetails, cmdOK, cmdCancel,
-    // cmdDelete) unless given.
+    // How a dialog names its object.
+    enum class Identity {
+        Key,       // a typed key field; "New" starts by typing a key
+        Position,  // a place in a list; "New" creates at once, without a key
+        Single,    // one object of its kind: no key, never new, never deleted
+    };
+    // What the frame needs to know of the form. The details container (a tab
+    // control or a plain frame) is required; the dialog's own Delete button
+    // is wired only when given.
     struct Controls {
-        QLineEdit* keyField = nullptr;
-        QLabel* keyLabel = nullptr;      // its caption names the field in messages
-        QWidget* firstDetail = nullptr;  // focused when the details open
-        int keyFilter = 5;               // key filter kind of the key field
+        Identity identity = Identity::Key;
+        QLineEdit* keyField = nullptr;  // Identity::Key only
+        QLabel* keyLabel = nullptr;     // its caption names the key in messages
+        KeyFilter keyFilter = kKeyNoParentheses;
         int keyMaxLength = 0;
-        QTabWidget* details = nullptr;
+        QWidget* details = nullptr;
+        QWidget* firstDetail = nullptr;  // focused when the details open
         QAbstractButton* ok = nullptr;
         QAbstractButton* cancel = nullptr;
-        QAbstractButton* remove = nullptr;  // the dialog's Delete, optional
+        QAbstractButton* remove = nullptr;
     };
-    // The request pair that opens an existing object ("HostName") and the
-    // messages of a missing and of a taken key ("ServerNotExist", "ServerExist").
+    // The request pair that opens an existing object ("HostName",
+    // "RateModify") and the messages of a missing and of a taken key.
     struct Messages {
-        QString keyName;
+        QString requestName;
         QString notExist;
         QString exists;
     };
+
     explicit EditorFrame(QWidget* parent);
-    // Called by the editor's constructor once its form is set up.
+    // Called last by the editor's constructor, once its form is set up and
+    // its fields are bound. A form the frame cannot run (no details
+    // container, no key field for a keyed editor, a field loaded but never
+    // written) throws std::logic_error here rather than misbehave later.
     void SetUpFrame(const Controls& controls, const Messages& messages);
 
-    // Changes in these fields mark the dialog changed (unless it is loading).
-    void WatchFields(std::initializer_list<QWidget*> fields);
-    // Runs write while the fields are being filled by the dialog itself.
+protected Q_SLOTS:
+    // Called by every field edit: an existing object becomes Changed.
+    bool MarkModified();
+
+protected:
+    // The trimmed key field; the position of a positioned object (0 while
+    // it is not stored yet).
+    QString Key() const;
+    int Index() const { return index_; }
+    bool IsLoading() const { return loading_; }
+    // Runs write while the dialog itself fills its fields.
     template <class Write>
     void Loading(Write&& write) {
         const bool was = loading_;
@@ -94,38 +121,69 @@ protected:
         write();
         loading_ = was;
     }
-    QString Key() const;
     // Keeps the typed key (selected) instead of clearing it when the dialog
     // goes back to NewKey or Empty.
     void SetKeepKey(bool keep) { keepKey_ = keep; }
 
-    // --- What every editor supplies ------------------------------------------
-    // Fills the fixed lists (combo entries that do not depend on the object).
+    // Changes of the field mark the dialog changed.
+    void WatchField(QWidget* field);
+
+    // The exclamation message by key, titled with the dialog's caption; the
+    // focus goes to the field (its page brought to the front). Answers false
+    // so that a check can end with it.
+    bool Warn(const QString& key, QWidget* focus = nullptr);
+    // A Yes/No question by key; answers whether Yes was given.
+    bool AskYesNo(const QString& key, PromptIcon icon, bool noIsDefault);
+
+    // The name that the delete question quotes.
+    virtual QString ObjectName() const { return Key(); }
+    // Checks what the editor declared; throws std::logic_error.
+    virtual void FinishSetUp() {}
+
+    // --- What every editor supplies --------------------------------------
+    // Fills the lists that do not depend on the object.
     virtual void FillFixedLists() {}
-    // Reads the request beyond its first pair (context such as a gateway).
-    virtual void ReadRequest() {}
+    // Reads the request's context pairs; false refuses the request (the
+    // editor has said why) and the dialog closes answering "0".
+    virtual bool ReadRequest() { return true; }
     virtual void ClearFields() = 0;
     virtual void LoadFields() = 0;
-    virtual bool WriteFields() = 0;
     virtual bool ValidateFields() = 0;
     virtual void EnableRules() {}
-    // Confirmations before an update writes anything; false declines.
-    virtual bool ConfirmUpdate() { return true; }
-    // Fetches the object with this key and keeps its record; answers whether
-    // the key names no stored object (the record then holds defaults).
+    // Asked after validation and before anything is written.
+    virtual Confirmation ConfirmSave(Action) { return Confirmation::Proceed; }
+    // Fetches the object that Key() or Index() names and keeps its record.
     // Throws SessionError.
-    virtual bool FetchObject(const QString& key) = 0;
-    virtual void ReleaseObject() = 0;
-    // Commits the kept record (insert or update) or deletes the object.
-    // Throws SessionError.
-    virtual void CommitObject(int action) = 0;
+    virtual Lookup FetchRecord() = 0;
+    virtual void ReleaseRecord() = 0;
+    // Writes the fields into a copy of the kept record; false stops the save.
+    virtual bool WriteFields() = 0;
+    // Commits the copy (insert, update) or deletes the kept object. Throws
+    // SessionError.
+    virtual Committed CommitRecord(Action action) = 0;
+    // The server took the commit: the copy becomes the kept record.
+    virtual void AcceptCommit(const Committed& committed) = 0;
 
     void showEvent(QShowEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    friend class EditorFrameProbe;  // the tests' view of the lifecycle
+
+    enum class SaveResult { Saved, Failed, ClosedUnsaved };
+
     void StartUp();
+    void SetEditorState(EditorState state);
+    bool LoadByIdentity();
+    bool FindExisting();
+    bool AcceptNewKey();
+    bool CreateAtOnce();
+    bool ApplyAction(Action action, Confirmation* confirmation = nullptr);
+    SaveResult SaveIfModified();
+    bool AskSaveChanges();
+    bool DeleteObject();
+    void PressOK();
     void Unload(int result);
     void TranslateTabs();
 
@@ -133,6 +191,7 @@ private:
     Messages messages_;
     QTimer* timStartUp_;
     EditorState state_ = EditorState::Empty;
+    int index_ = 0;
     int16_t saved_ = 0;
     bool loading_ = false;
     bool keepKey_ = false;

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "editors/EditorFrame.h"
+#include "editors/RecordEditor.h"
 #include "session/Records.h"
 
 namespace Ui {
@@ -14,7 +14,7 @@ class frmGatewayUser;
 
 namespace winadmin {
 
-class frmGatewayUser : public EditorFrame {
+class frmGatewayUser : public RecordEditor<GatewayUserRecord> {
     Q_OBJECT
 
 public:
@@ -27,19 +27,13 @@ public:
     QString Gateway() const { return gateway_; }
 
 protected:
-    void ReadRequest() override;
-    void ClearFields() override;
-    void LoadFields() override;
-    bool WriteFields() override;
-    bool ValidateFields() override;
-    bool FetchObject(const QString& key) override;
-    void ReleaseObject() override;
-    void CommitObject(int action) override;
+    bool ReadRequest() override;
+    GatewayUserRecord Fetch() override;
+    Committed Commit(Action action) override;
 
 private:
     std::unique_ptr<Ui::frmGatewayUser> ui;
     QString gateway_;
-    GatewayUserRecord user_;
 };
 
 }  // namespace winadmin

@@ -36,20 +36,29 @@ std::vector<ListRow> RowsOf(const ListModel& model) {
 }  // namespace
 
 frmGroupDetails::frmGroupDetails(QWidget* parent)
-    : EditorFrame(parent),
+    : RecordEditor(parent),
       ui(std::make_unique<Ui::frmGroupDetails>()),
       srvUsers_(new ListModel(this)),
       members_(new ListModel(this)) {
     ui->setupUi(this);
+    using G = GroupRecord;
+    Bind(ui->edtGroupName, ui->lblGroupName, false).KeyField().Text(&G::name, &G::set_name);
+    // A group without a comment is refused on purpose.
+    Bind(ui->edtComment, ui->lblComment)
+        .Filter(kKeyAnyText, kCommentLength)
+        .Text(&G::comment, &G::set_comment)
+        .Mandatory();
     SetUpFrame({.keyField = ui->edtGroupName,
                 .keyLabel = ui->lblGroupName,
-                .firstDetail = ui->edtComment,
                 .keyFilter = kKeyNoParentheses,
-                .keyMaxLength = kGroupNameLength},
+                .keyMaxLength = kGroupNameLength,
+                .details = ui->tabDetails,
+                .firstDetail = ui->edtComment,
+                .ok = ui->cmdOK,
+                .cancel = ui->cmdCancel,
+                .remove = ui->cmdDelete},
                {QStringLiteral("GroupName"), QStringLiteral("GroupNotExist"),
                 QStringLiteral("GroupExist")});
-    InstallKeyFilter(ui->edtComment, kKeyAnyText, kCommentLength);
-    WatchFields({ui->edtComment});
 
     ui->lvSrvUsers->setModel(srvUsers_);
     ui->lvGrpMembers->setModel(members_);
@@ -102,8 +111,7 @@ void frmGroupDetails::FillFixedLists() {
     ui->cboServer->setCurrentIndex(-1);
 }
 
-void frmGroupDetails::ClearFields() {
-    ui->edtComment->clear();
+void frmGroupDetails::ClearMore() {
     {
         const QSignalBlocker quiet(ui->cboServer);
         ui->cboServer->setCurrentIndex(-1);
@@ -113,12 +121,10 @@ void frmGroupDetails::ClearFields() {
     UpdateRemoveButton();
 }
 
-void frmGroupDetails::LoadFields() {
-    ui->edtGroupName->setText(Text(group_.name()));
-    ui->edtComment->setText(Text(group_.comment()));
+void frmGroupDetails::LoadMore() {
     std::vector<ListRow> members;
-    members.reserve(static_cast<size_t>(group_.members_size()));
-    for (const UserRefRecord& ref : group_.members()) {
+    members.reserve(static_cast<size_t>(Kept().members_size()));
+    for (const UserRefRecord& ref : Kept().members()) {
         const QString user = Text(ref.user_name());
         const QString host = Text(ref.host_name());
         // The group names its members only; their comments come with their
@@ -137,49 +143,36 @@ void frmGroupDetails::LoadFields() {
     UpdateRemoveButton();
 }
 
-bool frmGroupDetails::WriteFields() {
-    group_.set_name(FieldValue(ui->edtGroupName->text()));
-    group_.set_comment(FieldValue(ui->edtComment->text()));
-    group_.clear_members();
+bool frmGroupDetails::WriteMore() {
+    GroupRecord& group = Edited();
+    group.clear_members();
     for (int i = 0; i < members_->rowCount(); ++i) {
         const ListRow& row = members_->Row(i);
-        UserRefRecord* ref = group_.add_members();
+        UserRefRecord* ref = group.add_members();
         ref->set_user_name(row.cells.front().toStdString());
         ref->set_host_name(row.tag.toStdString());
     }
     return true;
 }
 
-bool frmGroupDetails::ValidateFields() {
-    // A group without a comment is refused on purpose.
-    return !IsFieldEmpty(ui->edtComment, FieldEmptyMessage(ui->lblComment->text()));
-}
-
 void frmGroupDetails::EnableRules() {
     UpdateRemoveButton();
 }
 
-bool frmGroupDetails::FetchObject(const QString& key) {
+GroupRecord frmGroupDetails::Fetch() {
     // Every load offers the users as they are now.
     usersByHost_.clear();
     commentByKey_.clear();
-    group_ = TheSession()->GetGroup(key);
-    return group_.is_new();
+    return TheSession()->GetGroup(Key());
 }
 
-void frmGroupDetails::ReleaseObject() {
-    group_ = GroupRecord();
-    usersByHost_.clear();
-    commentByKey_.clear();
-}
-
-void frmGroupDetails::CommitObject(int action) {
+Committed frmGroupDetails::Commit(Action action) {
     ServerSession& session = *TheSession();
     if (action == Delete) {
-        session.DeleteGroup(Text(group_.name()), group_.version());
-        return;
+        session.DeleteGroup(Text(Kept().name()), Kept().version());
+        return {};
     }
-    group_.set_version(session.CommitGroup(group_));
+    return {session.CommitGroup(Edited())};
 }
 
 const std::vector<ListRow>& frmGroupDetails::ServerUsers(const QString& host) {

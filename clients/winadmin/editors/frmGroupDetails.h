@@ -10,9 +10,9 @@
 #include <memory>
 #include <vector>
 
-#include "editors/EditorFrame.h"
+#include "editors/RecordEditor.h"
+#include "lists/ListModel.h"
 #include "session/Records.h"
-#include "shell/ListModel.h"
 
 namespace Ui {
 class frmGroupDetails;
@@ -22,7 +22,7 @@ class QTreeView;
 
 namespace winadmin {
 
-class frmGroupDetails : public EditorFrame {
+class frmGroupDetails : public RecordEditor<GroupRecord> {
     Q_OBJECT
 
 public:
@@ -44,14 +44,12 @@ public:
 
 protected:
     void FillFixedLists() override;
-    void ClearFields() override;
-    void LoadFields() override;
-    bool WriteFields() override;
-    bool ValidateFields() override;
+    void ClearMore() override;
+    void LoadMore() override;
+    bool WriteMore() override;
     void EnableRules() override;
-    bool FetchObject(const QString& key) override;
-    void ReleaseObject() override;
-    void CommitObject(int action) override;
+    GroupRecord Fetch() override;
+    Committed Commit(Action action) override;
 
 private:
     // The rows of a server's users, each server asked once per loaded group.
@@ -62,7 +60,6 @@ private:
     static std::vector<int> SelectedRows(const QTreeView* view);
 
     std::unique_ptr<Ui::frmGroupDetails> ui;
-    GroupRecord group_;
     ListModel* srvUsers_;
     ListModel* members_;
     int firstUserServer_ = -1;  // in cboServer

@@ -2,12 +2,12 @@
 // The properties of one message-server host: its comment, the roles it plays
 // (user, printer and device server), its network type and its dispatch and
 // debug settings. Taking a role away from a stored server deletes the objects
-// of that role, after asking.
+// of that role, after asking, in the same commit.
 
 #include <memory>
 
-#include "editors/EditorFrame.h"
-#include "session/Records.h"
+#include "editors/RecordEditor.h"
+#include "session/ServerSession.h"
 
 namespace Ui {
 class frmServerDetails;
@@ -15,7 +15,7 @@ class frmServerDetails;
 
 namespace winadmin {
 
-class frmServerDetails : public EditorFrame {
+class frmServerDetails : public RecordEditor<ServerRecord> {
     Q_OBJECT
 
 public:
@@ -28,26 +28,19 @@ public:
 
 protected:
     void FillFixedLists() override;
-    void ClearFields() override;
-    void LoadFields() override;
-    bool WriteFields() override;
-    bool ValidateFields() override;
     void EnableRules() override;
-    bool ConfirmUpdate() override;
-    bool FetchObject(const QString& key) override;
-    void ReleaseObject() override;
-    void CommitObject(int action) override;
+    Confirmation ConfirmSave(Action action) override;
+    ServerRecord Fetch() override;
+    Committed Commit(Action action) override;
 
 private:
     bool IsRemoteRpc() const;
+    bool HasRole() const;
 
     std::unique_ptr<Ui::frmServerDetails> ui;
-    ServerRecord server_;
-    // The roles whose objects the administrator agreed to delete with the
-    // next update.
-    bool deleteUsers_ = false;
-    bool deletePrinters_ = false;
-    bool deleteDevices_ = false;
+    // The roles whose objects the administrator agreed, for this save, to
+    // delete with the server's commit.
+    RoleObjectDeletion deletions_;
 };
 
 }  // namespace winadmin

@@ -5,11 +5,13 @@
 #include <QPushButton>
 #include <QTest>
 
-#include "editors/FormParameters.h"
+#include "common/FormParameters.h"
 #include "editors/frmGatewayUser.h"
 #include "shell/ObjectEditors.h"
 #include "store/Store.h"
+#include "common/Labels.h"
 #include "support/EditorDriver.h"
+#include "support/EditorLifecycle.h"
 #include "support/ExplorerFixture.h"
 
 using namespace winadmin;
@@ -35,10 +37,32 @@ class TestGatewayUser : public ExplorerSuite {
     Q_OBJECT
 
 private slots:
+    void Lifecycle();
     void AddressTakesNoParenthesesAndEightyCharacters();
     void TakenAddressAsksOnlyInItsOwnGateway();
     void CreateEditDeleteRoundTrip();
 };
+
+void TestGatewayUser::Lifecycle() {
+    const QString address = QStringLiteral("sales@example.com");
+    LifecycleSubject subject;
+    subject.make = [] { return std::make_unique<frmGatewayUser>(); };
+    subject.open = OpenRequest(address, kSmtp);
+    subject.missing = OpenRequest(address, kX400);  // known to the other gateway only
+    subject.notExistText = GetLabel(QStringLiteral("GtwUsrNotExist"));
+    subject.create = NewRequest(kSmtp);
+    subject.keyField = "edtMailAddress";
+    subject.takenKey = address;
+    subject.existsText = GetLabel(QStringLiteral("GtwUsrExist"));
+    int edits = 0;
+    subject.edit = [&edits](EditorDriver& editor) {
+        editor.Type("edtExtension", QString::number(300 + ++edits));
+    };
+    subject.storedVersion = [this, address] {
+        return Store().GetGatewayUser(kSmtp.toStdString(), address.toStdString()).version();
+    };
+    CheckLifecycle(subject, fx_->prompter);
+}
 
 void TestGatewayUser::AddressTakesNoParenthesesAndEightyCharacters() {
     GatewayEditor editor(NewRequest(kSmtp));

@@ -7,12 +7,12 @@
 #include <QTreeView>
 #include <QTreeWidget>
 
-#include "editors/FormParameters.h"
+#include "common/FormParameters.h"
 #include "editors/frmServerDetails.h"
+#include "lists/ExplorerListView.h"
+#include "lists/ListModel.h"
 #include "session/Records.h"
 #include "session/ServerSession.h"
-#include "shell/ExplorerListView.h"
-#include "shell/ListModel.h"
 #include "shell/ObjectCommands.h"
 #include "shell/frmMain.h"
 #include "store/Store.h"
@@ -127,8 +127,9 @@ void TestObjectCommands::PropertiesOpensEditorAndRefreshKeepsSelection() {
     WhenShown<frmServerDetails>([&](frmServerDetails& editor) {
         request = FirstFormParameter().name + '=' + FirstFormParameter().value;
         QTRY_COMPARE(editor.State(), EditorState::Shown);
-        EditorDriver(editor).Type("edtComment", QStringLiteral("Field service only"));
-        editor.PressOK();
+        EditorDriver shown(editor);
+        shown.Type("edtComment", QStringLiteral("Field service only"));
+        shown.Click("cmdOK");
     });
     // Enter on the row, as on a double click, opens the editor.
     QTest::keyClick(main->List()->DetailsView(), Qt::Key_Return);
@@ -153,7 +154,7 @@ void TestObjectCommands::NewServerFromTreeAddsItsNode() {
         shown.Type("edtHostName", QStringLiteral("fxnew"));
         shown.Key("edtHostName", Qt::Key_Return);
         shown.Type("edtComment", QStringLiteral("Fresh host"));
-        editor.PressOK();
+        shown.Click("cmdOK");
     });
     create->trigger();
     QVERIFY(!Store().GetServer("fxnew").is_new());

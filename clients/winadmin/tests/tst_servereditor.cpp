@@ -6,12 +6,16 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QScopeGuard>
 #include <QTest>
 
-#include "editors/FormParameters.h"
+#include "common/FormParameters.h"
 #include "editors/frmServerDetails.h"
+#include "session/ServerSession.h"
+#include "session/SessionError.h"
 #include "store/Store.h"
 #include "support/EditorDriver.h"
+#include "support/EditorLifecycle.h"
 #include "support/ExplorerFixture.h"
 
 using namespace winadmin;
@@ -24,95 +28,68 @@ FormParameterList Host(const QString& host) {
 }
 const FormParameterList kNew = {{QStringLiteral("New"), QString()}};
 
+bool Reachable() {
+    try {
+        TheSession()->GetServer(QStringLiteral("fxmaster"));
+        return true;
+    } catch (const SessionError&) {
+        return false;
+    }
+}
+
 }  // namespace
 
 class TestServerEditor : public ExplorerSuite {
     Q_OBJECT
 
 private slots:
-    void LoadsExistingAndAnswersZeroWithoutEdits();
-    void UnknownKeyClosesWithZero();
-    void CancelAfterEditsAsksSaveChanges_data();
-    void CancelAfterEditsAsksSaveChanges();
+    void Lifecycle();
+    void LoadsTheStoredServer();
     void NewKeyStatesThenCreates();
     void ValidationOrderAndBounds_data();
     void ValidationOrderAndBounds();
     void RemoteServerSkipsRangeChecks();
     void RoleRemovalAsksInOrderThenDeletesTheRolesObjects();
+    void RoleRemovalFailingHalfwayWritesNothingAndAsksAgain();
+    void RoleRemovalRetriedAfterTheServerCameBack();
     void StaleVersionLeavesDialogOpen();
     void DeleteFromDialog();
 };
 
-void TestServerEditor::LoadsExistingAndAnswersZeroWithoutEdits() {
+void TestServerEditor::Lifecycle() {
+    LifecycleSubject subject;
+    subject.make = [] { return std::make_unique<frmServerDetails>(); };
+    subject.open = Host("fxsales");
+    subject.missing = Host("nosuchhost");
+    subject.notExistText = GetLabel(QStringLiteral("ServerNotExist"));
+    subject.create = kNew;
+    subject.keyField = "edtHostName";
+    subject.takenKey = QStringLiteral("fxprint01");
+    subject.existsText = GetLabel(QStringLiteral("ServerExist"));
+    int edits = 0;
+    subject.edit = [&edits](EditorDriver& editor) {
+        editor.Type("edtComment", QStringLiteral("Edit %1").arg(++edits));
+    };
+    subject.storedVersion = [this] { return Store().GetServer("fxsales").version(); };
+    CheckLifecycle(subject, fx_->prompter);
+}
+
+void TestServerEditor::LoadsTheStoredServer() {
     ServerEditor editor(Host("fxmaster"));
-    QCOMPARE(editor.dialog.State(), EditorState::Shown);
     QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("Head office message server"));
     QVERIFY(editor.Field<QCheckBox>("chkPrinterServer")->isChecked());
     QCOMPARE(editor.Field<QComboBox>("cboNetType")->currentText(), QStringLiteral("rpc"));
     QCOMPARE(editor.Field("edtOnline")->text(), QStringLiteral("Yes"));
-    // Loading never counts as an edit; the key is locked and details open.
-    QVERIFY(editor.Field("edtHostName")->isReadOnly());
-    QVERIFY(editor.Field<QTabWidget>("tabDetails")->isEnabled());
     QVERIFY(editor.Field<QWidget>("edtComment")->hasFocus());
-    // Enter in the key field reloads; it never presses OK. Escape cancels
-    // only while a key is being typed.
-    editor.Key("edtHostName", Qt::Key_Return);
-    QTest::keyClick(&editor.dialog, Qt::Key_Escape);
-    QVERIFY(editor.dialog.isVisible());
-    editor.Click("cmdCancel");
+    QVERIFY(editor.Field<QPushButton>("cmdDelete")->isEnabled());
+    // What is shown only is never written back: a save keeps the stored
+    // online state whatever the field says.
+    editor.Field("edtOnline")->setText(QStringLiteral("No"));
+    editor.Type("edtDebugLevel", QStringLiteral("3"));
+    editor.Click("cmdOK");
     QVERIFY(!editor.dialog.isVisible());
-    QCOMPARE(editor.Answer(), QStringLiteral("0"));
-    QVERIFY(fx_->prompter.Prompts().isEmpty());
-}
-
-void TestServerEditor::UnknownKeyClosesWithZero() {
-    fx_->prompter.Answer(Answer::OK);
-    ServerEditor editor(Host("nosuchhost"));
-    QTRY_VERIFY(!editor.dialog.isVisible());
-    const Prompt& shown = fx_->prompter.LastPrompt();
-    QCOMPARE(shown.text, QStringLiteral("The server does not exist."));
-    QCOMPARE(shown.icon, PromptIcon::Exclamation);
-    QCOMPARE(shown.title, editor.dialog.windowTitle());
-    QCOMPARE(editor.Answer(), QStringLiteral("0"));
-}
-
-void TestServerEditor::CancelAfterEditsAsksSaveChanges_data() {
-    QTest::addColumn<bool>("savedFirst");  // a save before the edit: it stays the answer
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<bool>("open");       // the dialog stays
-    QTest::addColumn<QString>("stored");  // the comment in the store afterwards
-    QTest::addColumn<QString>("refresh");
-    const QString kept = QStringLiteral("Head office message server");
-    QTest::newRow("Cancel keeps the edits") << false << int(Answer::Cancel) << true << kept << "";
-    QTest::newRow("No closes unsaved") << false << int(Answer::No) << false << kept << "0";
-    QTest::newRow("Yes saves, closes") << false << int(Answer::Yes) << false << "Edited" << "-1";
-    QTest::newRow("No after a save") << true << int(Answer::No) << false << kept << "-1";
-}
-
-void TestServerEditor::CancelAfterEditsAsksSaveChanges() {
-    QFETCH(bool, savedFirst);
-    QFETCH(int, answer);
-    ServerEditor editor(Host("fxmaster"));
-    SetFormParameters({});
-    if (savedFirst) {
-        editor.Type("edtDebugLevel", QStringLiteral("7"));
-        editor.dialog.SaveIfModified();
-        QCOMPARE(editor.dialog.State(), EditorState::Shown);
-        QCOMPARE(Store().GetServer("fxmaster").debug_level(), 7);
-    }
-    editor.Type("edtComment", QStringLiteral("Edited"));
-    QCOMPARE(editor.dialog.State(), EditorState::Changed);
-    fx_->prompter.Answer(answer);
-    editor.Click("cmdCancel");
-    const Prompt& asked = fx_->prompter.LastPrompt();
-    QCOMPARE(asked.text, QStringLiteral("Do you want to save the changes?"));
-    QCOMPARE(asked.buttons, PromptButtons::YesNoCancel);
-    QCOMPARE(asked.icon, PromptIcon::Question);
-    QTEST(editor.dialog.isVisible(), "open");
-    QTEST(QString::fromStdString(Store().GetServer("fxmaster").comment()), "stored");
-    QTEST(editor.Answer(), "refresh");
-    if (editor.dialog.isVisible())
-        QCOMPARE(editor.Field("edtComment")->text(), QLatin1String("Edited"));
+    QVERIFY(Store().GetServer("fxmaster").online());
+    QCOMPARE(Store().GetServer("fxmaster").debug_level(), 3);
 }
 
 void TestServerEditor::NewKeyStatesThenCreates() {
@@ -271,6 +248,75 @@ void TestServerEditor::RoleRemovalAsksInOrderThenDeletesTheRolesObjects() {
     QVERIFY(!after.user_server() && !after.printer_server());
 }
 
+void TestServerEditor::RoleRemovalFailingHalfwayWritesNothingAndAsksAgain() {
+    const size_t users = Store().ListUsers("fxmaster").size();
+    QVERIFY(users > 0);
+    ServerEditor editor(Host("fxmaster"));
+    // Another administrator saves the server after it was opened, so the
+    // commit that takes the role away is refused.
+    auto other = Store().GetServer("fxmaster");
+    other.set_comment("Changed elsewhere");
+    Store().CommitServer(other);
+    editor.Field<QCheckBox>("chkUserServer")->setChecked(false);
+    fx_->prompter.Answer({Answer::Yes, Answer::OK});
+    editor.Click("cmdOK");
+    QCOMPARE(fx_->prompter.Prompts().size(), 2);
+    QCOMPARE(fx_->prompter.LastPrompt().buttons, PromptButtons::OK);
+    // Nothing half-written: the users are all there, the role too.
+    QCOMPARE(Store().ListUsers("fxmaster").size(), users);
+    QVERIFY(Store().GetServer("fxmaster").user_server());
+    QCOMPARE(editor.dialog.State(), EditorState::Changed);
+    QVERIFY(!editor.Field<QCheckBox>("chkUserServer")->isChecked());
+    // The next attempt asks again: the dialog still sees the role as stored.
+    fx_->prompter.Answer({Answer::No});
+    editor.Click("cmdOK");
+    QCOMPARE(fx_->prompter.Prompts().size(), 3);
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("DeleteUsers")));
+    QCOMPARE(Store().ListUsers("fxmaster").size(), users);
+    QVERIFY(editor.dialog.isVisible());
+}
+
+void TestServerEditor::RoleRemovalRetriedAfterTheServerCameBack() {
+    fx_->StartDemo(true);  // over TCP, so that the server can be stopped
+    for (const bool retry : {true, false}) {
+        const QByteArray host = retry ? "fxmaster" : "fxsales";
+        const int base = int(fx_->prompter.Prompts().size());
+        ServerEditor editor(Host(QString::fromLatin1(host)));
+        editor.Field<QCheckBox>("chkUserServer")->setChecked(false);
+        // The server goes away while the question is up and is back while
+        // the failure is shown.
+        int shown = 0;
+        fx_->prompter.whileShown = [&] {
+            if (++shown == 1) fx_->server->Shutdown();
+            if (shown == 2) {
+                fx_->server->Restart();
+                // The channel reconnects after a pause of its own; the
+                // administrator presses Retry once it has.
+                QTRY_VERIFY(Reachable());
+            }
+        };
+        const auto quiet = qScopeGuard([&] { fx_->prompter.whileShown = {}; });
+        fx_->prompter.Answer({Answer::Yes, retry ? Answer::Retry : Answer::Cancel});
+        editor.Click("cmdOK");
+        QCOMPARE(fx_->prompter.Prompts().at(base + 1).prompt.buttons, PromptButtons::RetryCancel);
+        if (!retry) {
+            // Cancel: nothing written; OK again asks the question again.
+            QVERIFY(Store().GetServer(host.toStdString()).user_server());
+            QVERIFY(!Store().ListUsers(host.toStdString()).empty());
+            fx_->prompter.Answer(Answer::Yes);
+            editor.Click("cmdOK");
+            QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("DeleteUsers")));
+        }
+        QVERIFY(!editor.dialog.isVisible());
+        QVERIFY(!Store().GetServer(host.toStdString()).user_server());
+        QVERIFY(Store().ListUsers(host.toStdString()).empty());
+        SetFormParameters({});
+        fx_->prompter.whileShown = {};
+        // One question per attempt: Retry repeats the same commit.
+        QCOMPARE(int(fx_->prompter.Prompts().size()) - base, retry ? 2 : 3);
+    }
+}
+
 void TestServerEditor::StaleVersionLeavesDialogOpen() {
     ServerEditor editor(Host("fxsales"));
     // Another administrator saves the server meanwhile.
@@ -278,12 +324,17 @@ void TestServerEditor::StaleVersionLeavesDialogOpen() {
     other.set_comment("Changed elsewhere");
     Store().CommitServer(other);
     editor.Type("edtComment", QStringLiteral("Mine"));
-    fx_->prompter.Answer(Answer::Cancel);  // the error offers Retry and Cancel
+    // Repeating cannot cure a conflict: the box offers OK alone.
+    fx_->prompter.Answer(Answer::OK);
     editor.Click("cmdOK");
-    const QString error = fx_->prompter.LastPrompt().text;
-    QVERIFY2(error.startsWith(QLatin1String("Another administrator changed the object")) &&
-                 error.endsWith(QLatin1String("(81000003).")),
-             qPrintable(error));
+    const Prompt& error = fx_->prompter.LastPrompt();
+    const QString number =
+        QString::number(ErrorNumber(veldrano::admin::v1::ERROR_VERSION_CONFLICT), 16).toUpper();
+    QVERIFY2(error.text.startsWith(QLatin1String("Another administrator changed")) &&
+                 error.text.endsWith(QLatin1String(" (") + number + QLatin1String(").")),
+             qPrintable(error.text));
+    QVERIFY(!number.startsWith(QLatin1String("8100")));
+    QCOMPARE(error.buttons, PromptButtons::OK);
     QVERIFY(editor.dialog.isVisible());
     QCOMPARE(editor.dialog.State(), EditorState::Changed);
     QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("Mine"));

@@ -5,7 +5,7 @@
 #include <QLineEdit>
 #include <QStringList>
 
-#include "editors/FormParameters.h"
+#include "common/FormParameters.h"
 #include "support/ConsoleFixture.h"
 
 namespace winadmin {
@@ -35,7 +35,6 @@ public:
     // The "Refresh" answer a closed dialog leaves.
     static QString Answer() { return FormParameterValue(QStringLiteral("Refresh")); }
 
-protected:
     // Shows the window with the request and waits out its start-up tick.
     void Show(const FormParameterList& request);
 
