@@ -12,6 +12,7 @@
 
 #include "common/AppContext.h"
 #include "common/Labels.h"
+#include "common/Pages.h"
 #include "common/Prompter.h"
 
 namespace winadmin {
@@ -108,6 +109,9 @@ void ShowFieldMessage(QWidget* control, const QString& message) {
     prompt.title = control->window()->windowTitle();
     prompt.icon = PromptIcon::Exclamation;
     ThePrompter().Show(prompt);
+    // A field on a page behind another is brought to the front first, so
+    // that the focus can reach it.
+    ShowPageOf(control);
     CTRLSetFocus(control);
 }
 
