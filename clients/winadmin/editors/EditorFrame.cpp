@@ -14,6 +14,7 @@
 #include "common/FormParameters.h"
 #include "common/Labels.h"
 #include "common/Pages.h"
+#include "common/UserReferenceField.h"
 #include "session/CallSession.h"
 
 namespace winadmin {
@@ -117,14 +118,15 @@ QString EditorFrame::Key() const {
 }
 
 void EditorFrame::WatchField(QWidget* field) {
-    if (auto* edit = qobject_cast<QLineEdit*>(field))
+    // A reference changes by a confirmed choice, not by its text.
+    if (auto* reference = qobject_cast<UserReferenceField*>(field))
+        connect(reference, &UserReferenceField::ValueChanged, this, &EditorFrame::MarkModified);
+    else if (auto* edit = qobject_cast<QLineEdit*>(field))
         connect(edit, &QLineEdit::textChanged, this, &EditorFrame::MarkModified);
     else if (auto* button = qobject_cast<QAbstractButton*>(field))
         connect(button, &QAbstractButton::toggled, this, &EditorFrame::MarkModified);
     else if (auto* combo = qobject_cast<QComboBox*>(field))
         connect(combo, &QComboBox::currentIndexChanged, this, &EditorFrame::MarkModified);
-    else if (field && field->metaObject()->indexOfSignal("ValueChanged()") >= 0)
-        connect(field, SIGNAL(ValueChanged()), this, SLOT(MarkModified()));
     else
         throw std::logic_error(std::string(metaObject()->className()) +
                                ": no change signal to watch on " +

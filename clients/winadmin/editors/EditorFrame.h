@@ -103,11 +103,8 @@ protected:
     // written) throws std::logic_error here rather than misbehave later.
     void SetUpFrame(const Controls& controls, const Messages& messages);
 
-protected Q_SLOTS:
     // Called by every field edit: an existing object becomes Changed.
     bool MarkModified();
-
-protected:
     // The trimmed key field; the position of a positioned object (0 while
     // it is not stored yet).
     QString Key() const;

@@ -16,6 +16,7 @@
 
 #include "common/FieldHelpers.h"
 #include "common/UpDown.h"
+#include "common/UserReferenceField.h"
 #include "session/Records.h"
 
 namespace winadmin {
@@ -117,6 +118,23 @@ public:
                })
             .Writes([=](Record& r) {
                 if (combo->currentIndex() >= 0) (r.*set)(Int(combo->currentData().toInt()));
+            });
+    }
+    // A user reference with its chooser: user@host, or "(None)".
+    FieldBinding& Reference(const UserRefRecord& (Record::*get)() const,
+                            UserRefRecord* (Record::*edit)()) {
+        auto* field = qobject_cast<UserReferenceField*>(steps_.field);
+        steps_.clear = [field] { field->Clear(); };
+        return Loads([=](const Record& r) {
+                   const UserRefRecord& ref = (r.*get)();
+                   field->SetValue(winadmin::Text(ref.user_name()),
+                                   winadmin::Text(ref.host_name()));
+               })
+            .Writes([=](Record& r) {
+                const UserReference value = field->Value();
+                UserRefRecord* ref = (r.*edit)();
+                ref->set_user_name(FieldValue(value.user));
+                ref->set_host_name(FieldValue(value.host));
             });
     }
     // Anything else: how the record fills the field and the field the record.

@@ -8,12 +8,15 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QTabWidget>
+#include <QToolButton>
 #include <QTest>
 #include <QVBoxLayout>
 
 #include "common/FormParameters.h"
 #include "common/Labels.h"
+#include "common/UserReferenceField.h"
 #include "editors/RecordEditor.h"
 #include "session/ServerSession.h"
 #include "store/Store.h"
@@ -74,6 +77,8 @@ public:
         Bind(form.Field(first, firstLayout, "edtMailLanguage", "lblMailLanguage"))
             .Filter(kKeyAnyText, 20)
             .Text(&A::mail_language, &A::set_mail_language);
+        Bind(Add<UserReferenceField>(first, "edtSendCopyUser", firstLayout))
+            .Reference(&A::send_copy_user, &A::mutable_send_copy_user);
         auto* timeout = form.Field(second, secondLayout, "edtLoginIdleTimeout", "lblTimeout");
         auto& binding = Bind(timeout, second->findChild<QLabel*>(QStringLiteral("lblTimeout")))
                             .Filter(kKeyDigits, 10)
@@ -174,6 +179,7 @@ private slots:
     void KeylessLifecycle();
     void KeylessOffersNoDeleteAndNoNewKey();
     void FailingCheckBringsItsPageToTheFront();
+    void ChosenUserReferenceIsSaved();
     void FormsTheFrameCannotRunAreRefused();
     void PositionLifecycle();
     void PositionNewCreatesAtOnceAndReloadsByItsPlace();
@@ -229,6 +235,33 @@ void TestEditorFrame::FailingCheckBringsItsPageToTheFront() {
     QVERIFY(editor.dialog.isVisible());
     fx_->prompter.Answer(Answer::No);
     editor.Click("cmdCancel");
+}
+
+void TestEditorFrame::ChosenUserReferenceIsSaved() {
+    // The selection dialog answers through the form-parameter list; this
+    // one confirms a user of another server than the one it was given.
+    static FormParameterList asked;
+    SetUserSelectionOpener([](QWidget*) {
+        asked = FormParameters();
+        SetFormParameters({{QStringLiteral("Refresh"), QStringLiteral("-1")},
+                           {QStringLiteral("HostName"), QStringLiteral("fxmaster")},
+                           {QStringLiteral("UserName"), QStringLiteral("accounts")}});
+    });
+    const auto forget = qScopeGuard([] { SetUserSelectionOpener(nullptr); });
+    ShownEditor<ProbeSettings> editor({});
+    auto* field = editor.Field<UserReferenceField>("edtSendCopyUser");
+    const UserReference before = field->Value();
+    QTest::mouseClick(field->Chooser(), Qt::LeftButton);
+    // The current choice went in as the request.
+    QCOMPARE(asked.size(), 2);
+    QCOMPARE(asked.at(0).name + asked.at(1).name, QStringLiteral("HostNameUserName"));
+    QCOMPARE(asked.at(0).value + asked.at(1).value, before.host + before.user);
+    QCOMPARE(field->text(), QStringLiteral("accounts@fxmaster"));
+    QCOMPARE(editor.dialog.State(), EditorState::Changed);
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    const auto stored = Store().GetAdminSettings().send_copy_user();
+    QCOMPARE(stored.user_name() + '@' + stored.host_name(), std::string("accounts@fxmaster"));
 }
 
 void TestEditorFrame::FormsTheFrameCannotRunAreRefused() {
