@@ -19,8 +19,8 @@
 #include <functional>
 #include <vector>
 
-#include "shell/Find.h"
-#include "shell/ListModel.h"
+#include "lists/Find.h"
+#include "lists/ListModel.h"
 
 namespace {
 

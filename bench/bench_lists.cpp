@@ -24,7 +24,6 @@
 //
 // Usage: bench-lists [users] [servers] [printers-and-devices-per-server] [zones]
 
-#include "BenchSupport.h"
 #include <QApplication>
 #include <QHeaderView>
 #include <QLocale>
@@ -40,16 +39,17 @@
 #include <memory>
 #include <vector>
 
+#include "BenchSupport.h"
 #include "demo/Generator.h"
+#include "lists/ColumnWidths.h"
+#include "lists/ExplorerListView.h"
+#include "lists/KindIcons.h"
+#include "lists/ListFill.h"
+#include "lists/ListFillKinds.h"
+#include "lists/ListModel.h"
 #include "service/ServerHost.h"
 #include "session/GrpcServerSession.h"
-#include "shell/ColumnWidths.h"
-#include "shell/ExplorerListView.h"
 #include "shell/ExplorerTree.h"
-#include "shell/KindIcons.h"
-#include "shell/ListFill.h"
-#include "shell/ListFillKinds.h"
-#include "shell/ListModel.h"
 #include "store/Store.h"
 
 namespace {

@@ -37,11 +37,11 @@
 #include "BenchSupport.h"
 #include "common/Settings.h"
 #include "demo/Generator.h"
+#include "lists/ListFill.h"
+#include "lists/ViewSettings.h"
 #include "monitor/frmEvents.h"
 #include "monitor/frmProcesses.h"
 #include "session/GrpcServerSession.h"
-#include "shell/ListFill.h"
-#include "shell/ViewSettings.h"
 #include "store/Store.h"
 
 namespace {

@@ -7,11 +7,11 @@
 #include <QTimer>
 #include <QTreeView>
 
+#include "common/FormParameters.h"
 #include "common/Labels.h"
 #include "common/Prompter.h"
-#include "editors/FormParameters.h"
+#include "lists/Find.h"
 #include "session/CallSession.h"
-#include "shell/Find.h"
 
 namespace winadmin {
 

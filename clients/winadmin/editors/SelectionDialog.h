@@ -13,7 +13,7 @@
 #include <QStringList>
 #include <vector>
 
-#include "shell/ListModel.h"
+#include "lists/ListModel.h"
 
 class QAbstractButton;
 class QAbstractItemView;

@@ -1,7 +1,7 @@
 #include "editors/frmGroupSelection.h"
 
+#include "lists/Find.h"
 #include "session/ServerSession.h"
-#include "shell/Find.h"
 #include "ui_frmGroupSelection.h"
 
 namespace winadmin {

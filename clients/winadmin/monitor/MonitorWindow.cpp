@@ -14,16 +14,16 @@
 #include <QTreeView>
 #include <algorithm>
 
+#include "common/FormParameters.h"
 #include "common/Labels.h"
 #include "common/Prompter.h"
 #include "common/Settings.h"
 #include "common/UpDown.h"
-#include "editors/FormParameters.h"
+#include "lists/ColumnWidths.h"
+#include "lists/ListFill.h"
+#include "lists/ViewSettings.h"
 #include "session/CallSession.h"
 #include "session/ServerSession.h"
-#include "shell/ColumnWidths.h"
-#include "shell/ListFill.h"
-#include "shell/ViewSettings.h"
 
 namespace winadmin {
 

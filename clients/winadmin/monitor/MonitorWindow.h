@@ -16,7 +16,7 @@
 #include <QWidget>
 #include <vector>
 
-#include "shell/ListModel.h"
+#include "lists/ListModel.h"
 
 class QComboBox;
 class QLineEdit;

@@ -8,10 +8,10 @@
 
 #include "common/CodeTables.h"
 #include "common/Labels.h"
+#include "lists/ListFill.h"
+#include "lists/ListFillKinds.h"
+#include "lists/ViewSettings.h"
 #include "session/ServerSession.h"
-#include "shell/ListFill.h"
-#include "shell/ListFillKinds.h"
-#include "shell/ViewSettings.h"
 #include "ui_frmEvents.h"
 
 namespace winadmin {

@@ -3,8 +3,8 @@
 #include <QPointer>
 
 #include "common/Labels.h"
+#include "lists/ListFillKinds.h"
 #include "session/ServerSession.h"
-#include "shell/ListFillKinds.h"
 #include "ui_frmProcesses.h"
 
 namespace winadmin {

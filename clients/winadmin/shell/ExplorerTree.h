@@ -14,6 +14,7 @@
 #include <QStringList>
 #include <vector>
 
+#include "lists/ExplorerNodes.h"
 #include "session/Records.h"
 
 class QTreeWidget;
@@ -24,13 +25,6 @@ namespace winadmin {
 class ServerSession;
 
 enum ExplorerNodeRole { NodeKeyRole = Qt::UserRole + 1, NodeKindRole };
-
-// One node: its key, its text and its kind word.
-struct NodeDef {
-    QString key;
-    QString text;
-    QString kind;
-};
 
 // What the tree shows of the installation.
 struct ExplorerTreeData {
@@ -51,27 +45,6 @@ void BuildExplorerTree(QTreeWidget* tree, const ExplorerTreeData& data);
 // A node made detached, with its icon, key and kind.
 QTreeWidgetItem* MakeExplorerNode(const NodeDef& def);
 
-// The fixed branches below a node of kind "Administrator", "Server" (key = the
-// server's name) or "Zone" (key = "zone" + index), texts looked up now; other
-// kinds have none. The tree and the list of such a node both show these.
-std::vector<NodeDef> FolderChildren(const QString& kind, const QString& key);
-
-// The zones in the order of the routing list: from the first, following each
-// zone's link to the next. A link to a zone not in the list, or back to one
-// already walked, ends the walk. Zone index i (from 1) is element i - 1.
-std::vector<const ZoneRecord*> WalkZones(const ZoneListRecord& zones);
-
-// "zone" + index and its inverse (0 when the key is no zone key).
-QString ZoneKey(int index);
-int ZoneIndexOfKey(const QString& key);
-
-// What a node stands for beyond its kind and key: the server it belongs to
-// (server-scoped kinds) and the named object (printer, device, gateway, or the
-// zone of a zone, rates or destinations node).
-struct NodeScope {
-    QString server;
-    QString object;
-};
 NodeScope ScopeOfNode(const QTreeWidgetItem* node);
 
 // Every node by key, for finding many nodes again after a rebuild.

@@ -13,7 +13,7 @@
 
 #include "common/Labels.h"
 #include "common/Prompter.h"
-#include "shell/KindIcons.h"
+#include "lists/KindIcons.h"
 #include "ui_HelpViewer.h"
 
 namespace winadmin {

@@ -1,6 +1,6 @@
 #include "shell/ObjectEditors.h"
 
-#include "editors/FormParameters.h"
+#include "common/FormParameters.h"
 
 namespace winadmin {
 

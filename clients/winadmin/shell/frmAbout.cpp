@@ -8,8 +8,8 @@
 #include "common/AppContext.h"
 #include "common/Labels.h"
 #include "common/Prompter.h"
+#include "lists/KindIcons.h"
 #include "session/ServerSession.h"
-#include "shell/KindIcons.h"
 #include "shell/frmSplash.h"
 #include "ui_frmAbout.h"
 

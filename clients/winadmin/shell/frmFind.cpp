@@ -1,9 +1,13 @@
 #include "shell/frmFind.h"
 
+#include <QAction>
+#include <QApplication>
 #include <QEvent>
 #include <QShortcut>
 
 #include "common/Labels.h"
+#include "lists/ExplorerListView.h"
+#include "shell/frmMain.h"
 #include "ui_frmFind.h"
 
 namespace winadmin {
@@ -11,6 +15,29 @@ namespace winadmin {
 namespace {
 
 QPointer<frmFind> loadedDialog;
+
+frmMain* MainWindow() {
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (auto* main = qobject_cast<frmMain*>(window)) return main;
+    return nullptr;
+}
+
+void ShowLoadedDialog(const QString& callerCode, QWidget* owner) {
+    frmFind* dialog = frmFind::Loaded();
+    if (!dialog) {
+        // The start-up loads it; a console put together otherwise (a test)
+        // gets it on first use, at home in the main window if there is one.
+        QWidget* home = MainWindow();
+        dialog = new frmFind(home ? home : owner ? owner->window() : nullptr);
+    }
+    dialog->ShowFor(callerCode, owner);
+}
+
+// The selection dialogs ask the list search for the find dialog and cannot
+// name it. Installed when the program starts rather than by the main window,
+// since a selection dialog may be up without one (a test); this file is
+// linked into every program that can show the dialog.
+[[maybe_unused]] const bool presenterInstalled = (SetFindDialogPresenter(&ShowLoadedDialog), true);
 
 }  // namespace
 
@@ -89,6 +116,26 @@ void frmFind::ComeHome() {
     hide();
     MoveTo(home_);
     callerCode_ = kFindMain;
+}
+
+void ConnectFind(frmMain& main) {
+    ExplorerListView* list = main.List();
+    // Whichever mode shows the list: scrolling must happen where it is seen.
+    RegisterFindList(kFindMain, &main, [list] { return list->CurrentView(); });
+
+    QAction* find = main.MenuEntry(QStringLiteral("mnuEditFind"));
+    QAction* findNext = main.MenuEntry(QStringLiteral("mnuEditFindNext"));
+    find->setEnabled(true);
+    findNext->setEnabled(true);
+    QObject::connect(find, &QAction::triggered, &main,
+                     [&main] { ShowFindDialog(kFindMain, &main); });
+    QObject::connect(findNext, &QAction::triggered, &main, [&main] {
+        // The last search is whatever the dialog holds; without a dialog yet
+        // there was none, and the empty text says so.
+        frmFind* dialog = frmFind::Loaded();
+        if (!dialog) dialog = new frmFind(&main);
+        PressFind(kFindMain, dialog->SearchText(), dialog->Options());
+    });
 }
 
 }  // namespace winadmin

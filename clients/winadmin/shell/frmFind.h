@@ -9,13 +9,15 @@
 #include <QString>
 #include <memory>
 
-#include "shell/Find.h"
+#include "lists/Find.h"
 
 namespace Ui {
 class frmFind;
 }
 
 namespace winadmin {
+
+class frmMain;
 
 class frmFind : public QDialog {
     Q_OBJECT
@@ -52,5 +54,9 @@ private:
     QPointer<QWidget> home_;
     QPointer<QWidget> lentTo_;
 };
+
+// Registers the main window's list as "FMAIN" and enables its Find (menu and
+// toolbar) and Find Next.
+void ConnectFind(frmMain& main);
 
 }  // namespace winadmin

@@ -7,9 +7,9 @@
 #include "common/Labels.h"
 #include "common/Prompter.h"
 #include "common/Settings.h"
+#include "lists/KindIcons.h"
 #include "session/ErrorDialog.h"
 #include "session/GrpcServerSession.h"
-#include "shell/KindIcons.h"
 #include "ui_frmLogin.h"
 
 namespace winadmin {

@@ -9,7 +9,7 @@
 #include <QString>
 #include <memory>
 
-#include "shell/ColumnWidths.h"
+#include "lists/ColumnWidths.h"
 #include "shell/ExplorerTree.h"
 
 class QActionGroup;

@@ -17,10 +17,10 @@
 
 #include "common/Prompter.h"
 #include "common/Twips.h"
+#include "lists/ExplorerListView.h"
+#include "lists/ListFill.h"
 #include "session/CallSession.h"
 #include "session/ServerSession.h"
-#include "shell/ExplorerListView.h"
-#include "shell/ListFill.h"
 #include "shell/frmMain.h"
 #include "ui_frmMain.h"
 

@@ -8,7 +8,7 @@
 #include <QTreeWidget>
 
 #include "common/Twips.h"
-#include "shell/ExplorerListView.h"
+#include "lists/ExplorerListView.h"
 #include "shell/frmMain.h"
 #include "ui_frmMain.h"
 

@@ -13,10 +13,10 @@
 
 #include "common/Labels.h"
 #include "common/Prompter.h"
+#include "lists/ExplorerListView.h"
+#include "lists/ListModel.h"
 #include "session/CallSession.h"
 #include "session/ServerSession.h"
-#include "shell/ExplorerListView.h"
-#include "shell/ListModel.h"
 #include "shell/ObjectCommands.h"
 #include "shell/ObjectEditors.h"
 #include "shell/frmMain.h"
@@ -34,14 +34,14 @@ bool OneOf(const QString& kind, std::initializer_list<const char*> kinds) {
 
 // Tree nodes that New creates an object under.
 bool CreatesUnder(const QString& kind) {
-    return OneOf(kind, {"Groups", "Routes", "Rates", "Destinations", "LCR", "Zone",
-                        "NumberMappings", "Users", "Printers", "Printer", "Device", "Gateway",
-                        "Servers", "Server"});
+    return OneOf(kind,
+                 {"Groups", "Routes", "Rates", "Destinations", "LCR", "Zone", "NumberMappings",
+                  "Users", "Printers", "Printer", "Device", "Gateway", "Servers", "Server"});
 }
 
 bool OpensFromTree(const QString& kind) {
-    return OneOf(kind, {"Administrator", "Server", "Printer", "Device", "Processes", "Events",
-                        "Zone"});
+    return OneOf(kind,
+                 {"Administrator", "Server", "Printer", "Device", "Processes", "Events", "Zone"});
 }
 
 bool OpensFromList(const QString& kind) {
@@ -129,8 +129,8 @@ void frmMain::ConnectObjectCommands() {
         for (QAction* entry : findChildren<QAction*>()) {
             const QString name = entry->objectName();
             const bool forwards = name != target->objectName() &&
-                                  (name.endsWith(suffix) ||
-                                   (suffix == QLatin1String("Delete") && name.endsWith(QLatin1String("Del"))));
+                                  (name.endsWith(suffix) || (suffix == QLatin1String("Delete") &&
+                                                             name.endsWith(QLatin1String("Del"))));
             if (!forwards) continue;
             entry->setEnabled(target->isEnabled());
             connect(target, &QAction::enabledChanged, entry, &QAction::setEnabled);

@@ -5,9 +5,9 @@
 
 #include "common/Settings.h"
 #include "common/Twips.h"
+#include "lists/ExplorerListView.h"
+#include "lists/ViewSettings.h"
 #include "session/ServerSession.h"
-#include "shell/ExplorerListView.h"
-#include "shell/ViewSettings.h"
 #include "shell/frmMain.h"
 
 namespace winadmin {

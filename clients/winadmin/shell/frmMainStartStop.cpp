@@ -8,9 +8,9 @@
 
 #include "common/Labels.h"
 #include "common/Prompter.h"
+#include "lists/ExplorerListView.h"
 #include "session/CallSession.h"
 #include "session/ServerSession.h"
-#include "shell/ExplorerListView.h"
 #include "shell/frmMain.h"
 
 namespace winadmin {

@@ -4,8 +4,8 @@
 
 #include "common/Labels.h"
 #include "common/Prompter.h"
+#include "lists/ViewSettings.h"
 #include "session/ServerSession.h"
-#include "shell/ViewSettings.h"
 #include "ui_frmOptions.h"
 
 namespace winadmin {

@@ -6,8 +6,8 @@
 
 #include "common/AppContext.h"
 #include "common/Labels.h"
+#include "lists/KindIcons.h"
 #include "session/ServerSession.h"
-#include "shell/KindIcons.h"
 #include "ui_frmSplash.h"
 
 namespace winadmin {

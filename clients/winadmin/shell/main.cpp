@@ -4,7 +4,7 @@
 #include <QIcon>
 
 #include "common/QtPrompter.h"
-#include "shell/KindIcons.h"
+#include "lists/KindIcons.h"
 #include "shell/Startup.h"
 
 int main(int argc, char* argv[]) {

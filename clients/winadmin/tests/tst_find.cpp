@@ -17,9 +17,9 @@
 
 #include "common/AppContext.h"
 #include "common/Labels.h"
-#include "shell/ExplorerListView.h"
-#include "shell/Find.h"
-#include "shell/ListModel.h"
+#include "lists/ExplorerListView.h"
+#include "lists/Find.h"
+#include "lists/ListModel.h"
 #include "shell/frmFind.h"
 #include "shell/frmMain.h"
 #include "support/ConsoleFixture.h"

@@ -11,8 +11,8 @@
 #include <QTest>
 #include <QTextBrowser>
 
+#include "lists/KindIcons.h"
 #include "shell/HelpViewer.h"
-#include "shell/KindIcons.h"
 #include "support/ConsoleFixture.h"
 
 using namespace winadmin;

@@ -9,9 +9,9 @@
 #include "common/Settings.h"
 #include "common/Twips.h"
 #include "demo/DemoData.h"
-#include "shell/ListFill.h"
-#include "shell/ListFillKinds.h"
-#include "shell/ViewSettings.h"
+#include "lists/ListFill.h"
+#include "lists/ListFillKinds.h"
+#include "lists/ViewSettings.h"
 #include "store/Store.h"
 #include "support/ConsoleFixture.h"
 

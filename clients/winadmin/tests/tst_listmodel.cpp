@@ -10,8 +10,8 @@
 #include <QTest>
 #include <memory>
 
-#include "shell/ListFillKinds.h"
-#include "shell/ListModel.h"
+#include "lists/ListFillKinds.h"
+#include "lists/ListModel.h"
 #include "support/ExplorerFixture.h"
 
 using namespace winadmin;

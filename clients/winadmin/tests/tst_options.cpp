@@ -8,8 +8,8 @@
 #include <QTest>
 
 #include "common/Settings.h"
+#include "lists/ViewSettings.h"
 #include "session/ServerSession.h"
-#include "shell/ViewSettings.h"
 #include "shell/frmMain.h"
 #include "shell/frmOptions.h"
 #include "support/ConsoleFixture.h"

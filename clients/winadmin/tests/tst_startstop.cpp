@@ -12,8 +12,8 @@
 #include <memory>
 
 #include "common/Labels.h"
-#include "shell/ExplorerListView.h"
-#include "shell/ListModel.h"
+#include "lists/ExplorerListView.h"
+#include "lists/ListModel.h"
 #include "shell/frmMain.h"
 #include "store/Store.h"
 #include "support/ExplorerFixture.h"

@@ -5,7 +5,7 @@
 #include <QTimer>
 #include <QTreeView>
 
-#include "shell/ListModel.h"
+#include "lists/ListModel.h"
 
 namespace winadmin {
 

@@ -8,9 +8,9 @@
 #include <QTreeWidgetItemIterator>
 
 #include "demo/DemoData.h"
+#include "lists/ExplorerListView.h"
+#include "lists/ListModel.h"
 #include "session/ServerSession.h"
-#include "shell/ExplorerListView.h"
-#include "shell/ListModel.h"
 #include "shell/frmMain.h"
 #include "store/Store.h"
 

@@ -8,9 +8,9 @@
 #include <functional>
 #include <vector>
 
-#include "shell/ColumnWidths.h"
-#include "shell/ExplorerTree.h"
-#include "shell/ListModel.h"
+#include "lists/ColumnWidths.h"
+#include "lists/ExplorerNodes.h"
+#include "lists/ListModel.h"
 
 namespace winadmin {
 

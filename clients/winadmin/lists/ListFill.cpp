@@ -1,13 +1,13 @@
 // The column sets of the explorer's list, the fill's dispatch by node kind,
 // and the rows of the installation-wide kinds.
 
-#include "shell/ListFill.h"
+#include "lists/ListFill.h"
 
 #include "common/Labels.h"
 #include "common/Twips.h"
+#include "lists/ListFillKinds.h"
+#include "lists/ViewSettings.h"
 #include "session/ServerSession.h"
-#include "shell/ListFillKinds.h"
-#include "shell/ViewSettings.h"
 
 namespace winadmin {
 

@@ -1,4 +1,4 @@
-#include "shell/ListModel.h"
+#include "lists/ListModel.h"
 
 #include <QCollator>
 #include <QMimeData>
@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <numeric>
 
-#include "shell/KindIcons.h"
+#include "lists/KindIcons.h"
 
 namespace winadmin {
 

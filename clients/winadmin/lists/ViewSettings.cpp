@@ -1,4 +1,4 @@
-#include "shell/ViewSettings.h"
+#include "lists/ViewSettings.h"
 
 #include <cmath>
 #include <limits>

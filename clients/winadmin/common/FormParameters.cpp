@@ -1,4 +1,4 @@
-#include "editors/FormParameters.h"
+#include "common/FormParameters.h"
 
 namespace winadmin {
 

@@ -1,4 +1,4 @@
-#include "shell/KindIcons.h"
+#include "lists/KindIcons.h"
 
 #include <QFile>
 #include <QHash>

@@ -1,4 +1,4 @@
-#include "shell/ColumnWidths.h"
+#include "lists/ColumnWidths.h"
 
 #include <cmath>
 #include <limits>

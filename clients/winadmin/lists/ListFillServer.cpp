@@ -9,7 +9,7 @@
 
 #include "common/CodeTables.h"
 #include "common/Labels.h"
-#include "shell/ListFillKinds.h"
+#include "lists/ListFillKinds.h"
 
 namespace winadmin {
 

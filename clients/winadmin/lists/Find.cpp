@@ -1,8 +1,6 @@
-#include "shell/Find.h"
+#include "lists/Find.h"
 
 #include <QAbstractItemView>
-#include <QAction>
-#include <QApplication>
 #include <QHash>
 #include <QPointer>
 #include <QStringList>
@@ -10,9 +8,6 @@
 #include "common/AppContext.h"
 #include "common/Labels.h"
 #include "common/Prompter.h"
-#include "shell/ExplorerListView.h"
-#include "shell/frmFind.h"
-#include "shell/frmMain.h"
 
 namespace winadmin {
 
@@ -123,10 +118,9 @@ int Exclaim(const QString& key, PromptButtons buttons, const QString& title) {
     return ThePrompter().Show({GetLabel(key), title, PromptIcon::Exclamation, buttons, 1});
 }
 
-frmMain* MainWindow() {
-    for (QWidget* window : QApplication::topLevelWidgets())
-        if (auto* main = qobject_cast<frmMain*>(window)) return main;
-    return nullptr;
+FindDialogPresenter& Presenter() {
+    static FindDialogPresenter presenter = nullptr;
+    return presenter;
 }
 
 }  // namespace
@@ -194,34 +188,16 @@ bool PressFind(const QString& callerCode, const QString& text, FindOptions optio
 }
 
 void ShowFindDialog(const QString& callerCode, QWidget* owner) {
-    frmFind* dialog = frmFind::Loaded();
-    if (!dialog) {
-        // The start-up loads it; a console put together otherwise (a test)
-        // gets it on first use, at home in the main window if there is one.
-        QWidget* home = MainWindow();
-        dialog = new frmFind(home ? home : owner ? owner->window() : nullptr);
+    if (FindDialogPresenter presenter = Presenter()) {
+        presenter(callerCode, owner);
+        return;
     }
-    dialog->ShowFor(callerCode, owner);
+    qWarning("Find: no find dialog in this program");
+    ThePrompter().Beep();
 }
 
-void ConnectFind(frmMain& main) {
-    ExplorerListView* list = main.List();
-    // Whichever mode shows the list: scrolling must happen where it is seen.
-    RegisterFindList(kFindMain, &main, [list] { return list->CurrentView(); });
-
-    QAction* find = main.MenuEntry(QStringLiteral("mnuEditFind"));
-    QAction* findNext = main.MenuEntry(QStringLiteral("mnuEditFindNext"));
-    find->setEnabled(true);
-    findNext->setEnabled(true);
-    QObject::connect(find, &QAction::triggered, &main,
-                     [&main] { ShowFindDialog(kFindMain, &main); });
-    QObject::connect(findNext, &QAction::triggered, &main, [&main] {
-        // The last search is whatever the dialog holds; without a dialog yet
-        // there was none, and the empty text says so.
-        frmFind* dialog = frmFind::Loaded();
-        if (!dialog) dialog = new frmFind(&main);
-        PressFind(kFindMain, dialog->SearchText(), dialog->Options());
-    });
+void SetFindDialogPresenter(FindDialogPresenter presenter) {
+    Presenter() = presenter;
 }
 
 }  // namespace winadmin

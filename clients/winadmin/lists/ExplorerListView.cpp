@@ -1,4 +1,4 @@
-#include "shell/ExplorerListView.h"
+#include "lists/ExplorerListView.h"
 
 #include <QApplication>
 #include <QHeaderView>

@@ -26,8 +26,6 @@ class QWidget;
 
 namespace winadmin {
 
-class frmMain;
-
 // The caller codes of the lists that offer Find.
 inline const QString kFindMain = QStringLiteral("FMAIN");
 inline const QString kFindGroupSelection = QStringLiteral("FGROUPSELECTION");
@@ -65,11 +63,13 @@ bool PressFind(const QString& callerCode, const QString& text, FindOptions optio
 // Shows the find dialog for the list of callerCode, its text selected for
 // typing over. owner is the window the list is in when that is not the main
 // window (a modal selection dialog): the dialog is lent to it while it shows,
-// so that the modal window does not block it.
+// so that the modal window does not block it. Without a dialog to show (a
+// program that has none) it beeps.
 void ShowFindDialog(const QString& callerCode, QWidget* owner = nullptr);
 
-// Registers the main window's list as "FMAIN" and enables its Find (menu and
-// toolbar) and Find Next.
-void ConnectFind(frmMain& main);
+// The find dialog belongs to the main window, above the lists that offer it;
+// it tells the search how to show it.
+using FindDialogPresenter = void (*)(const QString& callerCode, QWidget* owner);
+void SetFindDialogPresenter(FindDialogPresenter presenter);
 
 }  // namespace winadmin

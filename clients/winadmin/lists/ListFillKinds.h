@@ -6,8 +6,8 @@
 #include <QString>
 #include <vector>
 
+#include "lists/ListFill.h"
 #include "session/Records.h"
-#include "shell/ListFill.h"
 
 namespace winadmin {
 
