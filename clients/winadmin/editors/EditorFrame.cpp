@@ -202,8 +202,9 @@ void EditorFrame::SetEditorState(EditorState state) {
     if (auto* ok = qobject_cast<QPushButton*>(controls_.ok))
         ok->setDefault(state != EditorState::NewKey);
     if (controls_.remove)
-        controls_.remove->setEnabled(controls_.identity != Identity::Single &&
-                                     (state == EditorState::Shown || state == EditorState::Changed));
+        controls_.remove->setEnabled(
+            controls_.identity != Identity::Single &&
+            (state == EditorState::Shown || state == EditorState::Changed));
 }
 
 bool EditorFrame::LoadByIdentity() {

@@ -95,8 +95,9 @@ public:
     FieldBinding& Checked(bool (Record::*get)() const, void (Record::*set)(bool)) {
         auto* box = qobject_cast<QAbstractButton*>(steps_.field);
         steps_.clear = [box] { box->setChecked(false); };
-        return Loads([=](const Record& r) { box->setChecked((r.*get)()); })
-            .Writes([=](Record& r) { (r.*set)(box->isChecked()); });
+        return Loads([=](const Record& r) { box->setChecked((r.*get)()); }).Writes([=](Record& r) {
+            (r.*set)(box->isChecked());
+        });
     }
     // A drop-down list whose entries carry the stored word as item data.
     FieldBinding& ItemData(const std::string& (Record::*get)() const,

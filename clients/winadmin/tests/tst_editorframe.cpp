@@ -10,8 +10,8 @@
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QTabWidget>
-#include <QToolButton>
 #include <QTest>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 #include "common/FormParameters.h"

@@ -6,10 +6,10 @@
 #include <QTest>
 
 #include "common/FormParameters.h"
+#include "common/Labels.h"
 #include "editors/frmGatewayUser.h"
 #include "shell/ObjectEditors.h"
 #include "store/Store.h"
-#include "common/Labels.h"
 #include "support/EditorDriver.h"
 #include "support/EditorLifecycle.h"
 #include "support/ExplorerFixture.h"

@@ -5,8 +5,8 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTabWidget>
 #include <QScopeGuard>
+#include <QTabWidget>
 #include <QTest>
 
 #include "common/FormParameters.h"

@@ -32,7 +32,7 @@ struct LifecycleSubject {
     FormParameterList open;     // opens a stored object
     FormParameterList missing;  // names no object; empty for a keyless editor
     QString notExistText;
-    FormParameterList create;   // starts a new object; empty when there is none
+    FormParameterList create;  // starts a new object; empty when there is none
     // Keyed editors: the key field, a key that is taken, its message.
     const char* keyField = nullptr;
     QString takenKey;
