@@ -20,7 +20,8 @@ grpc::StatusCode TransportCode(pb::Error code) {
         case pb::ERROR_ALREADY_EXISTS: return grpc::StatusCode::ALREADY_EXISTS;
         case pb::ERROR_STORE_FAILURE: return grpc::StatusCode::INTERNAL;
         case pb::ERROR_LINE_NOT_CONFIGURED:
-        case pb::ERROR_ROLE_MISSING: return grpc::StatusCode::FAILED_PRECONDITION;
+        case pb::ERROR_ROLE_MISSING:
+        case pb::ERROR_ROLE_OBJECTS_REMAIN: return grpc::StatusCode::FAILED_PRECONDITION;
         default: return grpc::StatusCode::INVALID_ARGUMENT;
     }
 }
@@ -132,12 +133,12 @@ grpc::Status AdminService::SetAdminPassword(grpc::ServerContext* c,
 grpc::Status AdminService::GetServer(grpc::ServerContext* c, const pb::Key* k, pb::Server* r) {
     return Guard(c, [&] { *r = store_.GetServer(k->name()); });
 }
-grpc::Status AdminService::CommitServer(grpc::ServerContext* c, const pb::Server* s,
-                                        pb::CommitReply* r) {
+grpc::Status AdminService::CommitServer(grpc::ServerContext* c,
+                                        const pb::CommitServerRequest* req, pb::CommitReply* r) {
     return Guard(c, [&] {
-        r->set_version(store_.CommitServer(*s));
+        r->set_version(store_.CommitServer(req->server(), req->delete_objects()));
         // A new server comes with its process slots, like an installed host.
-        if (s->is_new()) simulator_.EnsureProcessSlots();
+        if (req->server().is_new()) simulator_.EnsureProcessSlots();
     });
 }
 grpc::Status AdminService::DeleteServer(grpc::ServerContext* c, const pb::DeleteRequest* d,

@@ -32,7 +32,8 @@ public:
 
     // Records: get, commit, delete
     grpc::Status GetServer(grpc::ServerContext*, const pb::Key*, pb::Server*) override;
-    grpc::Status CommitServer(grpc::ServerContext*, const pb::Server*, pb::CommitReply*) override;
+    grpc::Status CommitServer(grpc::ServerContext*, const pb::CommitServerRequest*,
+                              pb::CommitReply*) override;
     grpc::Status DeleteServer(grpc::ServerContext*, const pb::DeleteRequest*, pb::Empty*) override;
     grpc::Status GetUser(grpc::ServerContext*, const pb::Key*, pb::User*) override;
     grpc::Status CommitUser(grpc::ServerContext*, const pb::User*, pb::CommitReply*) override;

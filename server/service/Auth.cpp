@@ -67,7 +67,7 @@ std::string Auth::Login(const std::string& client, const std::string& password) 
         std::lock_guard lock(mutex_);
         auto it = failures_.find(client);
         if (it != failures_.end() && Clock::now() < it->second.blockedUntil)
-            throw ServiceError(pb::ERROR_THROTTLED, "too many failed logins");
+            throw ServiceError(pb::ERROR_THROTTLED, "");  // the description says it all
     }
     // Hashing takes a while and much memory: do it outside the lock.
     bool ok = VerifyPassword(store_.GetMeta(kPasswordKey), password);

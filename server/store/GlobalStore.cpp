@@ -267,8 +267,7 @@ int64_t Store::CommitAdminSettings(const pb::AdminSettings& s) {
     bool exists = st.Step();
     // There is always one settings record: before the first commit the
     // defaults stand in for it with version 0.
-    if (!exists && s.version() != 0)
-        check.Fail(pb::ERROR_VERSION_CONFLICT, "the settings were reset since they were loaded");
+    if (!exists && s.version() != 0) ThrowConflict();
     int64_t version =
         NextVersion(check, !exists, exists ? 1 : 0, exists ? st.Int(0) : 0, s.version());
     pb::AdminSettings body = s;

@@ -59,21 +59,22 @@ int64_t NextVersion(const FieldCheck& check, bool isNew, int64_t existingId,
         if (existingId) check.Fail(pb::ERROR_ALREADY_EXISTS, "the key is already in use");
         return 1;
     }
-    if (!existingId)
-        check.Fail(pb::ERROR_VERSION_CONFLICT,
-                   "another administrator deleted the object since it was loaded");
-    if (storedVersion != sentVersion)
-        check.Fail(pb::ERROR_VERSION_CONFLICT,
-                   "another administrator changed the object since it was loaded");
+    // Deleted meanwhile or changed meanwhile: either way another administrator
+    // changed the object.
+    if (!existingId || storedVersion != sentVersion) ThrowConflict();
     return storedVersion + 1;
 }
 
 void CheckDelete(const FieldCheck& check, int64_t id, int64_t storedVersion,
                  int64_t expectedVersion) {
     if (!id) check.Fail(pb::ERROR_NOT_FOUND, "does not exist");
-    if (expectedVersion && expectedVersion != storedVersion)
-        check.Fail(pb::ERROR_VERSION_CONFLICT,
-                   "another administrator changed the object since it was loaded");
+    if (expectedVersion && expectedVersion != storedVersion) ThrowConflict();
+}
+
+void ThrowConflict() {
+    // The table's description is the whole message; the record is the one
+    // open in the administrator's dialog, and any detail would restate it.
+    throw ServiceError(pb::ERROR_VERSION_CONFLICT, "");
 }
 
 int64_t StoredVersion(Database& db, const char* table, int64_t id) {
@@ -245,6 +246,39 @@ pb::Server ReadServer(Statement& st) {
     return s;
 }
 
+// The objects that each role of a server carries.
+struct RoleObjects {
+    bool (pb::Server::*role)() const;
+    bool (pb::RoleObjectDeletion::*confirmed)() const;
+    const char* table;
+};
+constexpr RoleObjects kRoleObjects[] = {
+    {&pb::Server::user_server, &pb::RoleObjectDeletion::users, "users"},
+    {&pb::Server::printer_server, &pb::RoleObjectDeletion::printers, "printers"},
+    {&pb::Server::device_server, &pb::RoleObjectDeletion::devices, "devices"},
+};
+
+// For each role that s lacks while the server still has objects of it: deletes
+// those objects when confirmed (group memberships and device lines go with
+// them through the schema's cascades, as with one delete per object), refuses
+// otherwise. Runs inside the commit's transaction, so a refusal undoes it all.
+void RemoveRoleObjects(Database& db, int64_t serverId, const pb::Server& s,
+                       const pb::RoleObjectDeletion& confirmed) {
+    for (const RoleObjects& objects : kRoleObjects) {
+        if ((s.*objects.role)()) continue;
+        const std::string table = objects.table;
+        auto count = db.Prepare("SELECT COUNT(*) FROM " + table + " WHERE server_id = ?");
+        count.Bind(1, serverId);
+        const int64_t n = count.Step() ? count.Int(0) : 0;
+        if (n == 0) continue;
+        if (!(confirmed.*objects.confirmed)())
+            ServerCheck(s.name()).Fail(
+                pb::ERROR_ROLE_OBJECTS_REMAIN,
+                std::to_string(n) + " " + (n == 1 ? table.substr(0, table.size() - 1) : table));
+        db.Prepare("DELETE FROM " + table + " WHERE server_id = ?").Bind(1, serverId).Run();
+    }
+}
+
 }  // namespace
 
 std::vector<pb::Server> Store::ListServers() {
@@ -262,7 +296,7 @@ pb::Server Store::GetServer(const std::string& name) {
     return st.Step() ? ReadServer(st) : ServerDefaults(name);
 }
 
-int64_t Store::CommitServer(const pb::Server& s) {
+int64_t Store::CommitServer(const pb::Server& s, const pb::RoleObjectDeletion& confirmed) {
     std::lock_guard lock(mutex_);
     ValidateServer(s);
     Transaction tx(*db_);
@@ -271,8 +305,12 @@ int64_t Store::CommitServer(const pb::Server& s) {
                     &pb::Server::clear_blocking, &pb::Server::clear_user_count,
                     &pb::Server::clear_printer_count, &pb::Server::clear_device_count})
         (body.*f)();
+    // The version is checked (and the record written) first: a stale record
+    // must be refused as such, not judged by roles it no longer describes.
+    int64_t id = 0;
     int64_t version = Upsert(*db_, kServers, 0, s.name(), ServerCheck(s.name()), s.is_new(),
-                             s.version(), Body(body));
+                             s.version(), Body(body), &id);
+    RemoveRoleObjects(*db_, id, s, confirmed);
     tx.Commit();
     return version;
 }

@@ -43,7 +43,11 @@ public:
     // Servers
     std::vector<pb::Server> ListServers();
     pb::Server GetServer(const std::string& name);
-    int64_t CommitServer(const pb::Server& s);
+    // Also deletes, in the same transaction, the objects of each role that s
+    // takes away and that confirmed names; refuses with
+    // ERROR_ROLE_OBJECTS_REMAIN a role taken away from a server that still has
+    // objects of it without that confirmation.
+    int64_t CommitServer(const pb::Server& s, const pb::RoleObjectDeletion& confirmed = {});
     void DeleteServer(const std::string& name, int64_t expectedVersion = 0);
     void SetServerOnline(const std::string& name, bool online);
     // The printer and device names of every server, servers in name order.

@@ -42,6 +42,8 @@ int64_t NextVersion(const FieldCheck& check, bool isNew, int64_t existingId,
 // The common delete protocol: refuses unknown keys and stale versions.
 void CheckDelete(const FieldCheck& check, int64_t id, int64_t storedVersion,
                  int64_t expectedVersion);
+// Refuses a commit or delete against a version that is no longer stored.
+[[noreturn]] void ThrowConflict();
 
 int64_t StoredVersion(Database& db, const char* table, int64_t id);
 

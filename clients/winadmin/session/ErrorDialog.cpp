@@ -1,13 +1,25 @@
 #include "session/ErrorDialog.h"
 
+#include "common/AppContext.h"
 #include "common/Prompter.h"
+#include "session/ServerSession.h"
 
 namespace winadmin {
 
 namespace {
 
+// The brand word of the built-in product, whose title stands until a session
+// reports its own brand.
+const QString kBuiltInBrand = QStringLiteral("kelvar");
+
 QString HexNumber(uint32_t number) {
     return QString::number(number, 16).toUpper();
+}
+
+QString ErrorTitle() {
+    const ServerSession* session = TheSession();
+    const QString brand = session && session->IsLoggedIn() ? session->GetBrand() : QString();
+    return ProductTitle(brand.isEmpty() ? kBuiltInBrand : brand);
 }
 
 }  // namespace
@@ -30,7 +42,9 @@ int ShowErrorMessage(uint32_t number, const QString& description, const QString&
 
     Prompt prompt;
     prompt.text = FormatErrorText(description, number);
-    prompt.title = source;
+    // The administrator knows the product, not the component that raised the
+    // error; the source stays in the error for whoever handles it.
+    prompt.title = ErrorTitle();
     prompt.icon = PromptIcon::Critical;
     prompt.buttons = buttons;
     prompt.defaultButton = 1;

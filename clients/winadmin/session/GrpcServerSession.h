@@ -51,7 +51,8 @@ public:
     std::vector<ServerRecord> Servers() override;
     std::vector<ServerObjectsRecord> ServerObjects() override;
     ServerRecord GetServer(const QString& name) override;
-    int64_t CommitServer(const ServerRecord& server) override;
+    int64_t CommitServer(const ServerRecord& server,
+                         const RoleObjectDeletion& deleteObjects = {}) override;
     void DeleteServer(const QString& name, int64_t expectedVersion = 0) override;
     void StartServer(const QString& name) override;
     void StopServer(const QString& name) override;

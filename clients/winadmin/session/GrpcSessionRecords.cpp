@@ -82,8 +82,14 @@ ServerRecord GrpcServerSession::GetServer(const QString& name) {
     return VELDRANO_UNARY(pb::Server, GetServer, NameKey(name));
 }
 
-int64_t GrpcServerSession::CommitServer(const ServerRecord& server) {
-    return VELDRANO_VERSION(CommitServer, server);
+int64_t GrpcServerSession::CommitServer(const ServerRecord& server,
+                                        const RoleObjectDeletion& deleteObjects) {
+    pb::CommitServerRequest request;
+    *request.mutable_server() = server;
+    request.mutable_delete_objects()->set_users(deleteObjects.users);
+    request.mutable_delete_objects()->set_printers(deleteObjects.printers);
+    request.mutable_delete_objects()->set_devices(deleteObjects.devices);
+    return VELDRANO_VERSION(CommitServer, request);
 }
 
 void GrpcServerSession::DeleteServer(const QString& name, int64_t expectedVersion) {

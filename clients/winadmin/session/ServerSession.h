@@ -17,6 +17,15 @@
 
 namespace winadmin {
 
+// Which roles' objects the administrator agreed to delete with a server commit
+// that takes those roles away. A role taken away from a server that still has
+// objects of it, without its flag here, is refused and nothing is written.
+struct RoleObjectDeletion {
+    bool users = false;
+    bool printers = false;
+    bool devices = false;
+};
+
 class ServerSession : public LabelSource {
 public:
     virtual ~ServerSession() = default;
@@ -56,8 +65,13 @@ public:
     virtual std::vector<ServerObjectsRecord> ServerObjects() = 0;
     // A name that names no server answers a record marked is_new with defaults.
     virtual ServerRecord GetServer(const QString& name) = 0;
-    // Answers the new version; a stale version is refused with 0x81000003.
-    virtual int64_t CommitServer(const ServerRecord& server) = 0;
+    // Answers the new version. One request and one transaction on the server:
+    // the version is checked, the objects of each confirmed role that server
+    // lacks are deleted and the server is written, or nothing happens. A stale
+    // version is refused with ERROR_VERSION_CONFLICT, a role taken away while
+    // its objects remain unconfirmed with ERROR_ROLE_OBJECTS_REMAIN.
+    virtual int64_t CommitServer(const ServerRecord& server,
+                                 const RoleObjectDeletion& deleteObjects = {}) = 0;
     // expectedVersion 0 deletes whatever version is stored.
     virtual void DeleteServer(const QString& name, int64_t expectedVersion = 0) = 0;
     virtual void StartServer(const QString& name) = 0;

@@ -4,11 +4,29 @@
 #include <QTest>
 
 #include "session/ErrorDialog.h"
+#include "session/ServerSession.h"
 #include "support/ScriptedPrompter.h"
+#include "support/TestServer.h"
 
 using namespace winadmin;
 
 Q_DECLARE_METATYPE(winadmin::PromptButtons)
+
+namespace {
+
+namespace pb = veldrano::admin::v1;
+
+const QString kBuiltInTitle = QStringLiteral("VELDRANO Administrator");
+
+// Makes session the process's one session until the end of the scope.
+struct SessionScope {
+    explicit SessionScope(std::unique_ptr<ServerSession> session) {
+        SetTheSession(std::move(session));
+    }
+    ~SessionScope() { SetTheSession(nullptr); }
+};
+
+}  // namespace
 
 class TestErrorDialog : public QObject {
     Q_OBJECT
@@ -17,6 +35,7 @@ private slots:
     void ChoosesButtonsByFamily_data();
     void ChoosesButtonsByFamily();
     void ShowsSessionErrorOverBusyWork();
+    void TitleIsTheProductTitleOfTheSessionsBrand();
     void FallbackPrompterAnswersTheDefaultButton();
 };
 
@@ -31,6 +50,16 @@ void TestErrorDialog::ChoosesButtonsByFamily_data() {
         QTest::newRow(name) << number << buttons << answer << QString(text);
     };
     row("transient", 0x81000001u, PromptButtons::RetryCancel, Answer::Retry, "Failed (81000001).");
+    // Through the protocol's table: what repeating can cure offers Retry, a
+    // conflict (the same commit would be refused again) does not.
+    QTest::newRow("time-out") << ErrorNumber(pb::ERROR_TIMEOUT) << PromptButtons::RetryCancel
+                              << int(Answer::Cancel) << QStringLiteral("Failed (81000001).");
+    QTest::newRow("version conflict")
+        << ErrorNumber(pb::ERROR_VERSION_CONFLICT) << PromptButtons::OK << int(Answer::OK)
+        << QStringLiteral("Failed (8101000E).");
+    QTest::newRow("role objects remain")
+        << ErrorNumber(pb::ERROR_ROLE_OBJECTS_REMAIN) << PromptButtons::OK << int(Answer::OK)
+        << QStringLiteral("Failed (8101000F).");
     row("8101, letters upper case", 0x8101000Du, PromptButtons::OK, Answer::Ignore,
         "Failed (8101000D).");
     row("access denied", 0x80070005u, PromptButtons::OK, Answer::OK, "Failed (80070005).");
@@ -53,34 +82,77 @@ void TestErrorDialog::ChoosesButtonsByFamily() {
     QTEST(shown.buttons, "buttons");
     QTEST(shown.text, "text");
     QCOMPARE(shown.icon, PromptIcon::Critical);
-    QCOMPARE(shown.title, QStringLiteral("Some.Component"));
+    // No session: the built-in product, never the component.
+    QCOMPARE(shown.title, kBuiltInTitle);
     QCOMPARE(shown.defaultButton, 1);
 }
 
 void TestErrorDialog::ShowsSessionErrorOverBusyWork() {
     // Number, description and source come from the protocol's error table.
-    const SessionError conflict = SessionError::FromCode(
-        veldrano::admin::v1::ERROR_VERSION_CONFLICT, QStringLiteral("user bob@alpha"));
-    QCOMPARE(conflict.Number(), 0x81000003u);
-    QVERIFY(conflict.Description().endsWith(QStringLiteral(": user bob@alpha")));
+    const SessionError conflict = SessionError::FromCode(pb::ERROR_VERSION_CONFLICT);
+    QCOMPARE(conflict.Number(), 0x8101000Eu);
+    QVERIFY(conflict.Description().startsWith(
+        QStringLiteral("Another administrator changed this object after you opened it.")));
+    QCOMPARE(
+        conflict.Description().count(QStringLiteral("another administrator"), Qt::CaseInsensitive),
+        1);
     QCOMPARE(conflict.Source(), QStringLiteral("Kelvar.Administrator"));
-    QVERIFY(QByteArray(conflict.what()).contains("81000003"));
+    QVERIFY(QByteArray(conflict.what()).contains("8101000E"));
+    // A detail follows the table's description.
+    const SessionError denied =
+        SessionError::FromCode(pb::ERROR_ACCESS_DENIED, QStringLiteral("not logged in"));
+    QCOMPARE(denied.Description(), QStringLiteral("Access is denied: not logged in"));
 
     ScriptedPrompter prompter;
-    prompter.Answer(Answer::Retry);
+    prompter.Answer(Answer::OK);
     // Nested busy sections, as a failing editor leaves them.
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
 
-    QCOMPARE(ShowErrorMessage(conflict), int(Answer::Retry));
+    QCOMPARE(ShowErrorMessage(conflict), int(Answer::OK));
 
     const ScriptedPrompter::Record& shown = prompter.Prompts().constFirst();
     QVERIFY(!shown.busyPointer);
     QVERIFY(!QGuiApplication::overrideCursor());
-    QVERIFY(shown.prompt.text.startsWith(conflict.Description()));
-    QVERIFY(shown.prompt.text.endsWith(QStringLiteral(" (81000003).")));
-    QCOMPARE(shown.prompt.title, conflict.Source());
-    QCOMPARE(shown.prompt.buttons, PromptButtons::RetryCancel);
+    QCOMPARE(shown.prompt.text, conflict.Description() + QStringLiteral(" (8101000E)."));
+    QCOMPARE(shown.prompt.title, kBuiltInTitle);
+    QCOMPARE(shown.prompt.buttons, PromptButtons::OK);
+}
+
+void TestErrorDialog::TitleIsTheProductTitleOfTheSessionsBrand() {
+    TestServer server(TestServer::Options{false, "quorel", ""});
+    ScriptedPrompter prompter;
+    const QString title = QStringLiteral("Quorel Administrator");
+    {
+        // A session that has not logged in yet knows no brand.
+        SessionScope scope(std::make_unique<GrpcServerSession>(server.Channel()));
+        prompter.Answer(Answer::OK);
+        ShowErrorMessage(1u, QStringLiteral("Failed"), QStringLiteral("Some.Component"));
+        QCOMPARE(prompter.LastPrompt().title, kBuiltInTitle);
+    }
+    SessionScope scope(server.Login());
+    QCOMPARE(TheSession()->GetBrand(), QStringLiteral("quorel"));
+
+    // An error the server raised: the box names the product, the error
+    // object keeps its source for whoever handles it.
+    SessionError refused(0, {}, {});
+    try {
+        TheSession()->StartServer(QStringLiteral("no-such-host"));
+        QFAIL("the call was expected to fail");
+    } catch (const SessionError& error) {
+        refused = error;
+    }
+    QCOMPARE(refused.Source(), QStringLiteral("Kelvar.Administrator"));
+    prompter.Answer(Answer::OK);
+    QCOMPARE(ShowErrorMessage(refused), int(Answer::OK));
+    QCOMPARE(prompter.LastPrompt().title, title);
+    QVERIFY(!prompter.LastPrompt().text.contains(refused.Source()));
+
+    // A transport failure, mapped by the binding, is titled the same way.
+    prompter.Answer(Answer::Cancel);
+    QCOMPARE(ShowErrorMessage(SessionError::FromCode(pb::ERROR_TIMEOUT)), int(Answer::Cancel));
+    QCOMPARE(prompter.LastPrompt().title, title);
+    QCOMPARE(prompter.LastPrompt().buttons, PromptButtons::RetryCancel);
 }
 
 void TestErrorDialog::FallbackPrompterAnswersTheDefaultButton() {

@@ -44,6 +44,7 @@ private slots:
     void CallsNeedATokenAndExpiredOnesLogInAgainOnce();
     void LabelsComeFromMemory();
     void ServerRefusalsKeepTheServersNumbers();
+    void RoleRemovalIsOneCommit();
     void LargeCollectionsArriveInOneCall();
     void RatesAreAddressedByZoneAndIndex();
     void ChannelTargetsFromHostText_data();
@@ -65,7 +66,7 @@ void TestSession::LoginRefusesTheWrongPasswordThenOpensTheSession() {
 
     const SessionError refused = Refusal([&] { session.Login(); });
     COMPARE_NUMBER(refused, 0x80070005u);
-    QVERIFY(!refused.Description().isEmpty());
+    QCOMPARE(refused.Description(), QStringLiteral("Access is denied: the password was refused"));
     QCOMPARE(refused.Source(), kSource);
     QVERIFY(!session.IsLoggedIn());
     COMPARE_NUMBER(Refusal([&] { session.Servers(); }), 0x80070005u);
@@ -192,17 +193,58 @@ void TestSession::ServerRefusalsKeepTheServersNumbers() {
 
     mine.set_comment("Robert Arnesen");
     const SessionError conflict = Refusal([&] { first->CommitUser(mine); });
-    COMPARE_NUMBER(conflict, 0x81000003u);
-    QVERIFY2(conflict.Description().contains("another administrator", Qt::CaseInsensitive),
-             qPrintable(conflict.Description()));
+    // Not the Retry family: the same commit would be refused again.
+    COMPARE_NUMBER(conflict, 0x8101000Eu);
+    // Said once, as the protocol's table says it, with nothing restated after it.
+    QCOMPARE(conflict.Description(),
+             SessionError::FromCode(veldrano::admin::v1::ERROR_VERSION_CONFLICT).Description());
+    QCOMPARE(
+        conflict.Description().count(QStringLiteral("another administrator"), Qt::CaseInsensitive),
+        1);
     QCOMPARE(first->GetUser(alpha, bob).comment(), std::string("Bob A."));
 
     // Deleting against the stale version is refused too; the current one works.
-    COMPARE_NUMBER(Refusal([&] { first->DeleteUser(alpha, bob, created); }), 0x81000003u);
+    COMPARE_NUMBER(Refusal([&] { first->DeleteUser(alpha, bob, created); }), 0x8101000Eu);
     first->DeleteUser(alpha, bob, changed);
     QVERIFY(first->GetUser(alpha, bob).is_new());
     COMPARE_NUMBER(Refusal([&] { first->StartServer(QStringLiteral("no-such-host")); }),
                    0x81010002u);
+}
+
+void TestSession::RoleRemovalIsOneCommit() {
+    TestServer server;
+    server.AddUserServer(QStringLiteral("alpha"));
+    server.AddUsers(QStringLiteral("alpha"), 3);
+    veldrano::server::Store& store = server.GetStore();
+    auto session = server.Login();
+    const QString alpha = QStringLiteral("alpha");
+    ServerRecord record = session->GetServer(alpha);
+    record.set_user_server(false);
+    record.set_printer_server(true);
+
+    // Without the confirmation (the default, as existing callers send it)
+    // the users keep the role on the server.
+    const SessionError remain = Refusal([&] { session->CommitServer(record); });
+    COMPARE_NUMBER(remain, 0x8101000Fu);
+    QVERIFY2(
+        remain.Description().startsWith(
+            SessionError::FromCode(veldrano::admin::v1::ERROR_ROLE_OBJECTS_REMAIN).Description()),
+        qPrintable(remain.Description()));
+    QCOMPARE(store.ListUsers("alpha").size(), size_t(3));
+    QVERIFY(store.GetServer("alpha").user_server());
+
+    // Confirmed: one call deletes the users and writes the server.
+    const uint64_t calls = session->RpcCount();
+    RoleObjectDeletion confirmed;
+    confirmed.users = true;
+    QCOMPARE(session->CommitServer(record, confirmed), record.version() + 1);
+    QCOMPARE(session->RpcCount(), calls + 1);
+    QVERIFY(store.ListUsers("alpha").empty());
+    QVERIFY(store.GetServer("alpha").printer_server());
+
+    // Sent again (a retry after a lost answer) it is refused and changes nothing.
+    COMPARE_NUMBER(Refusal([&] { session->CommitServer(record, confirmed); }), 0x8101000Eu);
+    QCOMPARE(store.GetServer("alpha").version(), record.version() + 1);
 }
 
 void TestSession::LargeCollectionsArriveInOneCall() {
