@@ -92,8 +92,6 @@ void MonitorWindow::AttachControls(const Controls& controls) {
         PeriodOf(ReadSetting(QStringLiteral("Update Speed"), QString::number(kDefaultUpdateSpeed)),
                  kDefaultUpdateSpeed)));
     controls_.updateSpeedUpDown->Bind(speed, 0, kMaxUpdateSpeed);
-    // The arrows sit beside the field at its height; the list takes the rest.
-    controls_.updateSpeedUpDown->setFixedHeight(speed->sizeHint().height());
 
     connect(speed, &QLineEdit::textChanged, this, &MonitorWindow::UpdateSpeedChanged);
     connect(controls_.update, &QPushButton::clicked, this, &MonitorWindow::UpdateClicked);
