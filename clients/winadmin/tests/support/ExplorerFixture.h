@@ -28,7 +28,7 @@ public:
     // in-process channel or, for tests that stop the server, over TCP.
     void StartDemo(bool tcp = false);
     // Shown and activated, as the start-up routine leaves it.
-    std::unique_ptr<frmMain> OpenMain();
+    static std::unique_ptr<frmMain> OpenMain();
     veldrano::server::Store& Store();
 
     // Clicks the node, opening the branches above it first; nullptr when no
