@@ -146,8 +146,6 @@ void TestStartup::SplashAndAboutFollowTheBrand_data() {
     QTest::addColumn<QByteArray>("brand");
     QTest::addColumn<QString>("title");
     QTest::addColumn<QString>("logo");
-    QTest::newRow("upper case") << QByteArray("KELVAR") << "VELDRANO Administrator"
-                                << ":/brand/veldrano.svg";
     QTest::newRow("quorel") << QByteArray("quorel") << "Quorel Administrator"
                             << ":/brand/quorel.svg";
     QTest::newRow("unknown") << QByteArray("acme") << "VELDRANO Administrator" << QString();
