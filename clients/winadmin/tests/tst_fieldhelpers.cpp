@@ -63,7 +63,7 @@ private slots:
     void EnterHandling();
     void EmptyAndRangeChecks_data();
     void EmptyAndRangeChecks();
-    void DisabledFieldsPassAndHiddenFieldsKeepFocus();
+    void DisabledFieldsPassAndHiddenPagesComeForward();
     void ComboItemData();
     void ReferenceFormats();
 
@@ -257,19 +257,24 @@ void TestFieldHelpers::EmptyAndRangeChecks() {
     QCOMPARE(form.field->selectedText(), text);
 }
 
-void TestFieldHelpers::DisabledFieldsPassAndHiddenFieldsKeepFocus() {
+void TestFieldHelpers::DisabledFieldsPassAndHiddenPagesComeForward() {
     Form form;
     form.field->setText(QStringLiteral("x"));
     form.field->setEnabled(false);
     QVERIFY(CheckFieldRange(form.field, QStringLiteral("A:"), 1, 2));
     form.field->clear();
     QVERIFY(!IsFieldEmpty(form.field, QStringLiteral("never shown")));
-    // An empty field on a page not shown: message, no focus change, no error.
+    // The focus routine leaves a field on a page not shown alone.
+    CTRLSetFocus(form.hidden);
+    QVERIFY(!form.hidden->hasFocus());
+    QCOMPARE(form.tabs->currentIndex(), 0);
+    // A failed check brings that page to the front and focuses the field.
     fixture_->prompter.Answer(Answer::OK);
     QVERIFY(IsFieldEmpty(form.hidden, FieldEmptyMessage(QStringLiteral("Comment:"))));
     QCOMPARE(fixture_->prompter.LastPrompt().text,
              QStringLiteral("The field 'Comment' cannot be empty."));
-    QVERIFY(!form.hidden->hasFocus());
+    QCOMPARE(form.tabs->currentIndex(), 1);
+    QVERIFY(form.hidden->hasFocus());
     // Containers: a disabled page greys its text fields, an enabled one
     // keeps read-only fields grey.
     form.hidden->setReadOnly(true);
