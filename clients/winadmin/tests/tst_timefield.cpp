@@ -97,7 +97,6 @@ void TestTimeField::ValidTimes_data() {
     QTest::newRow("last minute") << "23:59" << true << true;
     QTest::newRow("end of day") << "24:00" << false << true;
     QTest::newRow("after the end of day") << "24:01" << false << false;
-    QTest::newRow("minute 60") << "12:60" << false << false;
     QTest::newRow("hour 25") << "25:00" << false << false;
     // The platform's "hh:mm" wants both digits.
     QTest::newRow("one-digit hour") << "7:05" << false << false;
@@ -155,8 +154,6 @@ void TestTimeField::KeyRules_data() {
                                                   << "08:30";
     QTest::newRow("typing over the colon") << "08:30" << 1 << 2 << "5"
                                            << "08:30";
-    QTest::newRow("typing over everything") << "08:30" << 0 << 5 << "1"
-                                            << "08:30";
     QTest::newRow("Backspace takes the colon") << "08:30" << 3 << 0 << "Backspace"
                                                << "0830";
     QTest::newRow("Backspace takes a selected colon") << "08:30" << 1 << 3 << "Backspace"
@@ -167,8 +164,6 @@ void TestTimeField::KeyRules_data() {
                                                 << "08:30";
     QTest::newRow("Delete of a digit in a full field") << "08:30" << 0 << 0 << "Delete"
                                                        << "8:30";
-    QTest::newRow("Delete of selected digits") << "08:30" << 3 << 2 << "Delete"
-                                               << "08:";
     QTest::newRow("Delete bare before the colon") << "08:30" << 2 << 0 << "Delete bare"
                                                   << "08:30";
     QTest::newRow("Cut of the colon") << "08:30" << 1 << 2 << "Cut"
@@ -238,7 +233,6 @@ void TestTimeField::Spin_data() {
     QTest::newRow("minute of 24:30") << "24:30" << 4 << 1 << "24:31" << 3 << 0;
     QTest::newRow("on the colon") << "12:34" << 2 << 1 << "12:34" << 2 << 0;
     QTest::newRow("no time") << "ab" << 1 << 1 << "00:00" << 5 << 1;
-    QTest::newRow("empty") << "" << 0 << -1 << "00:00" << 5 << 1;
     QTest::newRow("one-digit hour is no time here") << "7:05" << 0 << 1 << "00:00" << 5 << 1;
     QTest::newRow("minute 60") << "12:60" << 4 << -1 << "00:00" << 5 << 1;
     QTest::newRow("after the end of day") << "25:00" << 0 << -1 << "00:00" << 5 << 1;

@@ -290,11 +290,6 @@ void TestUserReferenceField::KeyboardAndNames() {
     QVERIFY(chooser->hasFocus());
     QTest::keyClick(FocusTarget(), Qt::Key_Backtab);
     QVERIFY(form.field->hasFocus());
-    // The label's mnemonic leads to the field too.
-    form.label->setText(QStringLiteral("&Vertreter:"));
-    form.before->setFocus();
-    QTest::keyClick(&form.dialog, Qt::Key_V, Qt::AltModifier);
-    QVERIFY(form.field->hasFocus());
 
     // A chooser reached before any value was loaded is named all the same.
     ReferenceForm fresh;
