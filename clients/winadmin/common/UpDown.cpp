@@ -34,12 +34,12 @@ bool TakesTabFocus(const QWidget* widget) {
 }
 
 // The nearest widget before (or after) field in its window's focus chain
-// that Tab stops at; nullptr when there is none.
-QWidget* TabNeighbour(QWidget* field, bool forward) {
+// that Tab stops at, other than skipped; nullptr when there is none.
+QWidget* TabNeighbour(QWidget* field, bool forward, const QWidget* skipped) {
     for (QWidget* w = forward ? field->nextInFocusChain() : field->previousInFocusChain();
          w && w != field; w = forward ? w->nextInFocusChain() : w->previousInFocusChain()) {
         if (w->window() != field->window()) continue;
-        if (w != field->window() && TakesTabFocus(w) && !w->focusProxy()) return w;
+        if (w != field->window() && w != skipped && TakesTabFocus(w) && !w->focusProxy()) return w;
     }
     return nullptr;
 }
@@ -47,7 +47,7 @@ QWidget* TabNeighbour(QWidget* field, bool forward) {
 }  // namespace
 
 UpDown::UpDown(QWidget* parent) : QAbstractSpinBox(parent) {
-    // Like the platform's spin boxes: held keys and pressed arrows repeat.
+    // Held arrows speed up: some ranges run to two thousand million.
     setAccelerated(true);
 }
 
@@ -66,8 +66,8 @@ void UpDown::Bind(QLineEdit* field, int minimum, int maximum, int step) {
 }
 
 void UpDown::Adopt(QLineEdit* field) {
-    QWidget* before = TabNeighbour(field, false);
-    QWidget* after = TabNeighbour(field, true);
+    QWidget* before = TabNeighbour(field, false, this);
+    QWidget* after = TabNeighbour(field, true, this);
     const bool shown = !field->isHidden();
     const int maximumWidth = field->maximumWidth();
     QSizePolicy policy = field->sizePolicy();
