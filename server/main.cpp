@@ -108,8 +108,10 @@ int main(int argc, char** argv) {
     try {
         fs::path data(options.dataPath);
         if (data.has_parent_path()) fs::create_directories(data.parent_path());
-        if (!passwordFile.empty()) options.initialPassword = FirstLine(passwordFile);
-        else if (options.demo) options.initialPassword = kDemoPassword;
+        if (!passwordFile.empty())
+            options.initialPassword = FirstLine(passwordFile);
+        else if (options.demo)
+            options.initialPassword = kDemoPassword;
 
         if (!generate.empty()) {
             auto sizes = ParseGenerateSizes(generate);

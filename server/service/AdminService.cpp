@@ -12,17 +12,26 @@ namespace {
 
 grpc::StatusCode TransportCode(pb::Error code) {
     switch (code) {
-        case pb::ERROR_ACCESS_DENIED: return grpc::StatusCode::UNAUTHENTICATED;
-        case pb::ERROR_THROTTLED: return grpc::StatusCode::RESOURCE_EXHAUSTED;
-        case pb::ERROR_SERVER_BUSY: return grpc::StatusCode::UNAVAILABLE;
-        case pb::ERROR_VERSION_CONFLICT: return grpc::StatusCode::ABORTED;
-        case pb::ERROR_NOT_FOUND: return grpc::StatusCode::NOT_FOUND;
-        case pb::ERROR_ALREADY_EXISTS: return grpc::StatusCode::ALREADY_EXISTS;
-        case pb::ERROR_STORE_FAILURE: return grpc::StatusCode::INTERNAL;
+        case pb::ERROR_ACCESS_DENIED:
+            return grpc::StatusCode::UNAUTHENTICATED;
+        case pb::ERROR_THROTTLED:
+            return grpc::StatusCode::RESOURCE_EXHAUSTED;
+        case pb::ERROR_SERVER_BUSY:
+            return grpc::StatusCode::UNAVAILABLE;
+        case pb::ERROR_VERSION_CONFLICT:
+            return grpc::StatusCode::ABORTED;
+        case pb::ERROR_NOT_FOUND:
+            return grpc::StatusCode::NOT_FOUND;
+        case pb::ERROR_ALREADY_EXISTS:
+            return grpc::StatusCode::ALREADY_EXISTS;
+        case pb::ERROR_STORE_FAILURE:
+            return grpc::StatusCode::INTERNAL;
         case pb::ERROR_LINE_NOT_CONFIGURED:
         case pb::ERROR_ROLE_MISSING:
-        case pb::ERROR_ROLE_OBJECTS_REMAIN: return grpc::StatusCode::FAILED_PRECONDITION;
-        default: return grpc::StatusCode::INVALID_ARGUMENT;
+        case pb::ERROR_ROLE_OBJECTS_REMAIN:
+            return grpc::StatusCode::FAILED_PRECONDITION;
+        default:
+            return grpc::StatusCode::INVALID_ARGUMENT;
     }
 }
 
@@ -133,8 +142,8 @@ grpc::Status AdminService::SetAdminPassword(grpc::ServerContext* c,
 grpc::Status AdminService::GetServer(grpc::ServerContext* c, const pb::Key* k, pb::Server* r) {
     return Guard(c, [&] { *r = store_.GetServer(k->name()); });
 }
-grpc::Status AdminService::CommitServer(grpc::ServerContext* c,
-                                        const pb::CommitServerRequest* req, pb::CommitReply* r) {
+grpc::Status AdminService::CommitServer(grpc::ServerContext* c, const pb::CommitServerRequest* req,
+                                        pb::CommitReply* r) {
     return Guard(c, [&] {
         r->set_version(store_.CommitServer(req->server(), req->delete_objects()));
         // A new server comes with its process slots, like an installed host.
@@ -256,8 +265,8 @@ grpc::Status AdminService::CommitNumberMapping(grpc::ServerContext* c, const pb:
                                                pb::CommitReply* r) {
     return Guard(c, [&] { r->set_version(store_.CommitNumberMapping(*m)); });
 }
-grpc::Status AdminService::DeleteNumberMapping(grpc::ServerContext* c,
-                                               const pb::DeleteRequest* d, pb::Empty*) {
+grpc::Status AdminService::DeleteNumberMapping(grpc::ServerContext* c, const pb::DeleteRequest* d,
+                                               pb::Empty*) {
     return Guard(c, [&] { store_.DeleteNumberMapping(d->key().name(), d->expected_version()); });
 }
 
@@ -280,8 +289,8 @@ grpc::Status AdminService::GetAdminSettings(grpc::ServerContext* c, const pb::Em
                                             pb::AdminSettings* r) {
     return Guard(c, [&] { *r = store_.GetAdminSettings(); });
 }
-grpc::Status AdminService::CommitAdminSettings(grpc::ServerContext* c,
-                                               const pb::AdminSettings* s, pb::CommitReply* r) {
+grpc::Status AdminService::CommitAdminSettings(grpc::ServerContext* c, const pb::AdminSettings* s,
+                                               pb::CommitReply* r) {
     return Guard(c, [&] { r->set_version(store_.CommitAdminSettings(*s)); });
 }
 
@@ -313,9 +322,8 @@ grpc::Status AdminService::CommitRate(grpc::ServerContext* c, const pb::Rate* ra
 }
 grpc::Status AdminService::DeleteRate(grpc::ServerContext* c, const pb::DeleteRequest* d,
                                       pb::Empty*) {
-    return Guard(c, [&] {
-        store_.DeleteRate(d->key().parent(), d->key().index(), d->expected_version());
-    });
+    return Guard(
+        c, [&] { store_.DeleteRate(d->key().parent(), d->key().index(), d->expected_version()); });
 }
 grpc::Status AdminService::GetDestination(grpc::ServerContext* c, const pb::Key* k,
                                           pb::Destination* r) {
@@ -367,8 +375,8 @@ grpc::Status AdminService::StopDevice(grpc::ServerContext* c, const pb::DeviceAc
                                       pb::Empty*) {
     return Guard(c, [&] { simulator_.StopDevice(d->host_name(), d->name()); });
 }
-grpc::Status AdminService::TerminateDevice(grpc::ServerContext* c,
-                                           const pb::DeviceActionRequest* d, pb::Empty*) {
+grpc::Status AdminService::TerminateDevice(grpc::ServerContext* c, const pb::DeviceActionRequest* d,
+                                           pb::Empty*) {
     return Guard(c, [&] { simulator_.TerminateDevice(d->host_name(), d->name()); });
 }
 grpc::Status AdminService::StartProcess(grpc::ServerContext* c, const pb::ProcessRequest* p,

@@ -23,8 +23,7 @@ public:
 
     // Session
     grpc::Status Login(grpc::ServerContext*, const pb::LoginRequest*, pb::LoginReply*) override;
-    grpc::Status GetSessionInfo(grpc::ServerContext*, const pb::Empty*,
-                                pb::SessionInfo*) override;
+    grpc::Status GetSessionInfo(grpc::ServerContext*, const pb::Empty*, pb::SessionInfo*) override;
     grpc::Status GetLabels(grpc::ServerContext*, const pb::LabelsRequest*,
                            pb::LabelTable*) override;
     grpc::Status SetAdminPassword(grpc::ServerContext*, const pb::ChangePasswordRequest*,
@@ -46,10 +45,8 @@ public:
     grpc::Status CommitGroup(grpc::ServerContext*, const pb::Group*, pb::CommitReply*) override;
     grpc::Status DeleteGroup(grpc::ServerContext*, const pb::DeleteRequest*, pb::Empty*) override;
     grpc::Status GetPrinter(grpc::ServerContext*, const pb::Key*, pb::Printer*) override;
-    grpc::Status CommitPrinter(grpc::ServerContext*, const pb::Printer*,
-                               pb::CommitReply*) override;
-    grpc::Status DeletePrinter(grpc::ServerContext*, const pb::DeleteRequest*,
-                               pb::Empty*) override;
+    grpc::Status CommitPrinter(grpc::ServerContext*, const pb::Printer*, pb::CommitReply*) override;
+    grpc::Status DeletePrinter(grpc::ServerContext*, const pb::DeleteRequest*, pb::Empty*) override;
     grpc::Status ListDeviceTypes(grpc::ServerContext*, const pb::Empty*,
                                  pb::DeviceTypeList*) override;
     grpc::Status GetDevice(grpc::ServerContext*, const pb::Key*, pb::Device*) override;
@@ -102,10 +99,8 @@ public:
                             pb::Empty*) override;
     grpc::Status TerminateDevice(grpc::ServerContext*, const pb::DeviceActionRequest*,
                                  pb::Empty*) override;
-    grpc::Status StartProcess(grpc::ServerContext*, const pb::ProcessRequest*,
-                              pb::Empty*) override;
-    grpc::Status StopProcess(grpc::ServerContext*, const pb::ProcessRequest*,
-                             pb::Empty*) override;
+    grpc::Status StartProcess(grpc::ServerContext*, const pb::ProcessRequest*, pb::Empty*) override;
+    grpc::Status StopProcess(grpc::ServerContext*, const pb::ProcessRequest*, pb::Empty*) override;
 
     // Collections, streamed in pages (ListService.cpp)
     grpc::Status ListServers(grpc::ServerContext*, const pb::ListRequest*,

@@ -54,7 +54,9 @@ std::string RandomPassword() {
 Auth::Auth(Store& store, int failuresBeforeThrottle)
     : store_(store), failuresBeforeThrottle_(failuresBeforeThrottle) {}
 
-bool Auth::HasPassword() { return !store_.GetMeta(kPasswordKey).empty(); }
+bool Auth::HasPassword() {
+    return !store_.GetMeta(kPasswordKey).empty();
+}
 
 void Auth::SetPassword(const std::string& password) {
     if (password.empty())

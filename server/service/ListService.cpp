@@ -61,9 +61,8 @@ grpc::Status AdminService::ListServers(grpc::ServerContext* c, const pb::ListReq
 
 grpc::Status AdminService::ListServerObjects(grpc::ServerContext* c, const pb::ListRequest*,
                                              grpc::ServerWriter<pb::ServerObjectsPage>* w) {
-    return Guard(c, [&] {
-        WriteAll(w, &pb::ServerObjectsPage::add_servers, store_.ListServerObjects());
-    });
+    return Guard(
+        c, [&] { WriteAll(w, &pb::ServerObjectsPage::add_servers, store_.ListServerObjects()); });
 }
 
 grpc::Status AdminService::ListUsers(grpc::ServerContext* c, const pb::ListRequest* req,
@@ -121,9 +120,8 @@ grpc::Status AdminService::ListRoutes(grpc::ServerContext* c, const pb::ListRequ
 
 grpc::Status AdminService::ListNumberMappings(grpc::ServerContext* c, const pb::ListRequest*,
                                               grpc::ServerWriter<pb::NumberMappingPage>* w) {
-    return Guard(c, [&] {
-        WriteAll(w, &pb::NumberMappingPage::add_mappings, store_.ListNumberMappings());
-    });
+    return Guard(
+        c, [&] { WriteAll(w, &pb::NumberMappingPage::add_mappings, store_.ListNumberMappings()); });
 }
 
 grpc::Status AdminService::ListGateways(grpc::ServerContext* c, const pb::ListRequest*,
@@ -140,14 +138,14 @@ grpc::Status AdminService::ListGatewayUsers(grpc::ServerContext* c, const pb::Li
 
 grpc::Status AdminService::ListRates(grpc::ServerContext* c, const pb::ListRequest* req,
                                      grpc::ServerWriter<pb::RatePage>* w) {
-    return Guard(c, [&] { WriteAll(w, &pb::RatePage::add_rates, store_.ListRates(req->parent())); });
+    return Guard(c,
+                 [&] { WriteAll(w, &pb::RatePage::add_rates, store_.ListRates(req->parent())); });
 }
 
 grpc::Status AdminService::ListDestinations(grpc::ServerContext* c, const pb::ListRequest* req,
                                             grpc::ServerWriter<pb::DestinationPage>* w) {
     return Guard(c, [&] {
-        WriteAll(w, &pb::DestinationPage::add_destinations,
-                 store_.ListDestinations(req->parent()));
+        WriteAll(w, &pb::DestinationPage::add_destinations, store_.ListDestinations(req->parent()));
     });
 }
 

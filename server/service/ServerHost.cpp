@@ -46,7 +46,9 @@ ServerHost::ServerHost(const ServerOptions& options)
     if (options.simulate) simulator_->Run(options.simulationPeriodMs);
 }
 
-ServerHost::~ServerHost() { Shutdown(); }
+ServerHost::~ServerHost() {
+    Shutdown();
+}
 
 std::shared_ptr<grpc::Channel> ServerHost::InProcessChannel() {
     grpc::ChannelArguments args;

@@ -3,10 +3,10 @@
 // gRPC listener. The program veldrano-server is a thin command line around it;
 // tests and benchmarks embed it in their own process.
 
+#include <grpcpp/grpcpp.h>
+
 #include <memory>
 #include <string>
-
-#include <grpcpp/grpcpp.h>
 
 namespace veldrano::server {
 
@@ -16,14 +16,14 @@ class AdminService;
 class Simulator;
 
 struct ServerOptions {
-    std::string dataPath;               // SQLite file; created when missing
+    std::string dataPath;                    // SQLite file; created when missing
     std::string listen = "127.0.0.1:47110";  // "" for no TCP listener (in-process only)
-    std::string brand;                  // stored when given; default "kelvar"
-    std::string language;               // stored when given; default "en"
-    std::string password;               // sets the administrator password when given
-    std::string initialPassword;        // used only when the store has no password yet
-    bool demo = false;                  // fill an empty store with the demo installation
-    bool simulate = true;               // background event stream and process transitions
+    std::string brand;                       // stored when given; default "kelvar"
+    std::string language;                    // stored when given; default "en"
+    std::string password;                    // sets the administrator password when given
+    std::string initialPassword;             // used only when the store has no password yet
+    bool demo = false;                       // fill an empty store with the demo installation
+    bool simulate = true;                    // background event stream and process transitions
     int simulationPeriodMs = 2000;
     int loginFailuresBeforeThrottle = 5;
 };

@@ -17,7 +17,9 @@ Statement::Statement(sqlite3* db, std::string_view sql) : db_(db) {
     if (rc != SQLITE_OK) ThrowSqlite(db, rc, "prepare");
 }
 
-Statement::~Statement() { sqlite3_finalize(stmt_); }
+Statement::~Statement() {
+    sqlite3_finalize(stmt_);
+}
 
 Statement& Statement::Bind(int index, int64_t value) {
     int rc = sqlite3_bind_int64(stmt_, index, value);
@@ -56,7 +58,9 @@ void Statement::Reset() {
     sqlite3_clear_bindings(stmt_);
 }
 
-int64_t Statement::Int(int column) const { return sqlite3_column_int64(stmt_, column); }
+int64_t Statement::Int(int column) const {
+    return sqlite3_column_int64(stmt_, column);
+}
 
 std::string Statement::Text(int column) const {
     auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt_, column));
@@ -90,7 +94,9 @@ Database::Database(const std::string& path) {
     Exec("PRAGMA foreign_keys=ON");
 }
 
-Database::~Database() { sqlite3_close(db_); }
+Database::~Database() {
+    sqlite3_close(db_);
+}
 
 void Database::Exec(std::string_view sql) {
     char* error = nullptr;

@@ -34,8 +34,8 @@ std::vector<pb::Printer> Store::ListPrinters(const std::string& host) {
     std::lock_guard lock(mutex_);
     int64_t server = RequireServer(*db_, host);
     std::vector<pb::Printer> result;
-    auto st = db_->Prepare(
-        "SELECT name, version, body FROM printers WHERE server_id = ? ORDER BY name");
+    auto st =
+        db_->Prepare("SELECT name, version, body FROM printers WHERE server_id = ? ORDER BY name");
     st.Bind(1, server);
     while (st.Step()) result.push_back(ReadPrinter(st, host));
     return result;
@@ -44,8 +44,8 @@ std::vector<pb::Printer> Store::ListPrinters(const std::string& host) {
 pb::Printer Store::GetPrinter(const std::string& host, const std::string& name) {
     std::lock_guard lock(mutex_);
     int64_t server = RequireServer(*db_, host);
-    auto st = db_->Prepare(
-        "SELECT name, version, body FROM printers WHERE server_id = ? AND name = ?");
+    auto st =
+        db_->Prepare("SELECT name, version, body FROM printers WHERE server_id = ? AND name = ?");
     st.Bind(1, server).Bind(2, name);
     if (st.Step()) return ReadPrinter(st, host);
     pb::Printer p;
@@ -105,10 +105,10 @@ pb::DeviceType MakeType(int id, const char* name, int minLines, int maxLines, bo
     auto it = features.begin();
     auto* f = t.mutable_features();
     for (auto set : {&pb::DeviceFeatures::set_fax, &pb::DeviceFeatures::set_inbound_routing,
-                      &pb::DeviceFeatures::set_accounting, &pb::DeviceFeatures::set_builtin_printer,
-                      &pb::DeviceFeatures::set_scanner, &pb::DeviceFeatures::set_telex,
-                      &pb::DeviceFeatures::set_sms, &pb::DeviceFeatures::set_voice,
-                      &pb::DeviceFeatures::set_csi_prefix})
+                     &pb::DeviceFeatures::set_accounting, &pb::DeviceFeatures::set_builtin_printer,
+                     &pb::DeviceFeatures::set_scanner, &pb::DeviceFeatures::set_telex,
+                     &pb::DeviceFeatures::set_sms, &pb::DeviceFeatures::set_voice,
+                     &pb::DeviceFeatures::set_csi_prefix})
         (f->*set)(*it++);
     return t;
 }
@@ -128,8 +128,7 @@ const std::vector<pb::DeviceType>& Store::DeviceTypes() {
         MakeType(6, "Voice port", 1, 4, true, 2, {0, 1, 0, 0, 0, 0, 0, 1, 0}),
         MakeType(7, "SMS modem", 1, 1, false, 1, {0, 0, 1, 0, 0, 0, 1, 0, 0}),
         MakeType(8, "Fax scanner", 1, 1, false, 1, {1, 0, 0, 0, 1, 0, 0, 0, 0}, true),
-        MakeType(9, "Fax with built-in printer", 1, 1, false, 1, {1, 0, 0, 1, 1, 0, 0, 0, 0},
-                 true),
+        MakeType(9, "Fax with built-in printer", 1, 1, false, 1, {1, 0, 0, 1, 1, 0, 0, 0, 0}, true),
     };
     return types;
 }
@@ -179,7 +178,8 @@ void ValidateLine(Database& db, const FieldCheck& check, const pb::LineSettings&
     check.Text("the number prefix", l.number_prefix(), 20);
     check.Text("the CSI prefix", l.csi_prefix(), 20);
     if (!(l.account_factor() >= 0.0 && l.account_factor() <= 3.402823e38))
-        check.Fail(pb::ERROR_OUT_OF_RANGE, "the account factor must lie between 0 and 3.402823E+38");
+        check.Fail(pb::ERROR_OUT_OF_RANGE,
+                   "the account factor must lie between 0 and 3.402823E+38");
     check.Text("the account unit", l.account_unit(), 10);
     check.Text("the called party number", l.called_party_number(), 20);
     check.Text("the called party subaddress", l.called_party_subaddress(), 20);
@@ -262,8 +262,7 @@ int64_t Store::CommitDevice(const pb::Device& d) {
     check.Text("the device name", d.name(), 10, true, true);
     const auto* type = FindType(d.type());
     if (!type) check.Fail(pb::ERROR_UNKNOWN_REFERENCE, "the device type is unknown");
-    check.Range("the configured lines", d.configured_lines(), type->min_lines(),
-                type->max_lines());
+    check.Range("the configured lines", d.configured_lines(), type->min_lines(), type->max_lines());
     Transaction tx(*db_);
     int64_t server = RequireServer(*db_, d.host_name());
     RequireRole(*db_, server, &pb::Server::device_server, check, "device server");
@@ -274,8 +273,8 @@ int64_t Store::CommitDevice(const pb::Device& d) {
     body.clear_secondary_lines();
     body.clear_state();
     int64_t id = 0;
-    int64_t version = Upsert(*db_, kDevices, server, d.name(), check, d.is_new(), d.version(),
-                             Body(body), &id);
+    int64_t version =
+        Upsert(*db_, kDevices, server, d.name(), check, d.is_new(), d.version(), Body(body), &id);
     // Lines beyond the configured count no longer exist.
     db_->Prepare("DELETE FROM device_lines WHERE device_id = ? AND number > ?")
         .Bind(1, id)
@@ -306,14 +305,16 @@ int64_t Store::SaveDeviceLine(const std::string& host, const std::string& device
     int configured = ParseBody<pb::Device>(st.Blob(0)).configured_lines();
     check.Range("the line number", line.number(), 2, configured);
     ValidateLine(*db_, check, line.settings());
-    auto stored = db_->Prepare("SELECT version FROM device_lines WHERE device_id = ? AND number = ?");
+    auto stored =
+        db_->Prepare("SELECT version FROM device_lines WHERE device_id = ? AND number = ?");
     stored.Bind(1, id).Bind(2, line.number());
     bool exists = stored.Step();
     int64_t version = NextVersion(check, line.version() == 0, exists ? 1 : 0,
                                   exists ? stored.Int(0) : 0, line.version());
-    db_->Prepare("INSERT INTO device_lines(device_id, number, version, body) VALUES(?, ?, ?, ?) "
-                 "ON CONFLICT(device_id, number) DO UPDATE SET version = excluded.version, "
-                 "body = excluded.body")
+    db_->Prepare(
+           "INSERT INTO device_lines(device_id, number, version, body) VALUES(?, ?, ?, ?) "
+           "ON CONFLICT(device_id, number) DO UPDATE SET version = excluded.version, "
+           "body = excluded.body")
         .Bind(1, id)
         .Bind(2, line.number())
         .Bind(3, version)

@@ -15,8 +15,12 @@ const KeyedTable kMappings{"number_mappings", "match"};
 const KeyedTable kGateways{"gateways", "name"};
 const KeyedTable kGatewayUsers{"gateway_users", "address", "gateway_id"};
 
-FieldCheck RouteCheck(const std::string& name) { return {"route '" + name + "'"}; }
-FieldCheck MappingCheck(const std::string& match) { return {"number mapping '" + match + "'"}; }
+FieldCheck RouteCheck(const std::string& name) {
+    return {"route '" + name + "'"};
+}
+FieldCheck MappingCheck(const std::string& match) {
+    return {"number mapping '" + match + "'"};
+}
 FieldCheck GatewayUserCheck(const std::string& gateway, const std::string& address) {
     return {"gateway user '" + address + "' of " + gateway};
 }
@@ -180,8 +184,8 @@ std::vector<pb::GatewayUser> Store::ListGatewayUsers(const std::string& gateway)
 
 pb::GatewayUser Store::GetGatewayUser(const std::string& gateway, const std::string& address) {
     std::lock_guard lock(mutex_);
-    auto u = ReadOne<pb::GatewayUser>(*db_, kGatewayUsers, RequireGateway(*db_, gateway),
-                                      address, &pb::GatewayUser::set_mail_address);
+    auto u = ReadOne<pb::GatewayUser>(*db_, kGatewayUsers, RequireGateway(*db_, gateway), address,
+                                      &pb::GatewayUser::set_mail_address);
     u.set_gateway(gateway);
     return u;
 }
@@ -272,8 +276,9 @@ int64_t Store::CommitAdminSettings(const pb::AdminSettings& s) {
         NextVersion(check, !exists, exists ? 1 : 0, exists ? st.Int(0) : 0, s.version());
     pb::AdminSettings body = s;
     body.clear_map_error_choices();
-    db_->Prepare("INSERT INTO admin_settings(id, version, body) VALUES(1, ?, ?) "
-                 "ON CONFLICT(id) DO UPDATE SET version = excluded.version, body = excluded.body")
+    db_->Prepare(
+           "INSERT INTO admin_settings(id, version, body) VALUES(1, ?, ?) "
+           "ON CONFLICT(id) DO UPDATE SET version = excluded.version, body = excluded.body")
         .Bind(1, version)
         .BindBlob(2, Body(body))
         .Run();

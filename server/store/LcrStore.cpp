@@ -12,7 +12,9 @@ namespace {
 
 const KeyedTable kZones{"zones", "name"};
 
-FieldCheck ZoneCheck(const std::string& name) { return {"zone '" + name + "'"}; }
+FieldCheck ZoneCheck(const std::string& name) {
+    return {"zone '" + name + "'"};
+}
 
 int64_t RequireZone(Database& db, const std::string& name) {
     int64_t id = RowId(db, kZones, 0, name);
@@ -180,14 +182,15 @@ int64_t Store::CommitZone(const pb::Zone& z) {
             check.Fail(pb::ERROR_UNKNOWN_REFERENCE, "the host '" + *host + "' is unknown");
     pb::Zone body = z;
     for (auto f : {&pb::Zone::clear_name, &pb::Zone::clear_next, &pb::Zone::clear_rate_count,
-                    &pb::Zone::clear_destination_count})
+                   &pb::Zone::clear_destination_count})
         (body.*f)();
     int64_t id = 0;
     int64_t version =
         Upsert(*db_, kZones, 0, z.name(), check, z.is_new(), z.version(), Body(body), &id);
     if (z.is_new())
-        db_->Prepare("UPDATE zones SET position = (SELECT COALESCE(MAX(position), 0) + 1 "
-                     "FROM zones) WHERE id = ?")
+        db_->Prepare(
+               "UPDATE zones SET position = (SELECT COALESCE(MAX(position), 0) + 1 "
+               "FROM zones) WHERE id = ?")
             .Bind(1, id)
             .Run();
     tx.Commit();
@@ -214,9 +217,8 @@ pb::Rate Store::GetRate(const std::string& zone, int index) {
     std::lock_guard lock(mutex_);
     auto r = GetZoneRow<pb::Rate>(*db_, "rates", zone, index);
     if (r.is_new()) {
-        for (auto day : {&pb::Rate::set_monday, &pb::Rate::set_tuesday,
-                          &pb::Rate::set_wednesday, &pb::Rate::set_thursday,
-                          &pb::Rate::set_friday})
+        for (auto day : {&pb::Rate::set_monday, &pb::Rate::set_tuesday, &pb::Rate::set_wednesday,
+                         &pb::Rate::set_thursday, &pb::Rate::set_friday})
             (r.*day)(true);
         r.set_start_hour(8);
         r.set_stop_hour(18);

@@ -24,8 +24,9 @@ std::vector<pb::Process> Store::ListProcesses(const std::string& host) {
 void Store::PutProcess(const std::string& host, const pb::Process& p) {
     std::lock_guard lock(mutex_);
     int64_t server = RequireServer(*db_, host);
-    db_->Prepare("INSERT INTO processes(server_id, slot, body) VALUES(?, ?, ?) "
-                 "ON CONFLICT(server_id, slot) DO UPDATE SET body = excluded.body")
+    db_->Prepare(
+           "INSERT INTO processes(server_id, slot, body) VALUES(?, ?, ?) "
+           "ON CONFLICT(server_id, slot) DO UPDATE SET body = excluded.body")
         .Bind(1, server)
         .Bind(2, p.slot())
         .BindBlob(3, p.SerializeAsString())
@@ -56,9 +57,10 @@ void Store::ForEachEvent(const pb::EventRequest& req,
     int64_t limit = req.max_count() > 0 ? req.max_count() : 10000;
     // The (server_id, id) index walks the log in order and the limit stops the
     // walk, so a filtered, capped read never touches the whole log.
-    auto st = db_->Prepare(std::string(
-        "SELECT id, time, severity, originator_id, originator_type, message_class, text "
-        "FROM events WHERE server_id = ? AND severity >= ? ORDER BY id ") +
+    auto st = db_->Prepare(
+        std::string(
+            "SELECT id, time, severity, originator_id, originator_type, message_class, text "
+            "FROM events WHERE server_id = ? AND severity >= ? ORDER BY id ") +
         (req.oldest_first() ? "ASC" : "DESC") + " LIMIT ?");
     st.Bind(1, server).Bind(2, req.min_severity()).Bind(3, limit);
     pb::Event e;

@@ -98,14 +98,16 @@ int CurrentVersion(Database& db) {
 
 }  // namespace
 
-int LatestSchemaVersion() { return kMigrationCount; }
+int LatestSchemaVersion() {
+    return kMigrationCount;
+}
 
 void Migrate(Database& db, int target) {
     int version = CurrentVersion(db);
     if (version > kMigrationCount)
-        throw ServiceError(pb::ERROR_STORE_FAILURE,
-                           "the store was written by a newer server (schema " +
-                               std::to_string(version) + ")");
+        throw ServiceError(
+            pb::ERROR_STORE_FAILURE,
+            "the store was written by a newer server (schema " + std::to_string(version) + ")");
     for (int next = version + 1; next <= target && next <= kMigrationCount; ++next) {
         Transaction tx(db);
         db.Exec(kMigrations[next - 1]);

@@ -48,13 +48,13 @@ int64_t RequireServer(Database& db, const std::string& name) {
 
 int64_t UserId(Database& db, const std::string& host, const std::string& name) {
     int64_t server = ServerId(db, host);
-    return server ? FindId(db, "SELECT id FROM users WHERE server_id = ? AND name = ?", server,
-                           name)
-                  : 0;
+    return server
+               ? FindId(db, "SELECT id FROM users WHERE server_id = ? AND name = ?", server, name)
+               : 0;
 }
 
-int64_t NextVersion(const FieldCheck& check, bool isNew, int64_t existingId,
-                    int64_t storedVersion, int64_t sentVersion) {
+int64_t NextVersion(const FieldCheck& check, bool isNew, int64_t existingId, int64_t storedVersion,
+                    int64_t sentVersion) {
     if (isNew) {
         if (existingId) check.Fail(pb::ERROR_ALREADY_EXISTS, "the key is already in use");
         return 1;
@@ -101,8 +101,8 @@ int64_t RowId(Database& db, const KeyedTable& t, int64_t parent, const std::stri
 }
 
 int64_t Upsert(Database& db, const KeyedTable& t, int64_t parent, const std::string& key,
-               const FieldCheck& check, bool isNew, int64_t sentVersion,
-               const std::string& body, int64_t* rowId) {
+               const FieldCheck& check, bool isNew, int64_t sentVersion, const std::string& body,
+               int64_t* rowId) {
     int64_t id = RowId(db, t, parent, key);
     int64_t version =
         NextVersion(check, isNew, id, id ? StoredVersion(db, t.table, id) : 0, sentVersion);
@@ -119,8 +119,8 @@ int64_t Upsert(Database& db, const KeyedTable& t, int64_t parent, const std::str
             columns += std::string(", ") + t.parentColumn;
             values += ", ?";
         }
-        auto st = db.Prepare(std::string("INSERT INTO ") + t.table + "(" + columns +
-                             ") VALUES(" + values + ")");
+        auto st = db.Prepare(std::string("INSERT INTO ") + t.table + "(" + columns + ") VALUES(" +
+                             values + ")");
         st.Bind(1, key).Bind(2, version).BindBlob(3, body);
         if (t.parentColumn) st.Bind(4, parent);
         st.Run();
@@ -159,7 +159,9 @@ int Store::SchemaVersion() {
     return st.Step() ? static_cast<int>(st.Int(0)) : 0;
 }
 
-int Store::LatestSchemaVersion() { return server::LatestSchemaVersion(); }
+int Store::LatestSchemaVersion() {
+    return server::LatestSchemaVersion();
+}
 
 std::string Store::GetMeta(const std::string& key, const std::string& fallback) {
     std::lock_guard lock(mutex_);
@@ -170,8 +172,9 @@ std::string Store::GetMeta(const std::string& key, const std::string& fallback) 
 
 void Store::SetMeta(const std::string& key, const std::string& value) {
     std::lock_guard lock(mutex_);
-    db_->Prepare("INSERT INTO meta(key, value) VALUES(?, ?) "
-                 "ON CONFLICT(key) DO UPDATE SET value = excluded.value")
+    db_->Prepare(
+           "INSERT INTO meta(key, value) VALUES(?, ?) "
+           "ON CONFLICT(key) DO UPDATE SET value = excluded.value")
         .Bind(1, key)
         .Bind(2, value)
         .Run();
@@ -197,7 +200,9 @@ namespace {
 
 const KeyedTable kServers{"servers", "name"};
 
-FieldCheck ServerCheck(const std::string& name) { return {"server '" + name + "'"}; }
+FieldCheck ServerCheck(const std::string& name) {
+    return {"server '" + name + "'"};
+}
 
 void ValidateServer(const pb::Server& s) {
     auto check = ServerCheck(s.name());
@@ -301,9 +306,9 @@ int64_t Store::CommitServer(const pb::Server& s, const pb::RoleObjectDeletion& c
     ValidateServer(s);
     Transaction tx(*db_);
     pb::Server body = s;
-    for (auto f : {&pb::Server::clear_name, &pb::Server::clear_online,
-                    &pb::Server::clear_blocking, &pb::Server::clear_user_count,
-                    &pb::Server::clear_printer_count, &pb::Server::clear_device_count})
+    for (auto f : {&pb::Server::clear_name, &pb::Server::clear_online, &pb::Server::clear_blocking,
+                   &pb::Server::clear_user_count, &pb::Server::clear_printer_count,
+                   &pb::Server::clear_device_count})
         (body.*f)();
     // The version is checked (and the record written) first: a stale record
     // must be refused as such, not judged by roles it no longer describes.

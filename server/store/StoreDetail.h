@@ -37,8 +37,8 @@ int64_t UserId(Database& db, const std::string& host, const std::string& name);
 
 // The common commit protocol: is_new inserts (refusing a taken key), otherwise
 // the stored version must equal the one sent. Answers the version to store.
-int64_t NextVersion(const FieldCheck& check, bool isNew, int64_t existingId,
-                    int64_t storedVersion, int64_t sentVersion);
+int64_t NextVersion(const FieldCheck& check, bool isNew, int64_t existingId, int64_t storedVersion,
+                    int64_t sentVersion);
 // The common delete protocol: refuses unknown keys and stale versions.
 void CheckDelete(const FieldCheck& check, int64_t id, int64_t storedVersion,
                  int64_t expectedVersion);
@@ -58,8 +58,8 @@ int64_t RowId(Database& db, const KeyedTable& t, int64_t parent, const std::stri
 // Inserts or updates one record body under the common commit protocol and
 // answers its new version; *rowId receives the row's id.
 int64_t Upsert(Database& db, const KeyedTable& t, int64_t parent, const std::string& key,
-               const FieldCheck& check, bool isNew, int64_t sentVersion,
-               const std::string& body, int64_t* rowId = nullptr);
+               const FieldCheck& check, bool isNew, int64_t sentVersion, const std::string& body,
+               int64_t* rowId = nullptr);
 // Deletes one record under the common delete protocol.
 void DeleteRow(Database& db, const KeyedTable& t, int64_t parent, const std::string& key,
                const FieldCheck& check, int64_t expectedVersion);

@@ -118,8 +118,7 @@ int64_t Store::CommitUser(const pb::User& u) {
     if (!u.scanner().empty()) {
         auto scanners = ListScanners(u.host_name());
         if (std::find(scanners.begin(), scanners.end(), u.scanner()) == scanners.end())
-            check.Fail(pb::ERROR_UNKNOWN_REFERENCE,
-                       "the scanner '" + u.scanner() + "' is unknown");
+            check.Fail(pb::ERROR_UNKNOWN_REFERENCE, "the scanner '" + u.scanner() + "' is unknown");
     }
     RequireUserRef(*db_, check, "the substitute", u.substitute());
 
@@ -133,8 +132,7 @@ int64_t Store::CommitUser(const pb::User& u) {
     return version;
 }
 
-void Store::DeleteUser(const std::string& host, const std::string& name,
-                       int64_t expectedVersion) {
+void Store::DeleteUser(const std::string& host, const std::string& name, int64_t expectedVersion) {
     std::lock_guard lock(mutex_);
     Transaction tx(*db_);
     // Group memberships go with the user through the schema's cascade.
@@ -174,7 +172,9 @@ std::vector<std::string> Store::ListScanners(const std::string& host) {
 
 namespace {
 
-FieldCheck GroupCheck(const std::string& name) { return {"group '" + name + "'"}; }
+FieldCheck GroupCheck(const std::string& name) {
+    return {"group '" + name + "'"};
+}
 
 pb::Group ReadGroup(Database& db, int64_t id, const std::string& name, int64_t version,
                     const std::string& body) {

@@ -13,13 +13,13 @@ void FieldCheck::Fail(pb::Error code, const std::string& message) const {
     throw ServiceError(code, what + ": " + message);
 }
 
-void FieldCheck::Text(const char* field, const std::string& value, size_t maxChars,
-                      bool required, bool keyText) const {
+void FieldCheck::Text(const char* field, const std::string& value, size_t maxChars, bool required,
+                      bool keyText) const {
     if (required && value.find_first_not_of(' ') == std::string::npos)
         Fail(pb::ERROR_REQUIRED, std::string(field) + " must not be empty");
     if (CharCount(value) > maxChars)
-        Fail(pb::ERROR_TOO_LONG, std::string(field) + " takes at most " +
-                                     std::to_string(maxChars) + " characters");
+        Fail(pb::ERROR_TOO_LONG,
+             std::string(field) + " takes at most " + std::to_string(maxChars) + " characters");
     if (value.find('\0') != std::string::npos ||
         (keyText && value.find_first_of("()") != std::string::npos))
         Fail(pb::ERROR_INVALID_CHARACTER,
@@ -33,6 +33,8 @@ void FieldCheck::Range(const char* field, int64_t value, int64_t low, int64_t hi
                                          " (got " + std::to_string(value) + ")");
 }
 
-std::string RefText(const pb::UserRef& ref) { return ref.user_name() + "@" + ref.host_name(); }
+std::string RefText(const pb::UserRef& ref) {
+    return ref.user_name() + "@" + ref.host_name();
+}
 
 }  // namespace veldrano::server

@@ -19,8 +19,8 @@ struct FieldCheck {
 
     // A text of at most maxChars characters; required refuses an empty text;
     // keyText refuses "(" and ")" (they delimit references in the console).
-    void Text(const char* field, const std::string& value, size_t maxChars,
-              bool required = false, bool keyText = false) const;
+    void Text(const char* field, const std::string& value, size_t maxChars, bool required = false,
+              bool keyText = false) const;
     void Range(const char* field, int64_t value, int64_t low, int64_t high) const;
     [[noreturn]] void Fail(pb::Error code, const std::string& message) const;
 };

@@ -33,7 +33,8 @@ TEST(GenerateSizesTest, ParsesEveryNameWithSpacesAndInAnyOrder) {
     EXPECT_EQ(s.servers, 0);
 
     s = ParseGenerateSizes("");
-    EXPECT_EQ(s.servers + s.firstServerUsers + s.printersPerServer + s.devicesPerServer + s.zones, 0);
+    EXPECT_EQ(s.servers + s.firstServerUsers + s.printersPerServer + s.devicesPerServer + s.zones,
+              0);
 }
 
 TEST(GenerateSizesTest, RefusesUnknownNamesAndBadNumbersNamingTheCulprit) {

@@ -2,9 +2,8 @@
 // refusals with their description and source, paging of large collections,
 // label tables, runtime actions, and robustness against bad requests.
 
-#include <gtest/gtest.h>
-
 #include <grpcpp/generic/generic_stub.h>
+#include <gtest/gtest.h>
 
 #include <cctype>
 #include <set>

@@ -8,8 +8,7 @@
 namespace veldrano::server::testing {
 
 inline void SeedInstallation(Store& store) {
-    auto server = [&](const char* name, bool users, bool printers, bool devices,
-                      const char* net) {
+    auto server = [&](const char* name, bool users, bool printers, bool devices, const char* net) {
         auto s = store.GetServer(name);
         s.set_comment(std::string("Server ") + name);
         s.set_user_server(users);

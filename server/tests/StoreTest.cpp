@@ -12,14 +12,14 @@
 namespace veldrano::server::testing {
 namespace {
 
-#define EXPECT_REFUSED(statement, expected)                                        \
-    do {                                                                       \
-        try {                                                                  \
-            statement;                                                         \
-            ADD_FAILURE() << #statement " was accepted";                       \
-        } catch (const ServiceError& e) {                                      \
-            EXPECT_EQ(e.code(), expected) << e.what();                             \
-        }                                                                      \
+#define EXPECT_REFUSED(statement, expected)              \
+    do {                                                 \
+        try {                                            \
+            statement;                                   \
+            ADD_FAILURE() << #statement " was accepted"; \
+        } catch (const ServiceError& e) {                \
+            EXPECT_EQ(e.code(), expected) << e.what();   \
+        }                                                \
     } while (0)
 
 class StoreTest : public ::testing::Test {
@@ -187,47 +187,163 @@ struct Refusal {
 TEST_F(StoreTest, InvalidRecordsAreRefusedWithTheirNumberAndNothingIsWritten) {
     auto user = [](Store& s) { return s.GetUser("alpha", "alice"); };
     const std::vector<Refusal> refusals = {
-        {"empty comment", [&](Store& s) { auto u = user(s); u.set_comment(" "); s.CommitUser(u); },
+        {"empty comment",
+         [&](Store& s) {
+             auto u = user(s);
+             u.set_comment(" ");
+             s.CommitUser(u);
+         },
          pb::ERROR_REQUIRED},
-        {"long name", [&](Store& s) { auto u = s.GetUser("alpha", "elevenchars"); u.set_comment("x"); s.CommitUser(u); },
+        {"long name",
+         [&](Store& s) {
+             auto u = s.GetUser("alpha", "elevenchars");
+             u.set_comment("x");
+             s.CommitUser(u);
+         },
          pb::ERROR_TOO_LONG},
-        {"parenthesis", [&](Store& s) { auto u = s.GetUser("alpha", "a(b"); u.set_comment("x"); s.CommitUser(u); },
+        {"parenthesis",
+         [&](Store& s) {
+             auto u = s.GetUser("alpha", "a(b");
+             u.set_comment("x");
+             s.CommitUser(u);
+         },
          pb::ERROR_INVALID_CHARACTER},
-        {"priority 32001", [&](Store& s) { auto u = user(s); u.set_admin_priority(32001); s.CommitUser(u); },
+        {"priority 32001",
+         [&](Store& s) {
+             auto u = user(s);
+             u.set_admin_priority(32001);
+             s.CommitUser(u);
+         },
          pb::ERROR_OUT_OF_RANGE},
-        {"print without printer", [&](Store& s) { auto u = user(s); u.set_print_if_send_failed(true); u.set_printer(""); s.CommitUser(u); },
+        {"print without printer",
+         [&](Store& s) {
+             auto u = user(s);
+             u.set_print_if_send_failed(true);
+             u.set_printer("");
+             s.CommitUser(u);
+         },
          pb::ERROR_REQUIRED},
-        {"unknown printer", [&](Store& s) { auto u = user(s); u.set_printer("nope"); s.CommitUser(u); },
+        {"unknown printer",
+         [&](Store& s) {
+             auto u = user(s);
+             u.set_printer("nope");
+             s.CommitUser(u);
+         },
          pb::ERROR_UNKNOWN_REFERENCE},
-        {"eight papers", [&](Store& s) { auto u = user(s); u.mutable_background_paper()->RemoveLast(); s.CommitUser(u); },
+        {"eight papers",
+         [&](Store& s) {
+             auto u = user(s);
+             u.mutable_background_paper()->RemoveLast();
+             s.CommitUser(u);
+         },
          pb::ERROR_INVALID_ARGUMENT},
-        {"user on printer-only server", [&](Store& s) { auto u = s.GetUser("gamma", "zed"); u.set_comment("x"); s.CommitUser(u); },
+        {"user on printer-only server",
+         [&](Store& s) {
+             auto u = s.GetUser("gamma", "zed");
+             u.set_comment("x");
+             s.CommitUser(u);
+         },
          pb::ERROR_ROLE_MISSING},
-        {"printer type 12", [&](Store& s) { auto p = s.GetPrinter("alpha", "laser1"); p.set_type(12); s.CommitPrinter(p); },
+        {"printer type 12",
+         [&](Store& s) {
+             auto p = s.GetPrinter("alpha", "laser1");
+             p.set_type(12);
+             s.CommitPrinter(p);
+         },
          pb::ERROR_OUT_OF_RANGE},
-        {"split page 1000", [&](Store& s) { auto p = s.GetPrinter("alpha", "laser1"); p.set_split_page(1000); s.CommitPrinter(p); },
+        {"split page 1000",
+         [&](Store& s) {
+             auto p = s.GetPrinter("alpha", "laser1");
+             p.set_split_page(1000);
+             s.CommitPrinter(p);
+         },
          pb::ERROR_OUT_OF_RANGE},
-        {"dispatch 10001", [&](Store& s) { auto v = s.GetServer("alpha"); v.set_dispatch_count(10001); s.CommitServer(v); },
+        {"dispatch 10001",
+         [&](Store& s) {
+             auto v = s.GetServer("alpha");
+             v.set_dispatch_count(10001);
+             s.CommitServer(v);
+         },
          pb::ERROR_OUT_OF_RANGE},
-        {"no role", [&](Store& s) { auto v = s.GetServer("alpha"); v.set_user_server(false); v.set_printer_server(false); v.set_device_server(false); s.CommitServer(v); },
+        {"no role",
+         [&](Store& s) {
+             auto v = s.GetServer("alpha");
+             v.set_user_server(false);
+             v.set_printer_server(false);
+             v.set_device_server(false);
+             s.CommitServer(v);
+         },
          pb::ERROR_REQUIRED},
-        {"net type", [&](Store& s) { auto v = s.GetServer("alpha"); v.set_net_type("tcp"); s.CommitServer(v); },
+        {"net type",
+         [&](Store& s) {
+             auto v = s.GetServer("alpha");
+             v.set_net_type("tcp");
+             s.CommitServer(v);
+         },
          pb::ERROR_INVALID_ARGUMENT},
-        {"group member unknown", [&](Store& s) { auto g = s.GetGroup("Sales"); auto* m = g.add_members(); m->set_user_name("ghost"); m->set_host_name("alpha"); s.CommitGroup(g); },
+        {"group member unknown",
+         [&](Store& s) {
+             auto g = s.GetGroup("Sales");
+             auto* m = g.add_members();
+             m->set_user_name("ghost");
+             m->set_host_name("alpha");
+             s.CommitGroup(g);
+         },
          pb::ERROR_UNKNOWN_REFERENCE},
-        {"rate stop 24:30", [&](Store& s) { auto r = s.GetRate("Europe", 1); r.set_stop_hour(24); r.set_stop_minute(30); s.CommitRate(r); },
+        {"rate stop 24:30",
+         [&](Store& s) {
+             auto r = s.GetRate("Europe", 1);
+             r.set_stop_hour(24);
+             r.set_stop_minute(30);
+             s.CommitRate(r);
+         },
          pb::ERROR_OUT_OF_RANGE},
-        {"rate without days", [&](Store& s) { pb::Rate r = s.GetRate("Europe", 1); for (auto f : {&pb::Rate::set_monday, &pb::Rate::set_tuesday, &pb::Rate::set_wednesday, &pb::Rate::set_thursday, &pb::Rate::set_friday, &pb::Rate::set_saturday, &pb::Rate::set_sunday}) (r.*f)(false); s.CommitRate(r); },
+        {"rate without days",
+         [&](Store& s) {
+             pb::Rate r = s.GetRate("Europe", 1);
+             for (auto f : {&pb::Rate::set_monday, &pb::Rate::set_tuesday, &pb::Rate::set_wednesday,
+                            &pb::Rate::set_thursday, &pb::Rate::set_friday, &pb::Rate::set_saturday,
+                            &pb::Rate::set_sunday})
+                 (r.*f)(false);
+             s.CommitRate(r);
+         },
          pb::ERROR_REQUIRED},
-        {"zone without host", [&](Store& s) { auto z = s.GetZone("Europe"); z.set_is_local(false); z.set_is_daemon(false); z.set_primary_host(""); s.CommitZone(z); },
+        {"zone without host",
+         [&](Store& s) {
+             auto z = s.GetZone("Europe");
+             z.set_is_local(false);
+             z.set_is_daemon(false);
+             z.set_primary_host("");
+             s.CommitZone(z);
+         },
          pb::ERROR_REQUIRED},
-        {"device account factor", [&](Store& s) { auto d = s.GetDevice("alpha", "line1"); d.mutable_primary()->set_account_factor(-1); s.CommitDevice(d); },
+        {"device account factor",
+         [&](Store& s) {
+             auto d = s.GetDevice("alpha", "line1");
+             d.mutable_primary()->set_account_factor(-1);
+             s.CommitDevice(d);
+         },
          pb::ERROR_OUT_OF_RANGE},
-        {"device reservation 0", [&](Store& s) { auto d = s.GetDevice("alpha", "line1"); d.mutable_primary()->set_reservation_timeout(0); s.CommitDevice(d); },
+        {"device reservation 0",
+         [&](Store& s) {
+             auto d = s.GetDevice("alpha", "line1");
+             d.mutable_primary()->set_reservation_timeout(0);
+             s.CommitDevice(d);
+         },
          pb::ERROR_OUT_OF_RANGE},
-        {"smtp user", [&](Store& s) { auto a = s.GetAdminSettings(); a.set_smtp_gateway_user("nohost"); s.CommitAdminSettings(a); },
+        {"smtp user",
+         [&](Store& s) {
+             auto a = s.GetAdminSettings();
+             a.set_smtp_gateway_user("nohost");
+             s.CommitAdminSettings(a);
+         },
          pb::ERROR_INVALID_ARGUMENT},
-        {"block size 1", [&](Store& s) { auto a = s.GetAdminSettings(); a.set_journal_blocksize(1); s.CommitAdminSettings(a); },
+        {"block size 1",
+         [&](Store& s) {
+             auto a = s.GetAdminSettings();
+             a.set_journal_blocksize(1);
+             s.CommitAdminSettings(a);
+         },
          pb::ERROR_OUT_OF_RANGE},
     };
     auto before = store->GetUser("alpha", "alice");
@@ -321,7 +437,8 @@ TEST_F(StoreTest, ServerObjectsNameEveryPrinterAndDeviceUnderItsServer) {
 }
 
 TEST(SchemaTest, AnOlderStoreIsMigratedAndKeepsItsData) {
-    auto dir = std::filesystem::temp_directory_path() / ("veldrano-migrate-" + std::to_string(::getpid()));
+    auto dir =
+        std::filesystem::temp_directory_path() / ("veldrano-migrate-" + std::to_string(::getpid()));
     std::filesystem::create_directories(dir);
     auto path = (dir / "old.sqlite").string();
     {

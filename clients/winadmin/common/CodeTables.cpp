@@ -21,19 +21,19 @@ QString TableText(const std::array<const char*, N>& keys, int code) {
 // The server's numbering: not alphabetical, and the fast LaserJet (10) comes
 // after the PostScript codes.
 constexpr std::array<const char*, 12> kPrinterTypes = {
-    "PRN_ASCII", "PRN_FAX",   "PRN_HP_LJ", "PRN_HP_LJ_COMP", "PRN_HP_LJ_IIP",  "PRN_HP_LJ_III",
-    "PRN_HP_DJ", "PRN_HP_DJ500", "PRN_PS", "PRN_PS_COMP",    "PRN_HP_LJ_FAST", "PRN_WINDOWS"};
+    "PRN_ASCII", "PRN_FAX",      "PRN_HP_LJ", "PRN_HP_LJ_COMP", "PRN_HP_LJ_IIP",  "PRN_HP_LJ_III",
+    "PRN_HP_DJ", "PRN_HP_DJ500", "PRN_PS",    "PRN_PS_COMP",    "PRN_HP_LJ_FAST", "PRN_WINDOWS"};
 
-constexpr std::array<const char*, 6> kSeverities = {
-    "SeverityNone", "SeverityNote", "SeverityWarning", "SeverityError", "SeverityFatal",
-    "SeverityPanic"};
+constexpr std::array<const char*, 6> kSeverities = {"SeverityNone",    "SeverityNote",
+                                                    "SeverityWarning", "SeverityError",
+                                                    "SeverityFatal",   "SeverityPanic"};
 
 constexpr std::array<const char*, 20> kOriginators = {
-    "OriginatorAlpha",     "OriginatorGammaS",       "OriginatorGammaE",  "OriginatorTheta",
-    "OriginatorNue",       "OriginatorOmega",        "OriginatorFilter",  "OriginatorDriverFax",
-    "OriginatorDriverTelex", "OriginatorFaxAsc",     "OriginatorFaxAdm",  "OriginatorFaxX",
-    "OriginatorFaxWin",    "OriginatorBiffX",        "OriginatorBiffWin", "OriginatorFaxPR",
-    "OriginatorFaxPSPR",   "OriginatorGateway",      "OriginatorSigma",   "OriginatorPi"};
+    "OriginatorAlpha",       "OriginatorGammaS",  "OriginatorGammaE",  "OriginatorTheta",
+    "OriginatorNue",         "OriginatorOmega",   "OriginatorFilter",  "OriginatorDriverFax",
+    "OriginatorDriverTelex", "OriginatorFaxAsc",  "OriginatorFaxAdm",  "OriginatorFaxX",
+    "OriginatorFaxWin",      "OriginatorBiffX",   "OriginatorBiffWin", "OriginatorFaxPR",
+    "OriginatorFaxPSPR",     "OriginatorGateway", "OriginatorSigma",   "OriginatorPi"};
 
 // Tested in this order, which is also the order of the output.
 constexpr std::array<std::pair<int32_t, const char*>, 10> kMessageClasses = {{
@@ -60,11 +60,17 @@ QStringList KeyList(const std::array<const char*, N>& keys) {
 
 }  // namespace
 
-QString PrinterTypeText(int16_t code) { return TableText(kPrinterTypes, code); }
+QString PrinterTypeText(int16_t code) {
+    return TableText(kPrinterTypes, code);
+}
 
-QString SeverityText(int16_t code) { return TableText(kSeverities, code); }
+QString SeverityText(int16_t code) {
+    return TableText(kSeverities, code);
+}
 
-QString OriginatorText(int16_t code) { return TableText(kOriginators, code); }
+QString OriginatorText(int16_t code) {
+    return TableText(kOriginators, code);
+}
 
 QString MessageClassText(int32_t bits) {
     QString text;
@@ -77,9 +83,12 @@ QString ProcessStatusText(int32_t exitStatus, int32_t runState) {
     if (runState == 0) return GetLabel(QStringLiteral("ProcessStarting"));
     if (runState == -1) return GetLabel(QStringLiteral("ProcessFailed"));
     switch (exitStatus) {
-        case -2: return GetLabel(QStringLiteral("ProcessInit"));
-        case -1: return GetLabel(QStringLiteral("ProcessRun"));
-        case 0: return GetLabel(QStringLiteral("ProcessTerminated"));
+        case -2:
+            return GetLabel(QStringLiteral("ProcessInit"));
+        case -1:
+            return GetLabel(QStringLiteral("ProcessRun"));
+        case 0:
+            return GetLabel(QStringLiteral("ProcessTerminated"));
         default:
             // A negative status shows as its 32-bit two's complement.
             return GetLabel(QStringLiteral("ProcessExit")) + QStringLiteral(" (0x") +
@@ -92,10 +101,18 @@ QString CountOrDashText(int32_t value) {
     return value > 0 ? QLatin1Char(' ') + QString::number(value) : QStringLiteral("---");
 }
 
-QString YesNoText(bool flag) { return GetLabel(flag ? QStringLiteral("Yes") : QStringLiteral("No")); }
+QString YesNoText(bool flag) {
+    return GetLabel(flag ? QStringLiteral("Yes") : QStringLiteral("No"));
+}
 
-QStringList PrinterTypeKeys() { return KeyList(kPrinterTypes); }
-QStringList PaperSizeKeys() { return KeyList(kPaperSizes); }
-QStringList SeverityKeys() { return KeyList(kSeverities); }
+QStringList PrinterTypeKeys() {
+    return KeyList(kPrinterTypes);
+}
+QStringList PaperSizeKeys() {
+    return KeyList(kPaperSizes);
+}
+QStringList SeverityKeys() {
+    return KeyList(kSeverities);
+}
 
 }  // namespace winadmin

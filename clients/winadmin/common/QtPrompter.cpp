@@ -7,10 +7,9 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <utility>
 
 #include "common/AppContext.h"
-
-#include <utility>
 
 namespace winadmin {
 
@@ -18,8 +17,8 @@ namespace {
 
 // One table for both directions, so an answer and its button never disagree.
 constexpr std::pair<int, QMessageBox::StandardButton> kButtons[] = {
-    {Answer::OK, QMessageBox::Ok},       {Answer::Cancel, QMessageBox::Cancel},
-    {Answer::Abort, QMessageBox::Abort}, {Answer::Retry, QMessageBox::Retry},
+    {Answer::OK, QMessageBox::Ok},         {Answer::Cancel, QMessageBox::Cancel},
+    {Answer::Abort, QMessageBox::Abort},   {Answer::Retry, QMessageBox::Retry},
     {Answer::Ignore, QMessageBox::Ignore}, {Answer::Yes, QMessageBox::Yes},
     {Answer::No, QMessageBox::No},
 };
@@ -106,7 +105,8 @@ int QtPrompter::Show(const Prompt& prompt) {
     // Messages break their lines with a carriage return alone, which a plain
     // text label does not take for a line break.
     QString text = prompt.text;
-    text.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"))
+        .replace(QLatin1Char('\r'), QLatin1Char('\n'));
     box.setText(text);
 
     int escapeAnswer = 0;

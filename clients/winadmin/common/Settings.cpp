@@ -100,7 +100,9 @@ bool WriteKey(const QString& key, const QString& value) {
 
 }  // namespace
 
-SettingsBatch::SettingsBatch() { ++BatchDepth(); }
+SettingsBatch::SettingsBatch() {
+    ++BatchDepth();
+}
 
 SettingsBatch::~SettingsBatch() {
     if (finished_) return;

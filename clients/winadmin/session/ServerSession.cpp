@@ -9,7 +9,9 @@ std::unique_ptr<ServerSession>& Holder() {
 }
 }  // namespace
 
-ServerSession* TheSession() { return Holder().get(); }
+ServerSession* TheSession() {
+    return Holder().get();
+}
 
 void SetTheSession(std::unique_ptr<ServerSession> session) {
     SetLabelSource(session.get());

@@ -7,9 +7,8 @@
 #include <QString>
 #include <QStringList>
 #include <cstdint>
-#include <vector>
-
 #include <memory>
+#include <vector>
 
 #include "common/Labels.h"
 #include "session/Records.h"

@@ -13,8 +13,8 @@ class ServerSession;
 struct ObjectAddress {
     QString kind;
     QString name;
-    QString server;   // users, printers, devices
-    QString gateway;  // gateway users
+    QString server;     // users, printers, devices
+    QString gateway;    // gateway users
     int zoneIndex = 0;  // rates and destinations: their zone's place in the list
 };
 
