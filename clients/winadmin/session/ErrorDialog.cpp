@@ -28,7 +28,7 @@ QString FormatErrorText(const QString& description, uint32_t number) {
     return description + QStringLiteral(" (") + HexNumber(number) + QStringLiteral(").");
 }
 
-int ShowErrorMessage(uint32_t number, const QString& description, const QString& source) {
+int ShowErrorMessage(uint32_t number, const QString& description, const QString& /*source*/) {
     // The failing work may have left the hourglass up; the administrator must
     // be able to answer the box.
     ResetBusyPointer();
