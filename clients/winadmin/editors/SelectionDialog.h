@@ -44,7 +44,7 @@ protected:
         QAbstractButton* ok = nullptr;
         QAbstractButton* cancel = nullptr;
         QAbstractButton* find = nullptr;  // optional
-        QString findCode;                 // caller code for the find dialog; "" for none
+        QString findCode = {};            // caller code for the find dialog; "" for none
     };
     explicit SelectionDialog(QWidget* parent);
     // Called by the dialog's constructor once its form is set up.

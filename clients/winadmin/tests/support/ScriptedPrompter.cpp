@@ -34,7 +34,7 @@ int ScriptedPrompter::Show(const Prompt& prompt) {
     return answers_.dequeue();
 }
 
-QString ScriptedPrompter::AskSaveFileName(const QString& title, const QString& filter) {
+QString ScriptedPrompter::AskSaveFileName(const QString& title, const QString& /*filter*/) {
     fileDialogTitles_.append(title);
     if (fileNames_.isEmpty()) {
         const QByteArray message = "unexpected save dialog \"" + title.toUtf8() + "\"";
