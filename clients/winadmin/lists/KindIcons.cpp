@@ -15,26 +15,6 @@ void LoadConsoleResources() {
     Q_UNUSED(loaded);
 }
 
-const QStringList& KnownKinds() {
-    static const QStringList kinds = {
-        QStringLiteral("Administrator"), QStringLiteral("Servers"),
-        QStringLiteral("Server"),        QStringLiteral("Users"),
-        QStringLiteral("User"),          QStringLiteral("Groups"),
-        QStringLiteral("Group"),         QStringLiteral("Printers"),
-        QStringLiteral("Printer"),       QStringLiteral("Devices"),
-        QStringLiteral("Device"),        QStringLiteral("Processes"),
-        QStringLiteral("Process"),       QStringLiteral("Events"),
-        QStringLiteral("Event"),         QStringLiteral("Routes"),
-        QStringLiteral("Route"),         QStringLiteral("NumberMappings"),
-        QStringLiteral("NumberMapping"), QStringLiteral("Gateways"),
-        QStringLiteral("Gateway"),       QStringLiteral("GatewayUser"),
-        QStringLiteral("LCR"),           QStringLiteral("Zone"),
-        QStringLiteral("Rates"),         QStringLiteral("Rate"),
-        QStringLiteral("Destinations"),  QStringLiteral("Destination"),
-    };
-    return kinds;
-}
-
 QIcon KindIcon(const QString& kind) {
     // Lists of many thousand rows ask for the same few icons again and
     // again; a QIcon per row would parse the SVG per row.
@@ -44,12 +24,10 @@ QIcon KindIcon(const QString& kind) {
 
     LoadConsoleResources();
     QIcon icon;
-    // Only the known words: a resource path built from an arbitrary word
+    // Only the table's pictures: a resource path built from an arbitrary word
     // ("../brand/veldrano") must not find some other picture.
-    if (KnownKinds().contains(kind)) {
-        const QString path = QStringLiteral(":/kinds/%1.svg").arg(kind);
-        if (QFile::exists(path)) icon = QIcon(path);
-    }
+    if (const char* path = TraitsOfKind(kind).icon; path && QFile::exists(QLatin1String(path)))
+        icon = QIcon(QLatin1String(path));
     cache.insert(kind, icon);
     return icon;
 }

@@ -1,10 +1,12 @@
 #pragma once
-// The image list of the explorer: one icon per object kind word. Tree nodes
-// and list rows carry their kind word as icon key, so every view asks here.
+// The image list of the explorer: one icon per object kind word, the picture
+// the kinds table names. Tree nodes and list rows carry their kind word as
+// icon key, so every view asks here.
 
 #include <QIcon>
 #include <QString>
-#include <QStringList>
+
+#include "lists/Kinds.h"
 
 namespace winadmin {
 
@@ -18,8 +20,5 @@ QIcon KindIcon(const QString& kind);
 // linker keeps only when something asks for them; every user of a resource
 // path calls this first. Cheap after the first call.
 void LoadConsoleResources();
-
-// Every kind word that has an icon, folder kinds and row kinds alike.
-const QStringList& KnownKinds();
 
 }  // namespace winadmin

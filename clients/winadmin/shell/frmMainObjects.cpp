@@ -1,8 +1,10 @@
 // The object commands of the main window: New, Properties and Delete, from
 // the File menu, the toolbar, the pop-up menus (which forward here), a double
-// click or Enter on a list row. The windows they open are found by kind in the
-// catalog (ObjectEditors.h); after a window reports a save, or after a delete,
-// the explorer is rebuilt and finds its selection again by key.
+// click or Enter on a list row. Which kinds each command applies to, and how
+// it names the object, is the kinds table's (Kinds.h); the windows they open
+// are found by kind in the catalog (ObjectEditors.h). After a window reports
+// a save, or after a delete, the explorer is rebuilt and finds its selection
+// again by key.
 
 #include <QAction>
 #include <QApplication>
@@ -14,6 +16,7 @@
 #include "common/Labels.h"
 #include "common/Prompter.h"
 #include "lists/ExplorerListView.h"
+#include "lists/Kinds.h"
 #include "lists/ListModel.h"
 #include "session/CallSession.h"
 #include "session/ServerSession.h"
@@ -25,43 +28,6 @@
 namespace winadmin {
 
 namespace {
-
-bool OneOf(const QString& kind, std::initializer_list<const char*> kinds) {
-    for (const char* candidate : kinds)
-        if (kind == QLatin1String(candidate)) return true;
-    return false;
-}
-
-// Tree nodes that New creates an object under.
-bool CreatesUnder(const QString& kind) {
-    return OneOf(kind,
-                 {"Groups", "Routes", "Rates", "Destinations", "LCR", "Zone", "NumberMappings",
-                  "Users", "Printers", "Printer", "Device", "Gateway", "Servers", "Server"});
-}
-
-bool OpensFromTree(const QString& kind) {
-    return OneOf(kind,
-                 {"Administrator", "Server", "Printer", "Device", "Processes", "Events", "Zone"});
-}
-
-bool OpensFromList(const QString& kind) {
-    return OneOf(kind, {"Group", "Route", "NumberMapping", "Server", "User", "Printer", "Device",
-                        "Process", "Event", "GatewayUser", "Rate", "Destination", "Zone"});
-}
-
-bool DeletesFromTree(const QString& kind) {
-    return OneOf(kind, {"Group", "Route", "User", "Printer", "Server", "Device", "Zone"});
-}
-
-bool DeletesFromList(const QString& kind) {
-    return OneOf(kind, {"Group", "Route", "NumberMapping", "Server", "User", "Printer", "Device",
-                        "GatewayUser", "Zone", "Rate", "Destination"});
-}
-
-// Objects addressed by their place in a list rather than by name.
-bool IsIndexed(const QString& kind) {
-    return OneOf(kind, {"Zone", "Rate", "Destination"});
-}
 
 // The place of the zone that the node belongs to (0 outside the routing zones).
 int ZoneIndexOfNode(const QTreeWidgetItem* node) {
@@ -75,20 +41,21 @@ int ZoneIndexOfNode(const QTreeWidgetItem* node) {
 // the viewers, the server they show.
 ObjectRequest RequestFor(const frmMain::Selection& selection) {
     ObjectRequest request;
+    const KindTraits& kind = TraitsOfKind(selection.kind);
     request.kind = selection.kind;
     request.hostName = selection.Server();
     if (selection.kind == QLatin1String("GatewayUser"))
         request.gatewayAddress = selection.scope.object;
-    if (IsIndexed(selection.kind))
+    if (kind.IsIndexed())
         request.name = QString::number(IndexOfKey(selection.key));
-    else if (OneOf(selection.kind, {"Processes", "Events", "Process", "Event"}))
+    else if (kind.address == KindAddress::ByServer)
         request.name = selection.Server();
     else if (selection.control == QLatin1String("TreeView") &&
              selection.kind == QLatin1String("Server"))
         request.name = selection.key;
     else
         request.name = selection.text;
-    if (OneOf(selection.kind, {"Rate", "Destination"}))
+    if (kind.address == KindAddress::ByIndexInZone)
         request.zoneIndex = QString::number(selection.zoneIndex);
     return request;
 }
@@ -171,10 +138,9 @@ void frmMain::UpdateObjectCommands() {
 
     const Selection selection = SelectedObject();
     const bool fromTree = selection.control == QLatin1String("TreeView");
-    const bool opens = fromTree ? OpensFromTree(selection.kind) : OpensFromList(selection.kind);
-    ui->mnuFileProperties->setEnabled(opens && FindObjectWindow(selection.kind));
-    ui->mnuFileDelete->setEnabled(fromTree ? DeletesFromTree(selection.kind)
-                                           : DeletesFromList(selection.kind));
+    ui->mnuFileProperties->setEnabled(OpensFrom(selection.kind, fromTree) &&
+                                      FindObjectWindow(selection.kind));
+    ui->mnuFileDelete->setEnabled(DeletesFrom(selection.kind, fromTree));
 }
 
 void frmMain::NewObject() {
@@ -196,7 +162,7 @@ void frmMain::OpenProperties() {
     const Selection selection = SelectedObject();
     if (selection.IsEmpty()) return;
     const bool fromTree = selection.control == QLatin1String("TreeView");
-    if (fromTree ? !OpensFromTree(selection.kind) : !OpensFromList(selection.kind)) return;
+    if (!OpensFrom(selection.kind, fromTree)) return;
     if (OpenObjectEditor(this, RequestFor(selection))) RefreshExplorer();
 }
 
@@ -204,7 +170,7 @@ void frmMain::DeleteSelection() {
     const Selection selection = SelectedObject();
     if (selection.IsEmpty()) return;
     const bool fromTree = selection.control == QLatin1String("TreeView");
-    if (fromTree ? !DeletesFromTree(selection.kind) : !DeletesFromList(selection.kind)) return;
+    if (!DeletesFrom(selection.kind, fromTree)) return;
 
     Prompt question;
     question.text = GetLabel(QStringLiteral("QuestionDelete")) + QLatin1Char('\r') +

@@ -9,6 +9,7 @@
 #include "common/Labels.h"
 #include "common/Prompter.h"
 #include "lists/ExplorerListView.h"
+#include "lists/Kinds.h"
 #include "session/CallSession.h"
 #include "session/ServerSession.h"
 #include "shell/frmMain.h"
@@ -20,25 +21,6 @@ namespace {
 constexpr int kStart = 1;
 constexpr int kStop = 2;
 constexpr int kTerminate = 3;
-
-// The pop-up menu of a row by its kind, with the pair of entries that
-// UpdateStartStopItems is given for it. Kinds not listed get "mnuPopup3".
-struct ListMenu {
-    const char* kind;
-    const char* menu;
-    const char* first;
-    const char* second;
-};
-
-const ListMenu kListMenus[] = {
-    {"Process", "mnuPopupProcess", "mnuPopupProcessStart", "mnuPopupProcessStop"},
-    {"Server", "mnuPopupServer", "mnuPopupServerStart", "mnuPopupServerStop"},
-    {"Device", "mnuPopupDevice", "mnuPopupDeviceStart", "mnuPopupDeviceStop"},
-    {"Rate", "mnuRatePopup", "mnuRateNew", "mnuRateHelp"},
-    {"Destination", "mnuDestsPopup", "mnuDestsNew", "mnuDestsHelp"},
-    {"Zone", "mnuZonePopup", "mnuZoneNew", "mnuZoneHelp"},
-    {"Event", "mnuPopup2", nullptr, nullptr},
-};
 
 // Starting asks nothing and leaves the explorer as it is: nothing is lost by
 // a start, and what it brings up shows once the server has brought it up.
@@ -135,17 +117,15 @@ void frmMain::ShowListMenu(const QPoint& position) {
     activeControl_ = QStringLiteral("ListView");
     UpdateObjectCommands();
     const Selection selection = SelectedObject();
+    // Nothing selected: the menu of the list itself; a row of a kind without
+    // a menu of its own: the common one.
     QString menuName = QStringLiteral("mnuPopup1");
     if (!selection.IsEmpty()) {
-        menuName = QStringLiteral("mnuPopup3");
-        for (const ListMenu& choice : kListMenus) {
-            if (!Is(selection.kind, choice.kind)) continue;
-            if (choice.first)
-                UpdateStartStopItems(MenuEntry(QLatin1String(choice.first)),
-                                     MenuEntry(QLatin1String(choice.second)));
-            menuName = QLatin1String(choice.menu);
-            break;
-        }
+        const KindListMenu& choice = TraitsOfKind(selection.kind).listMenu;
+        menuName = choice.menu ? QLatin1String(choice.menu) : QLatin1String("mnuPopup3");
+        if (choice.first)
+            UpdateStartStopItems(MenuEntry(QLatin1String(choice.first)),
+                                 MenuEntry(QLatin1String(choice.second)));
     }
     QMenu* menu = PopupMenu(menuName);
     if (!menu) return;
@@ -158,15 +138,17 @@ void frmMain::UpdateStartStopItems(QAction* start, QAction* stop) {
         ThePrompter().Beep();
         return;
     }
-    const QString& kind = selection.kind;
     // Servers and devices can be asked to start or stop whatever the state
     // they were last seen in; routing objects have no such entries.
-    if (Is(kind, "Server") || Is(kind, "Device") || Is(kind, "Zone") || Is(kind, "Rate") ||
-        Is(kind, "Destination"))
-        return;
-    if (!Is(kind, "Process")) {
-        ThePrompter().Beep();
-        return;
+    switch (TraitsOfKind(selection.kind).startStop) {
+        case StartStopEntries::FollowRunState:
+            break;
+        case StartStopEntries::AlwaysEnabled:
+        case StartStopEntries::Untouched:
+            return;
+        case StartStopEntries::None:
+            ThePrompter().Beep();
+            return;
     }
     ServerSession* session = TheSession();
     const int slot = SlotOf(selection);
