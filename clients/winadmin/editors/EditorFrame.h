@@ -91,9 +91,9 @@ protected:
     // The request pair that opens an existing object ("HostName",
     // "RateModify") and the messages of a missing and of a taken key.
     struct Messages {
-        QString requestName;
-        QString notExist;
-        QString exists;
+        QString requestName = {};
+        QString notExist = {};
+        QString exists = {};
     };
 
     explicit EditorFrame(QWidget* parent);
