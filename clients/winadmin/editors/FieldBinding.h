@@ -85,8 +85,8 @@ public:
         QWidget* field = steps_.field;
         return Loads([=](const Record& r) { SetFieldText(field, QString::number((r.*get)())); })
             .Writes([=](Record& r) {
-                // The checks ran before; a field that holds no number (a
-                // disabled one skips them) keeps the stored value.
+                // The checks ran before; a field that holds no number keeps
+                // the stored value.
                 bool ok = false;
                 const qlonglong value = FieldText(field).trimmed().toLongLong(&ok);
                 if (ok) (r.*set)(Int(value));
@@ -182,8 +182,10 @@ public:
     void LoadFrom(const Record& record) const {
         if (load_) load_(record);
     }
+    // A disabled field skipped its checks, so what it holds is not written:
+    // the record keeps the stored value.
     void WriteTo(Record& record) const {
-        if (write_ && !steps_.shownOnly) write_(record);
+        if (write_ && !steps_.shownOnly && steps_.field->isEnabled()) write_(record);
     }
 
 private:

@@ -36,30 +36,19 @@ frmServerDetails::frmServerDetails(QWidget* parent)
     Bind(ui->chkSerializeSameNumber)
         .Checked(&S::serialize_same_number, &S::set_serialize_same_number);
     Bind(ui->chkDispatchOff).Checked(&S::dispatch_off, &S::set_dispatch_off);
-    // A remote server's dispatch fields are disabled and skip their checks;
-    // whatever they hold is not written (Number keeps the stored value of a
-    // field that holds no number, the range keeps the rest out).
+    // A remote server's dispatch fields are disabled: they skip their checks
+    // and, like every disabled field, are not written back.
     Bind(ui->edtDispatchCount, ui->lblDispatchCount)
         .Filter(kKeyDigits, 5)
         .Range(1, 10000)
         .Spin(ui->updDispatchCount)
-        .Writes([this](S& server) {
-            if (!IsRemoteRpc()) server.set_dispatch_count(ui->edtDispatchCount->text().toInt());
-        })
-        .Loads([this](const S& server) {
-            ui->edtDispatchCount->setText(QString::number(server.dispatch_count()));
-        })
+        .Number(&S::dispatch_count, &S::set_dispatch_count)
         .Mandatory();
     Bind(ui->edtDebugLevel, ui->lblDebugLevel)
         .Filter(kKeyDigits, 2)
         .Range(0, 10)
         .Spin(ui->updDebugLevel)
-        .Writes([this](S& server) {
-            if (!IsRemoteRpc()) server.set_debug_level(ui->edtDebugLevel->text().toInt());
-        })
-        .Loads([this](const S& server) {
-            ui->edtDebugLevel->setText(QString::number(server.debug_level()));
-        })
+        .Number(&S::debug_level, &S::set_debug_level)
         .Mandatory();
     Bind(ui->edtCompatibility)
         .Filter(kKeyAnyText, kCompatibilityLength)
