@@ -133,7 +133,8 @@ grpc::Status AdminService::GetLabels(grpc::ServerContext* c, const pb::LabelsReq
 
 grpc::Status AdminService::SetAdminPassword(grpc::ServerContext* c,
                                             const pb::ChangePasswordRequest* req, pb::Empty*) {
-    return Guard(c, [&] { auth_.SetPassword(req->new_password()); });
+    // The caller keeps its session; every other console logs in again.
+    return Guard(c, [&] { auth_.ChangePassword(req->new_password(), TokenOf(c)); });
 }
 
 // ---------------------------------------------------------------------------
@@ -171,10 +172,12 @@ grpc::Status AdminService::DeleteUser(grpc::ServerContext* c, const pb::DeleteRe
 grpc::Status AdminService::SetUserPassword(grpc::ServerContext* c,
                                            const pb::SetUserPasswordRequest* req, pb::Empty*) {
     return Guard(c, [&] {
-        if (req->new_password().size() > 256)
-            throw ServiceError(pb::ERROR_TOO_LONG, "the password takes at most 256 characters");
+        // An empty password removes the user's password; any other must
+        // meet the same rule as the administrator's.
+        const std::string& password = req->new_password();
+        if (!password.empty()) CheckNewPassword(password);
         store_.SetUserPasswordHash(req->host_name(), req->name(),
-                                   HashPassword(req->new_password()));
+                                   password.empty() ? std::string() : HashPassword(password));
     });
 }
 grpc::Status AdminService::ListScanners(grpc::ServerContext* c, const pb::ListRequest* req,

@@ -64,6 +64,26 @@ void Auth::SetPassword(const std::string& password) {
     store_.SetMeta(kPasswordKey, HashPassword(password));
 }
 
+void CheckNewPassword(const std::string& password) {
+    size_t characters = 0;
+    for (const char byte : password)
+        if ((static_cast<unsigned char>(byte) & 0xC0) != 0x80) ++characters;
+    if (characters < kMinPasswordLength)
+        throw ServiceError(
+            pb::ERROR_PASSWORD_TOO_SHORT,
+            "it must have at least " + std::to_string(kMinPasswordLength) + " characters");
+    if (password.size() > 256)
+        throw ServiceError(pb::ERROR_TOO_LONG, "the password takes at most 256 characters");
+}
+
+void Auth::ChangePassword(const std::string& password, const std::string& keepToken) {
+    CheckNewPassword(password);
+    store_.SetMeta(kPasswordKey, HashPassword(password));
+    std::lock_guard lock(mutex_);
+    for (auto it = tokens_.begin(); it != tokens_.end();)
+        it = it->first == keepToken ? std::next(it) : tokens_.erase(it);
+}
+
 std::string Auth::Login(const std::string& client, const std::string& password) {
     {
         std::lock_guard lock(mutex_);

@@ -19,6 +19,12 @@ std::string HashPassword(const std::string& password);
 bool VerifyPassword(const std::string& hash, const std::string& password);
 std::string RandomPassword();
 
+// The fewest characters a password set through the protocol may have.
+constexpr size_t kMinPasswordLength = 8;
+// Refuses a password shorter than kMinPasswordLength characters (not bytes)
+// with ERROR_PASSWORD_TOO_SHORT, and one over 256 bytes with ERROR_TOO_LONG.
+void CheckNewPassword(const std::string& password);
+
 class Auth {
 public:
     using Clock = std::chrono::steady_clock;
@@ -26,7 +32,12 @@ public:
     Auth(Store& store, int failuresBeforeThrottle);
 
     bool HasPassword();
+    // The password given at start-up.
     void SetPassword(const std::string& password);
+    // A change through the protocol: checked with CheckNewPassword, and every
+    // session but keepToken's ends, so that whoever knew the old password is
+    // out at once.
+    void ChangePassword(const std::string& password, const std::string& keepToken);
 
     // Answers a token, or throws ServiceError: ERROR_ACCESS_DENIED for a wrong
     // password, ERROR_THROTTLED while the client must wait.

@@ -59,6 +59,7 @@ public:
     pb::User GetUser(const std::string& host, const std::string& name);
     int64_t CommitUser(const pb::User& u);
     void DeleteUser(const std::string& host, const std::string& name, int64_t expectedVersion = 0);
+    // An empty hash removes the password. The version stays as it is.
     void SetUserPasswordHash(const std::string& host, const std::string& name,
                              const std::string& hash);
     std::vector<std::string> ListScanners(const std::string& host);

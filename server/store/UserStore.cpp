@@ -146,7 +146,9 @@ void Store::SetUserPasswordHash(const std::string& host, const std::string& name
     std::lock_guard lock(mutex_);
     int64_t id = UserId(*db_, host, name);
     if (!id) UserCheck(host, name).Fail(pb::ERROR_NOT_FOUND, "does not exist");
-    db_->Prepare("UPDATE users SET password_hash = ?, version = version + 1 WHERE id = ?")
+    // The password is no property the editor shows: setting it leaves the
+    // record's version alone, so an editor open on the user can still save.
+    db_->Prepare("UPDATE users SET password_hash = NULLIF(?, '') WHERE id = ?")
         .Bind(1, hash)
         .Bind(2, id)
         .Run();

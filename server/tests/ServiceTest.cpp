@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <fstream>
 #include <set>
 
 #include "service/Auth.h"
@@ -95,6 +96,64 @@ TEST_F(ServiceTest, RepeatedFailuresAreThrottledEvenForTheRightPassword) {
     EXPECT_EQ(status.error_code(), grpc::StatusCode::RESOURCE_EXHAUSTED);
     EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81000004u);
     EXPECT_TRUE(client().token.empty());
+}
+
+TEST_F(ServiceTest, APasswordChangeIsCheckedAndEndsEveryOtherSession) {
+    ServiceClient other(host_->InProcessChannel());
+    ASSERT_TRUE(client().Login(kPassword).ok());
+    ASSERT_TRUE(other.Login(kPassword).ok());
+    pb::SessionInfo info;
+    auto works = [&info](ServiceClient& c) {
+        return c.stub->GetSessionInfo(c.Context().get(), pb::Empty(), &info);
+    };
+    auto setAdmin = [this](const std::string& password) {
+        pb::ChangePasswordRequest req;
+        req.set_new_password(password);
+        pb::Empty out;
+        return client().stub->SetAdminPassword(client().Context().get(), req, &out);
+    };
+
+    // Seven characters (one of them two bytes long) are too few; nothing changes.
+    auto status = setAdmin("sev\xc3\xa9nch");
+    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81010010u);
+    EXPECT_NE(ServiceClient::Detail(status).description().find("at least 8"), std::string::npos);
+    EXPECT_TRUE(works(other).ok());
+
+    const std::string changed = "eight ch";
+    ASSERT_TRUE(setAdmin(changed).ok());
+    EXPECT_TRUE(works(client()).ok()) << "the changing console keeps its session";
+    EXPECT_EQ(ServiceClient::Detail(works(other)).number(), 0x80070005u);
+    EXPECT_EQ(ServiceClient::Detail(other.Login(kPassword)).number(), 0x80070005u);
+    EXPECT_TRUE(ServiceClient(host_->InProcessChannel()).Login(changed).ok());
+}
+
+TEST_F(ServiceTest, AUserPasswordIsEmptyOrLongEnoughAndLeavesTheVersion) {
+    ASSERT_TRUE(client().Login(kPassword).ok());
+    const int64_t version = store().GetUser("alpha", "alice").version();
+    auto setUser = [this](const std::string& password) {
+        pb::SetUserPasswordRequest req;
+        req.set_host_name("alpha");
+        req.set_name("alice");
+        req.set_new_password(password);
+        pb::Empty out;
+        return client().stub->SetUserPassword(client().Context().get(), req, &out);
+    };
+    EXPECT_EQ(ServiceClient::Detail(setUser("1234567")).number(), 0x81010010u);
+    EXPECT_FALSE(store().GetUser("alpha", "alice").password_set());
+    const std::string secret = "correct horse";
+    ASSERT_TRUE(setUser(secret).ok());
+    EXPECT_TRUE(store().GetUser("alpha", "alice").password_set());
+    ASSERT_TRUE(setUser("").ok());
+    EXPECT_FALSE(store().GetUser("alpha", "alice").password_set());
+    // An editor open on the user may still save its other edits.
+    EXPECT_EQ(store().GetUser("alpha", "alice").version(), version);
+
+    // Neither the store nor its journal holds the password as typed.
+    for (const char* suffix : {"", "-wal"}) {
+        std::ifstream file(dir_ / (std::string("store.sqlite") + suffix), std::ios::binary);
+        const std::string bytes((std::istreambuf_iterator<char>(file)), {});
+        EXPECT_EQ(bytes.find(secret), std::string::npos) << suffix;
+    }
 }
 
 TEST_F(ServiceTest, ThePasswordIsStoredAsAStrongArgon2idHash) {
