@@ -4,6 +4,7 @@
 #include "editors/frmGatewayUser.h"
 #include "editors/frmGroupDetails.h"
 #include "editors/frmServerDetails.h"
+#include "editors/frmUserDetails.h"
 #include "monitor/frmEvents.h"
 #include "monitor/frmProcesses.h"
 #include "shell/ObjectEditors.h"
@@ -15,6 +16,9 @@ const std::vector<ObjectWindow>& ObjectWindowCatalog() {
         {{QStringLiteral("Server"), QStringLiteral("Servers")},
          QStringLiteral("HostName"),
          &OpenEditor<frmServerDetails>},
+        {{QStringLiteral("User"), QStringLiteral("Users")},
+         QStringLiteral("UserName"),
+         &OpenEditor<frmUserDetails>},
         {{QStringLiteral("Group"), QStringLiteral("Groups")},
          QStringLiteral("GroupName"),
          &OpenEditor<frmGroupDetails>},

@@ -1,0 +1,404 @@
+// The user editor, driven through its pages against the demo installation:
+// every page written and read back, the order of its checks, references the
+// server no longer has, the extras list and the password.
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QScopeGuard>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTreeView>
+
+#include "common/FormParameters.h"
+#include "common/Labels.h"
+#include "common/Pages.h"
+#include "common/UserReferenceField.h"
+#include "editors/frmChangePassword.h"
+#include "editors/frmUserDetails.h"
+#include "shell/ObjectEditors.h"
+#include "store/Store.h"
+#include "support/EditorDriver.h"
+#include "support/EditorLifecycle.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+
+namespace {
+
+const QString kMaster = QStringLiteral("fxmaster");
+using UserEditor = ShownEditor<frmUserDetails>;
+
+FormParameterList Open(const QString& user, const QString& host = kMaster) {
+    return {{QStringLiteral("UserName"), user}, {QStringLiteral("HostName"), host}};
+}
+FormParameterList New(const QString& host = kMaster) {
+    return {{QStringLiteral("New"), QString()}, {QStringLiteral("HostName"), host}};
+}
+
+// Sets a control as a person does, its page brought to the front first:
+// types into a text field, picks a list entry by its text, presses Space on
+// a check box or option whose state is to change ("1" checked).
+void Set(EditorDriver& editor, const QString& assignment) {
+    const QByteArray name = assignment.section(u'=', 0, 0).toLatin1();
+    const QString value = assignment.section(u'=', 1);
+    auto* control = editor.Field<QWidget>(name.constData());
+    QVERIFY2(control && ShowPageOf(control), name.constData());
+    if (auto* combo = qobject_cast<QComboBox*>(control))
+        combo->setCurrentIndex(combo->findText(value));
+    else if (auto* box = qobject_cast<QAbstractButton*>(control)) {
+        if (box->isChecked() != (value == QLatin1String("1"))) QTest::keyClick(box, Qt::Key_Space);
+    } else
+        editor.Type(name.constData(), value);
+}
+
+QString EmptyMessage(const char* field) {
+    return QStringLiteral("The field '%1' cannot be empty.").arg(QLatin1String(field));
+}
+QString RangeMessage(const char* field, const char* from, const char* to) {
+    return QStringLiteral("The valid range for '%1' is from %2 to %3.")
+        .arg(QLatin1String(field), QLatin1String(from), QLatin1String(to));
+}
+
+// The user selection as the real dialog answers a confirmed choice.
+struct ChosenUser {
+    static void Open(QWidget*) {
+        asked = FormParameters();
+        SetFormParameters({{QStringLiteral("Refresh"), QStringLiteral("-1")},
+                           {QStringLiteral("HostName"), QStringLiteral("fxsales")},
+                           {QStringLiteral("UserName"), QStringLiteral("lroux")}});
+    }
+    static inline FormParameterList asked;
+};
+
+// Types the two entries into the password dialog once it shows and confirms
+// them; after a mismatch the dialog is cancelled.
+void EnterPassword(const QString& first, const QString& second) {
+    WhenShown<frmChangePassword>([first, second](frmChangePassword& dialog) {
+        EditorDriver password(dialog);
+        password.Type("edtEnterNewPassword", first);
+        password.Type("edtConfirmNewPassword", second);
+        password.Click("cmdOK");
+        if (dialog.isVisible()) password.Click("cmdCancel");
+    });
+}
+
+}  // namespace
+
+class TestUserEditor : public ExplorerSuite {
+    Q_OBJECT
+
+private slots:
+    void Lifecycle();
+    void NewUserOnEveryPageReadsBackAsSaved();
+    void ValidationOrderAndBounds_data();
+    void ValidationOrderAndBounds();
+    void VanishedScannerAndPrinterShowNone();
+    void ExtrasSetChangeDeleteExport();
+    void PasswordOnlyWhenStoredAndConfirmed();
+};
+
+void TestUserEditor::Lifecycle() {
+    LifecycleSubject subject;
+    subject.make = [] { return std::make_unique<frmUserDetails>(); };
+    subject.open = Open(QStringLiteral("jmueller"));
+    subject.missing = Open(QStringLiteral("jmueller"), QStringLiteral("fxsales"));
+    subject.notExistText = GetLabel(QStringLiteral("UserNotExist"));
+    subject.create = New();
+    subject.keyField = "edtUserName";
+    subject.takenKey = QStringLiteral("abecker");
+    subject.existsText = GetLabel(QStringLiteral("UserExist"));
+    int edits = 0;
+    subject.edit = [&edits](EditorDriver& editor) {
+        editor.Type("edtComment", QStringLiteral("Edit %1").arg(++edits));
+    };
+    subject.storedVersion = [this] { return Store().GetUser("fxmaster", "jmueller").version(); };
+    CheckLifecycle(subject, fx_->prompter);
+    // A server that is not there: said, and closed at once.
+    fx_->prompter.Answer(Answer::OK);
+    UserEditor editor(New(QStringLiteral("nosuchhost")));
+    QTRY_VERIFY(!editor.dialog.isVisible());
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("ServerNotExist")));
+    QCOMPARE(editor.Answer(), QStringLiteral("0"));
+}
+
+void TestUserEditor::NewUserOnEveryPageReadsBackAsSaved() {
+    const auto restore = qScopeGuard([] { SetUserSelectionOpener(nullptr); });
+    SetUserSelectionOpener(&ChosenUser::Open);
+    const QString scanner = QString::fromStdString(Store().ListScanners("fxmaster").back());
+    QStringList typed = {"edtComment=Night shift, building C",
+                         "edtAdminPriority=32000",
+                         "edtBarCode=EXI424242",
+                         "edtCPI=CPI-7",
+                         "edtPinCode=0815",
+                         "edtHeadlines=Night shift",
+                         "edtPriority=100",
+                         "edtTSI=+49 89 5550 9999",
+                         "cboScanner=" + scanner,
+                         "optResolutionHalftone=1",
+                         "chkKeepCopy=1",
+                         "edtMailAddress=night@example.com",
+                         "cboPrinter=lj-acc",
+                         "edtPhoneSignalNr=2999",
+                         "edtDefault=2147483647"};
+    for (const char* action : {"Mail", "Print", "Light", "Voice"})
+        for (const char* event : {"NewReceived", "SendFailed", "SendSucceded"})
+            typed << QStringLiteral("chk%1If%2=1").arg(QLatin1String(action), QLatin1String(event));
+    for (int paper = 1; paper <= frmUserDetails::kPaperCount; ++paper)
+        typed << QStringLiteral("edtPaper%1=%2").arg(paper).arg(paper * 11);
+    {
+        UserEditor editor(New());
+        QVERIFY(editor.dialog.windowTitle().endsWith(QLatin1String("(fxmaster)")));
+        // No parentheses, ten characters at most.
+        editor.Type("edtUserName", QStringLiteral("(night)shift99"));
+        QCOMPARE(editor.Field("edtUserName")->text(), QStringLiteral("nightshift"));
+        editor.Key("edtUserName", Qt::Key_Return);
+        QCOMPARE(editor.dialog.State(), EditorState::NewObject);
+        QCOMPARE(editor.Field("edtAdminPriority")->text(), QStringLiteral("100"));
+        for (const QString& assignment : typed) Set(editor, assignment);
+        auto* substitute = editor.Field<UserReferenceField>("edtSubstitute");
+        ShowPageOf(substitute);
+        editor.Click("cmdSubstitute");
+        QCOMPARE(substitute->text(), QStringLiteral("lroux@fxsales"));
+        Set(editor, "edtName=costcenter");
+        Set(editor, "edtValue=4711");
+        editor.Click("cmdSet");
+        editor.Click("cmdOK");
+        QVERIFY(!editor.dialog.isVisible());
+        QCOMPARE(editor.Answer(), QStringLiteral("-1"));
+    }
+    const UserRecord stored = Store().GetUser("fxmaster", "nightshift");
+    QVERIFY(!stored.is_new());
+    QCOMPARE(stored.resolution(), 2);
+    QCOMPARE(stored.substitute().user_name() + "@" + stored.substitute().host_name(),
+             std::string("lroux@fxsales"));
+    QCOMPARE(stored.background_paper_size(), 9);
+    QCOMPARE(stored.background_paper(8), 99);
+    QCOMPARE(stored.extras_size(), 1);
+    QCOMPARE(stored.extras(0).value(), std::string("4711"));
+
+    // As the explorer opens it; the request for the next choice is the
+    // substitute shown.
+    WhenShown<frmUserDetails>([&](frmUserDetails& dialog) {
+        QTRY_COMPARE(dialog.State(), EditorState::Shown);
+        EditorDriver editor(dialog);
+        for (const QString& assignment : typed) {
+            const QByteArray name = assignment.section(u'=', 0, 0).toLatin1();
+            const QString value = assignment.section(u'=', 1);
+            auto* control = editor.Field<QWidget>(name.constData());
+            if (auto* box = qobject_cast<QAbstractButton*>(control))
+                QVERIFY2(box->isChecked(), name.constData());
+            else if (auto* combo = qobject_cast<QComboBox*>(control))
+                QCOMPARE(combo->currentText(), value);
+            else
+                QCOMPARE(editor.Field(name.constData())->text(), value);
+        }
+        QCOMPARE(editor.Names("ListView1"), QStringList{QStringLiteral("costcenter")});
+        ShowPageOf(editor.Field("edtSubstitute"));
+        editor.Click("cmdSubstitute");
+        QCOMPARE(ChosenUser::asked.front().value, QStringLiteral("fxsales"));
+        QCOMPARE(ChosenUser::asked.back().value, QStringLiteral("lroux"));
+        fx_->prompter.Answer(Answer::Yes);
+        editor.Click("cmdDeleteUser");
+        QCOMPARE(dialog.State(), EditorState::Empty);
+        editor.Click("cmdCancel");
+    });
+    ObjectRequest request;
+    request.kind = QStringLiteral("User");
+    request.name = QStringLiteral("nightshift");
+    request.hostName = kMaster;
+    QVERIFY(OpenObjectEditor(nullptr, request));
+    QVERIFY(Store().GetUser("fxmaster", "nightshift").is_new());
+}
+
+void TestUserEditor::ValidationOrderAndBounds_data() {
+    QTest::addColumn<QStringList>("edits");
+    QTest::addColumn<QString>("message");  // "" when the save goes through
+    QTest::addColumn<QString>("page");
+    QTest::addColumn<QString>("field");
+    const auto row = [](const char* name, QStringList edits, const QString& message = {},
+                        const char* page = "", const char* field = "") {
+        QTest::newRow(name) << edits << message << QString(page) << QString(field);
+    };
+    const QString adminRange = RangeMessage("Admin Priority", "1", "32000");
+    const QString priorityRange = RangeMessage("Priority", "1", "100");
+    // tschmidt mails on new messages and has neither print nor signal actions.
+    row("admin priority 32000", {"edtAdminPriority=32000"});
+    row("admin priority 32001", {"edtAdminPriority=32001"}, adminRange, "tabGeneral",
+        "edtAdminPriority");
+    row("admin priority 0", {"edtAdminPriority=0"}, adminRange, "tabGeneral", "edtAdminPriority");
+    row("priority 100", {"edtPriority=100"});
+    row("priority 101", {"edtPriority=101"}, priorityRange, "tabSend", "edtPriority");
+    row("priority empty", {"edtPriority="}, EmptyMessage("Priority"), "tabSend", "edtPriority");
+    row("comment before the priorities", {"edtPriority=0", "edtAdminPriority=0", "edtComment="},
+        EmptyMessage("Comment"), "tabGeneral", "edtComment");
+    row("mail needs its address", {"edtMailAddress="}, EmptyMessage("Mail Address"), "tabActions",
+        "edtMailAddress");
+    row("no mail, no address", {"chkMailIfNewReceived=0", "edtMailAddress="});
+    row("priority before the actions", {"edtMailAddress=", "edtPriority=101"}, priorityRange,
+        "tabSend", "edtPriority");
+    row("print needs a printer", {"chkPrintIfSendSucceded=1", "chkLightIfSendFailed=1"},
+        QStringLiteral("Please choose a printer for the print actions."), "tabActions",
+        "cboPrinter");
+    row("print with a printer", {"chkPrintIfSendSucceded=1", "cboPrinter=lj-acc"});
+    row("light needs a number", {"chkLightIfSendFailed=1", "edtDefault="},
+        EmptyMessage("Phone Signal Number"), "tabActions", "edtPhoneSignalNr");
+    row("voice with a number", {"chkVoiceIfNewReceived=1", "edtPhoneSignalNr=2003"});
+    row("default past 32 bits", {"edtDefault=2147483648"},
+        RangeMessage("Default", "0", "2147483647"), "tabBackground", "edtDefault");
+    row("paper empty", {"edtPaper5="}, EmptyMessage("Paper 5"), "tabBackground", "edtPaper5");
+    row("background at its bounds", {"edtDefault=0", "edtPaper1=0", "edtPaper9=2147483647"});
+}
+
+void TestUserEditor::ValidationOrderAndBounds() {
+    QFETCH(QStringList, edits);
+    QFETCH(QString, message);
+    const int64_t before = Store().GetUser("fxmaster", "tschmidt").version();
+    UserEditor editor(Open(QStringLiteral("tschmidt")));
+    for (const QString& edit : edits) Set(editor, edit);
+    auto* pages = editor.Field<QTabWidget>("tabDetails");
+    pages->setCurrentWidget(editor.Field<QWidget>("tabExtras"));
+    if (!message.isEmpty()) fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    if (message.isEmpty()) {
+        QVERIFY(!editor.dialog.isVisible());
+        QVERIFY(Store().GetUser("fxmaster", "tschmidt").version() > before);
+        return;
+    }
+    QCOMPARE(fx_->prompter.LastPrompt().text, message);
+    QCOMPARE(fx_->prompter.LastPrompt().icon, PromptIcon::Exclamation);
+    QVERIFY(editor.dialog.isVisible());
+    QFETCH(QString, page);
+    QCOMPARE(pages->currentWidget()->objectName(), page);
+    // The field has the focus, or the spin box around it.
+    QFETCH(QString, field);
+    QWidget* focus = QApplication::focusWidget();
+    QVERIFY2(focus->objectName() == field || focus->isAncestorOf(editor.Field(qPrintable(field))),
+             qPrintable(focus->objectName()));
+    QCOMPARE(Store().GetUser("fxmaster", "tschmidt").version(), before);
+}
+
+void TestUserEditor::VanishedScannerAndPrinterShowNone() {
+    // rschulz scans and prints on lj-acc; both go while nobody looks.
+    const UserRecord before = Store().GetUser("fxmaster", "rschulz");
+    QVERIFY(!before.scanner().empty() && before.print_if_new_received());
+    Store().DeleteDevice("fxmaster", before.scanner());
+    Store().DeletePrinter("fxmaster", before.printer());
+    fx_->prompter.Answer({Answer::OK, Answer::OK});
+    UserEditor editor(Open(QStringLiteral("rschulz")));
+    const auto& prompts = fx_->prompter.Prompts();
+    QCOMPARE(prompts.size(), 2);
+    QCOMPARE(prompts[0].prompt.text, GetLabel(QStringLiteral("ScannerNotExist")));
+    QCOMPARE(prompts[1].prompt.text, GetLabel(QStringLiteral("PrinterNotExist")));
+    const QString none = GetLabel(QStringLiteral("(None)"));
+    QCOMPARE(editor.Field<QComboBox>("cboScanner")->currentText(), none);
+    QCOMPARE(editor.Field<QComboBox>("cboPrinter")->currentText(), none);
+    QCOMPARE(editor.dialog.State(), EditorState::Shown);
+    // Its print actions now lack a printer; without them it saves, and the
+    // gone names are no longer stored.
+    editor.Type("edtComment", QStringLiteral("Rita Schulz, HR"));
+    fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("PrinterNotChoosed")));
+    for (const char* box : {"chkPrintIfNewReceived=0", "chkPrintIfSendFailed=0"}) Set(editor, box);
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    const UserRecord after = Store().GetUser("fxmaster", "rschulz");
+    QVERIFY(after.scanner().empty() && after.printer().empty());
+}
+
+void TestUserEditor::ExtrasSetChangeDeleteExport() {
+    UserEditor editor(Open(QStringLiteral("jmueller")));
+    ShowPageOf(editor.Field<QWidget>("ListView1"));
+    QCOMPARE(editor.Names("ListView1"), (QStringList{"costcenter", "language"}));
+    // A pair needs a name; asking changes nothing.
+    fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdSet");
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("NoItem")));
+    QCOMPARE(fx_->prompter.LastPrompt().title, GetLabel(QStringLiteral("Insert/Change Error")));
+    QCOMPARE(fx_->prompter.LastPrompt().icon, PromptIcon::Information);
+    QCOMPARE(editor.dialog.State(), EditorState::Shown);
+    // A row picked shows its pair; Set with its name changes its value.
+    editor.Select("ListView1", {QStringLiteral("language")});
+    QCOMPARE(editor.Field("edtValue")->text(), QStringLiteral("de"));
+    editor.Type("edtValue", QStringLiteral("en"));
+    editor.Click("cmdSet");
+    QCOMPARE(editor.dialog.State(), EditorState::Changed);
+    editor.Type("edtName", QStringLiteral("fax header"));
+    editor.Type("edtValue", QStringLiteral("Accounts, room 104"));
+    editor.Click("cmdSet");
+    const QStringList three = {"costcenter", "language", "fax header"};
+    QCOMPARE(editor.Names("ListView1"), three);
+
+    editor.Field<QTreeView>("ListView1")->clearSelection();
+    fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdDelete");
+    QCOMPARE(fx_->prompter.LastPrompt().title, GetLabel(QStringLiteral("Remove Error")));
+    editor.Select("ListView1", {QStringLiteral("costcenter")});
+    fx_->prompter.Answer({Answer::No, Answer::Yes});
+    editor.Click("cmdDelete");
+    QVERIFY(fx_->prompter.LastPrompt().text.endsWith(QLatin1String("'costcenter'")));
+    QCOMPARE(editor.Names("ListView1"), three);
+    editor.Click("cmdDelete");
+    QCOMPARE(editor.Names("ListView1"), (QStringList{"language", "fax header"}));
+
+    // The export writes the list as shown; a cancelled file dialog nothing.
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("extras.txt"));
+    fx_->prompter.AnswerFileName(QString());
+    editor.Click("cmdExport");
+    QVERIFY(!QFile::exists(file));
+    fx_->prompter.AnswerFileName(file);
+    editor.Click("cmdExport");
+    QCOMPARE(fx_->prompter.FileDialogTitles().last(), GetLabel(QStringLiteral("Export")));
+    QFile exported(file);
+    QVERIFY(exported.open(QIODevice::ReadOnly));
+    QCOMPARE(exported.readAll(), QByteArray("language en\nfax header Accounts, room 104\n"));
+
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    const UserRecord stored = Store().GetUser("fxmaster", "jmueller");
+    QCOMPARE(stored.extras_size(), 2);
+    QCOMPARE(stored.extras(0).name() + "=" + stored.extras(0).value(), std::string("language=en"));
+    QCOMPARE(stored.extras(1).value(), std::string("Accounts, room 104"));
+}
+
+void TestUserEditor::PasswordOnlyWhenStoredAndConfirmed() {
+    {
+        UserEditor editor(New());
+        editor.Type("edtUserName", QStringLiteral("fresh"));
+        editor.Key("edtUserName", Qt::Key_Return);
+        QCOMPARE(editor.dialog.State(), EditorState::NewObject);
+        QVERIFY(!editor.Field<QAbstractButton>("cmdChangePassword")->isEnabled());
+    }
+    const auto passwordSet = [this] {
+        return Store().GetUser("fxmaster", "jmueller").password_set();
+    };
+    QVERIFY(!passwordSet());
+    UserEditor editor(Open(QStringLiteral("jmueller")));
+    editor.Type("edtComment", QStringLiteral("Julia Mueller, Treasury"));
+    // Two entries that differ never reach the server.
+    fx_->prompter.Answer(Answer::OK);
+    EnterPassword(QStringLiteral("Harbour-Light-42"), QStringLiteral("Harbour-Light-24"));
+    editor.Click("cmdChangePassword");
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("IncorrectConfirmPassword")));
+    QVERIFY(!passwordSet());
+    fx_->prompter.Answer(Answer::OK);
+    EnterPassword(QStringLiteral("Harbour-Light-42"), QStringLiteral("Harbour-Light-42"));
+    editor.Click("cmdChangePassword");
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("NewPasswordSet")));
+    QCOMPARE(fx_->prompter.LastPrompt().icon, PromptIcon::Information);
+    QVERIFY(passwordSet());
+    // The edits made before still save over the new password.
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    QCOMPARE(Store().GetUser("fxmaster", "jmueller").comment(),
+             std::string("Julia Mueller, Treasury"));
+    QVERIFY(passwordSet());
+}
+
+QTEST_MAIN(TestUserEditor)
+#include "tst_usereditor.moc"
