@@ -75,7 +75,9 @@ bool UserReferenceField::Choose() {
     const UserSelectionOpener open = TheUserSelectionOpener();
     if (!open || !isEnabled()) return false;
     const UserReference current = Value();
-    SetFormParameters({{kHostName, current.host}, {kUserName, current.user}});
+    FormParameterList request{{kHostName, current.host}, {kUserName, current.user}};
+    if (!noneAllowed_) request.append({QStringLiteral("NoneAllowed"), QStringLiteral("0")});
+    SetFormParameters(std::move(request));
     open(window());
     if (!AnsweredRefresh()) return false;
     SetValue(FormParameterValue(kUserName), FormParameterValue(kHostName));

@@ -52,6 +52,10 @@ public:
     // Shows "(None)".
     void Clear();
 
+    // Whether the selection dialog offers "(None)" (the default); a field
+    // that must name a user asks with ("NoneAllowed", "0").
+    void SetNoneAllowed(bool allowed) { noneAllowed_ = allowed; }
+
     QToolButton* Chooser() const { return chooser_; }
     // What the chooser button does: asks the selection dialog for a user.
     // Answers true when a choice was confirmed (and shown).
@@ -72,6 +76,7 @@ private:
     void UpdateChooser();
 
     QToolButton* chooser_;
+    bool noneAllowed_ = true;
 };
 
 }  // namespace winadmin

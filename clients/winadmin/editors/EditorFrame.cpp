@@ -118,10 +118,12 @@ QString EditorFrame::Key() const {
 }
 
 void EditorFrame::WatchField(QWidget* field) {
-    // A reference changes by a confirmed choice, not by its text.
-    if (auto* reference = qobject_cast<UserReferenceField*>(field))
+    // A reference changes by a confirmed choice, or by typing where it may
+    // be typed; its text set by loading is no change.
+    if (auto* reference = qobject_cast<UserReferenceField*>(field)) {
         connect(reference, &UserReferenceField::ValueChanged, this, &EditorFrame::MarkModified);
-    else if (auto* edit = qobject_cast<QLineEdit*>(field))
+        connect(reference, &QLineEdit::textEdited, this, &EditorFrame::MarkModified);
+    } else if (auto* edit = qobject_cast<QLineEdit*>(field))
         connect(edit, &QLineEdit::textChanged, this, &EditorFrame::MarkModified);
     else if (auto* button = qobject_cast<QAbstractButton*>(field))
         connect(button, &QAbstractButton::toggled, this, &EditorFrame::MarkModified);
@@ -353,6 +355,9 @@ void EditorFrame::Unload(int result) {
     timStartUp_->stop();
     activated_ = false;
     AnswerRefresh(saved_ != 0);
+    // The explorer selects the saved object's row by the key shown last.
+    if (saved_ != 0 && controls_.identity == Identity::Key && !Key().isEmpty())
+        FormParameters().append({QStringLiteral("SavedKey"), Key()});
     QDialog::done(result);
 }
 

@@ -3,8 +3,9 @@
 // through the form-parameter list (a key, a position, or "New"); the dialog
 // loads a moment after it shows, tracks whether the object is new and whether
 // it was changed, validates and commits through the session, and answers
-// whether anything was saved. The lifecycle is all here; an editor supplies
-// its form, its bindings and its calls (RecordEditor.h).
+// whether anything was saved (("Refresh", "-1"), followed by ("SavedKey", the
+// key shown last) for a keyed object, so that the explorer can select it). The lifecycle is all
+// here; an editor supplies its form, its bindings and its calls (RecordEditor.h).
 //
 // The dialog holds the identity of its object and its own copy of the
 // record, never a pointer into the explorer. A save works on a copy: the kept

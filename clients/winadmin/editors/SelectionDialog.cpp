@@ -74,6 +74,10 @@ void SelectionDialog::showEvent(QShowEvent* event) {
 
 void SelectionDialog::StartUp() {
     if (!isVisible()) return;  // closed before the first tick
+    Refill();
+}
+
+void SelectionDialog::Refill() {
     std::vector<ListRow> rows;
     // A failed call leaves an empty list; the administrator can only cancel.
     if (!CallSession([&] { rows = FetchRows(); })) rows.clear();
@@ -106,6 +110,10 @@ void SelectionDialog::ShowFind() {
     ShowFindDialog(controls_.findCode, this);
 }
 
+void SelectionDialog::AnswerChoice(const QString& chosen) {
+    FormParameters().append({controls_.choiceName, chosen});
+}
+
 void SelectionDialog::done(int result) {
     const QString chosen = result == QDialog::Accepted ? SelectedName() : QString();
     if (result == QDialog::Accepted && chosen.isEmpty()) {
@@ -116,7 +124,7 @@ void SelectionDialog::done(int result) {
     timStartUp_->stop();
     activated_ = false;
     AnswerRefresh(!chosen.isEmpty());
-    if (!chosen.isEmpty()) FormParameters().append({controls_.choiceName, chosen});
+    if (!chosen.isEmpty()) AnswerChoice(chosen);
     QDialog::done(result);
 }
 

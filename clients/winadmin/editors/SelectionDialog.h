@@ -53,6 +53,10 @@ protected:
     // The rows to offer, one per object, the name in the first cell.
     // Throws SessionError.
     virtual std::vector<ListRow> FetchRows() = 0;
+    // Adds the chosen name to the answer after ("Refresh", "-1").
+    virtual void AnswerChoice(const QString& chosen);
+    // Fetches the rows again and selects the current choice, else the first.
+    void Refill();
 
     void showEvent(QShowEvent* event) override;
 

@@ -1,6 +1,7 @@
 // The catalog of the windows that New and Properties open. A new editor or
 // viewer adds its one line here.
 
+#include "editors/frmAdministratorDetails.h"
 #include "editors/frmGatewayUser.h"
 #include "editors/frmGroupDetails.h"
 #include "editors/frmServerDetails.h"
@@ -22,6 +23,9 @@ const std::vector<ObjectWindow>& ObjectWindowCatalog() {
         {{QStringLiteral("Group"), QStringLiteral("Groups")},
          QStringLiteral("GroupName"),
          &OpenEditor<frmGroupDetails>},
+        {{QStringLiteral("Administrator")},
+         QStringLiteral("Administrator"),
+         &OpenEditor<frmAdministratorDetails>},
         {{QStringLiteral("GatewayUser"), QStringLiteral("Gateway")},
          QStringLiteral("GatewayUser"),
          &OpenEditor<frmGatewayUser>},

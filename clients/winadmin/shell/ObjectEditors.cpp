@@ -30,4 +30,8 @@ bool OpenObjectEditor(QWidget* parent, const ObjectRequest& request) {
     return AnsweredRefresh();
 }
 
+QString SavedObjectKey() {
+    return FormParameterValue(QStringLiteral("SavedKey"));
+}
+
 }  // namespace winadmin

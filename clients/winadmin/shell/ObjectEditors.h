@@ -49,4 +49,7 @@ struct ObjectRequest {
 // window does nothing and answers false.
 bool OpenObjectEditor(QWidget* parent, const ObjectRequest& request);
 
+// The key of the object a closed editor saved last; "" when it names none.
+QString SavedObjectKey();
+
 }  // namespace winadmin

@@ -7,6 +7,8 @@
 #include <QTimer>
 
 #include "common/AppContext.h"
+#include "common/UserReferenceField.h"
+#include "editors/frmUserSelection.h"
 #include "shell/frmFind.h"
 #include "shell/frmLogin.h"
 #include "shell/frmMain.h"
@@ -51,6 +53,8 @@ int SplashHoldMs() {
 
 std::unique_ptr<frmMain> StartConsole() {
     LoadDecimalSeparator();
+    // Every user-reference field of every editor chooses through it.
+    SetUserSelectionOpener(&frmUserSelection::Open);
 
     {
         // Unloaded as soon as it answered; the session it created stays.

@@ -53,8 +53,9 @@ public:
     // and leaves the list empty.
     void ShowNode(QTreeWidgetItem* node);
     // Rebuilds tree and list from the session and keeps the view: expanded
-    // nodes, the selected node, the selected row and the list's order.
-    void RefreshExplorer();
+    // nodes, the selected node, the selected row and the list's order. A
+    // saved name selects the row of that name instead (an editor's object).
+    void RefreshExplorer(const QString& savedName = {});
     // The rows the list shows, in every mode.
     ListModel* ListRows() const { return listModel_; }
 

@@ -78,7 +78,7 @@ void frmMain::ConnectExplorer() {
         connect(reload, &QAction::triggered, this, &frmMain::ReloadLcr);
     }
     ui->mnuViewRefresh->setEnabled(true);
-    connect(ui->mnuViewRefresh, &QAction::triggered, this, &frmMain::RefreshExplorer);
+    connect(ui->mnuViewRefresh, &QAction::triggered, this, [this] { RefreshExplorer(); });
 }
 
 void frmMain::BuildTree() {
@@ -163,7 +163,7 @@ void frmMain::ShowFillCount(int rows) {
     if (panel->isVisible()) panel->repaint();
 }
 
-void frmMain::RefreshExplorer() {
+void frmMain::RefreshExplorer(const QString& savedName) {
     QTreeWidget* tree = ui->tvTreeView;
     QSet<QString> expanded;
     for (QTreeWidgetItemIterator it(tree); *it; ++it)
@@ -202,7 +202,10 @@ void frmMain::RefreshExplorer() {
     if (current) tree->scrollToItem(current);
 
     ShowNode(current);
-    int row = listModel_->FindKey(rowKey);
+    // An editor's saved object wins over the row selected before it opened
+    // (a new object has no row before).
+    int row = savedName.isEmpty() ? -1 : listModel_->FindText(savedName);
+    if (row < 0) row = listModel_->FindKey(rowKey);
     if (row < 0 && !rowText.isEmpty()) row = listModel_->FindText(rowText, rowKind);
     if (row >= 0) SelectRow(row);
 }

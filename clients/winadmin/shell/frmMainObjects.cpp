@@ -155,7 +155,7 @@ void frmMain::NewObject() {
     request.hostName = scope.server;
     if (kind == QLatin1String("Gateway")) request.gatewayAddress = scope.object;
     if (const int zone = ZoneIndexOfNode(node)) request.zoneIndex = QString::number(zone);
-    if (OpenObjectEditor(this, request)) RefreshExplorer();
+    if (OpenObjectEditor(this, request)) RefreshExplorer(SavedObjectKey());
 }
 
 void frmMain::OpenProperties() {
@@ -163,7 +163,7 @@ void frmMain::OpenProperties() {
     if (selection.IsEmpty()) return;
     const bool fromTree = selection.control == QLatin1String("TreeView");
     if (!OpensFrom(selection.kind, fromTree)) return;
-    if (OpenObjectEditor(this, RequestFor(selection))) RefreshExplorer();
+    if (OpenObjectEditor(this, RequestFor(selection))) RefreshExplorer(SavedObjectKey());
 }
 
 void frmMain::DeleteSelection() {

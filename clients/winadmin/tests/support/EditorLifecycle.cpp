@@ -24,9 +24,10 @@ struct Opened {
 };
 
 QWidget* DetailsOf(EditorFrame& dialog) {
-    // Every form names its details container one of these two ways.
+    // Every form names its details container one of these ways.
     if (auto* tabs = dialog.findChild<QWidget*>(QStringLiteral("tabDetails"))) return tabs;
-    return dialog.findChild<QWidget*>(QStringLiteral("fraDetails"));
+    if (auto* frame = dialog.findChild<QWidget*>(QStringLiteral("fraDetails"))) return frame;
+    return dialog.findChild<QWidget*>(QStringLiteral("fraGeneralData"));
 }
 
 }  // namespace
@@ -142,11 +143,13 @@ void CheckNewKey(const LifecycleSubject& subject, ScriptedPrompter& prompter) {
     driver.Key(subject.keyField, Qt::Key_Return);
     QCOMPARE(prompter.LastPrompt().text, subject.existsText);
     QCOMPARE(prompter.LastPrompt().buttons, PromptButtons::YesNo);
+    QCOMPARE(prompter.LastPrompt().icon, PromptIcon::Question);
     QCOMPARE(editor.dialog->State(), EditorState::NewKey);
     QCOMPARE(driver.Field(subject.keyField)->selectedText(), subject.takenKey);
     prompter.Answer(Answer::Yes);
     driver.Key(subject.keyField, Qt::Key_Return);
     QCOMPARE(editor.dialog->State(), EditorState::Shown);
+    QCOMPARE(driver.Field(subject.keyField)->text(), subject.takenKey);
     QVERIFY(driver.Field<QAbstractButton>("cmdOK")->isEnabled());
     QVERIFY(DetailsOf(*editor.dialog)->isEnabled());
 }

@@ -7,7 +7,9 @@
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
 
+#include "common/UserReferenceField.h"
 #include "demo/DemoData.h"
+#include "editors/frmUserSelection.h"
 #include "lists/ExplorerListView.h"
 #include "lists/ListModel.h"
 #include "session/ServerSession.h"
@@ -20,6 +22,7 @@ void ExplorerFixture::StartDemo(bool tcp) {
     StartServer(ServerOptions("", "", tcp));
     veldrano::server::FillDemo(Store());
     SetTheSession(tcp ? server->LoginTcp() : server->Login());
+    SetUserSelectionOpener(&frmUserSelection::Open);
 }
 
 std::unique_ptr<frmMain> ExplorerFixture::OpenMain() {

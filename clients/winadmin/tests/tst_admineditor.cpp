@@ -1,0 +1,338 @@
+// The administrator settings, the password dialog and the user selection,
+// driven through their controls against the demo installation.
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QToolButton>
+#include <QTreeView>
+
+#include "common/FieldHelpers.h"
+#include "common/FormParameters.h"
+#include "common/Labels.h"
+#include "common/UserReferenceField.h"
+#include "editors/frmAdministratorDetails.h"
+#include "editors/frmChangePassword.h"
+#include "editors/frmUserSelection.h"
+#include "lists/ListModel.h"
+#include "session/ServerSession.h"
+#include "session/SessionError.h"
+#include "store/Store.h"
+#include "support/EditorDriver.h"
+#include "support/EditorLifecycle.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+
+namespace {
+
+using AdminEditor = ShownEditor<frmAdministratorDetails>;
+
+const FormParameterList kOpen = {{QStringLiteral("Administrator"), QString()}};
+
+// Waits for the user selection to list its users, then lets act choose.
+void WhenUsersListed(std::function<void(frmUserSelection&, QTreeView&)> act) {
+    WhenShown<frmUserSelection>([act](frmUserSelection& dialog) {
+        auto* list = Child<QTreeView>(dialog, "lvUsers");
+        QTRY_VERIFY(list->model()->rowCount() > 0);
+        act(dialog, *list);
+    });
+}
+
+int RowNamed(QTreeView& list, const QString& name) {
+    return static_cast<const ListModel*>(list.model())->FindText(name);
+}
+
+// Types both entries into the password dialog once it shows and presses OK
+// (or Cancel when cancel is set).
+void WhenAskedForPassword(const QString& entry, const QString& confirmation, bool cancel = false) {
+    WhenShown<frmChangePassword>([=](frmChangePassword& dialog) {
+        Retype(Child<QLineEdit>(dialog, "edtEnterNewPassword"), entry);
+        Retype(Child<QLineEdit>(dialog, "edtConfirmNewPassword"), confirmation);
+        QTest::mouseClick(Child<QPushButton>(dialog, cancel ? "cmdCancel" : "cmdOK"),
+                          Qt::LeftButton);
+        // A mismatch keeps the dialog open: the test closes it.
+        if (dialog.isVisible()) dialog.reject();
+    });
+}
+
+}  // namespace
+
+class TestAdminEditor : public ExplorerSuite {
+    Q_OBJECT
+
+private slots:
+    void Lifecycle();
+    void LoadsEveryFieldAndTheServersChoices();
+    void ValidationOrderAndBounds_data();
+    void ValidationOrderAndBounds();
+    void SmtpGatewayUserAsShownAndAsStored_data();
+    void SmtpGatewayUserAsShownAndAsStored();
+    void CopyUsersChosenThroughTheSelection();
+    void PasswordEntriesMustMatchBeforeAnythingIsSent();
+    void PasswordChangeEndsTheOtherConsolesSession();
+    void SelectionOffersTheChosenServersUsersAndNone();
+};
+
+void TestAdminEditor::Lifecycle() {
+    LifecycleSubject subject;
+    subject.make = [] { return std::make_unique<frmAdministratorDetails>(); };
+    subject.open = kOpen;
+    int edits = 0;
+    subject.edit = [&edits](EditorDriver& editor) {
+        editor.Type("edtMailLanguageIdentifier", QStringLiteral("lang%1").arg(++edits));
+    };
+    subject.storedVersion = [this] { return Store().GetAdminSettings().version(); };
+    CheckLifecycle(subject, fx_->prompter);
+}
+
+void TestAdminEditor::LoadsEveryFieldAndTheServersChoices() {
+    AdminEditor editor(kOpen);
+    QCOMPARE(editor.dialog.State(), EditorState::Shown);
+    QCOMPARE(editor.Field("edtLoginIdleTimeout")->text(), QStringLiteral("1800"));
+    QCOMPARE(editor.Field("edtSendCopyUser")->text(), QStringLiteral("accounts@fxmaster"));
+    QCOMPARE(editor.Field("edtReceiveCopyUser")->text(), QStringLiteral("legal@fxmaster"));
+    QCOMPARE(editor.Field("edtSMTPGwUsr")->text(), QStringLiteral("helpdesk@fxmaster"));
+    QCOMPARE(editor.Field("edtAddressBookBlocksize")->text(), QStringLiteral("50"));
+    QCOMPARE(editor.Field("edtJournalBlocksize")->text(), QStringLiteral("200"));
+    // The list holds the server's choices by their label texts; the stored
+    // code (the second choice) is selected, and another choice is saved.
+    auto* busy = editor.Field<QComboBox>("cboMapErrorToBusy");
+    QCOMPARE(busy->count(), Store().GetAdminSettings().map_error_choices_size());
+    QCOMPARE(busy->currentText(), GetLabel(QStringLiteral("MapErrorNoAnswer")));
+    busy->setCurrentIndex(2);
+    QCOMPARE(editor.dialog.State(), EditorState::Changed);
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    QCOMPARE(Store().GetAdminSettings().map_error_to_busy(), 2);
+}
+
+void TestAdminEditor::ValidationOrderAndBounds_data() {
+    QTest::addColumn<QString>("addressBook");
+    QTest::addColumn<QString>("journal");
+    QTest::addColumn<QString>("idle");
+    QTest::addColumn<QString>("smtp");
+    QTest::addColumn<QString>("field");  // the field the first failure focuses; "" saves
+    QTest::addColumn<bool>("empty");     // the mandatory message rather than the range one
+    const QString ok = QStringLiteral("helpdesk@fxmaster");
+    // Every field wrong: the block sizes come first, then the idle timeout,
+    // then the gateway user.
+    QTest::newRow("all wrong") << "1"
+                               << "0"
+                               << ""
+                               << "helpdesk"
+                               << "edtAddressBookBlocksize" << false;
+    QTest::newRow("address book empty") << ""
+                                        << "2"
+                                        << "0" << ok << "edtAddressBookBlocksize" << true;
+    QTest::newRow("journal 1") << "2"
+                               << "1"
+                               << ""
+                               << "helpdesk"
+                               << "edtJournalBlocksize" << false;
+    QTest::newRow("idle empty") << "2"
+                                << "2"
+                                << ""
+                                << "helpdesk"
+                                << "edtLoginIdleTimeout" << true;
+    QTest::newRow("idle too big") << "2"
+                                  << "2"
+                                  << "2147483648" << ok << "edtLoginIdleTimeout" << false;
+    QTest::newRow("gateway without @") << "2"
+                                       << "2"
+                                       << "0"
+                                       << "helpdesk"
+                                       << "edtSMTPGwUsr" << false;
+    QTest::newRow("smallest values") << "2"
+                                     << "2"
+                                     << "0" << ok << "" << false;
+    QTest::newRow("largest values") << "2147483647"
+                                    << "2147483647"
+                                    << "2147483647" << ok << "" << false;
+}
+
+void TestAdminEditor::ValidationOrderAndBounds() {
+    QFETCH(QString, field);
+    QFETCH(bool, empty);
+    AdminEditor editor(kOpen);
+    QFETCH(QString, addressBook);
+    QFETCH(QString, journal);
+    QFETCH(QString, idle);
+    QFETCH(QString, smtp);
+    editor.Type("edtAddressBookBlocksize", addressBook);
+    editor.Type("edtJournalBlocksize", journal);
+    editor.Type("edtLoginIdleTimeout", idle);
+    editor.Type("edtSMTPGwUsr", smtp);
+    const int64_t before = Store().GetAdminSettings().version();
+    if (!field.isEmpty()) fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    if (field.isEmpty()) {
+        QVERIFY(!editor.dialog.isVisible());
+        const auto saved = Store().GetAdminSettings();
+        QCOMPARE(QString::number(saved.address_book_blocksize()), addressBook);
+        QCOMPARE(QString::number(saved.login_idle_timeout()), idle);
+        return;
+    }
+    const QString text = fx_->prompter.LastPrompt().text;
+    if (field == QLatin1String("edtSMTPGwUsr"))
+        QCOMPARE(text, GetLabel(QStringLiteral("ProvideUser@Host")));
+    else
+        QCOMPARE(text.contains(GetLabel(QStringLiteral("CannotBeEmpty"))), empty);
+    // A number field with spin arrows has the focus through its spin box.
+    QWidget* focused = QApplication::focusWidget();
+    QWidget* expected = editor.Field(field.toLatin1().constData());
+    QVERIFY(focused == expected || focused->isAncestorOf(expected));
+    QCOMPARE(Store().GetAdminSettings().version(), before);
+}
+
+void TestAdminEditor::SmtpGatewayUserAsShownAndAsStored_data() {
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("stored");
+    const QString native = GetLabel(QStringLiteral("SMTPnative"));
+    QTest::newRow("the label text") << native << "SMTPnative";
+    QTest::newRow("the stored word") << "SMTPnative"
+                                     << "SMTPnative";
+    QTest::newRow("user@host") << "helpdesk@fxsales"
+                               << "helpdesk@fxsales";
+    QTest::newRow("none") << ""
+                          << "";
+}
+
+void TestAdminEditor::SmtpGatewayUserAsShownAndAsStored() {
+    QFETCH(QString, typed);
+    QFETCH(QString, stored);
+    {
+        AdminEditor editor(kOpen);
+        editor.Type("edtSMTPGwUsr", typed);
+        QCOMPARE(editor.dialog.State(), EditorState::Changed);
+        editor.Click("cmdOK");
+        QVERIFY(!editor.dialog.isVisible());
+    }
+    QCOMPARE(QString::fromStdString(Store().GetAdminSettings().smtp_gateway_user()), stored);
+    // Opened again, the field shows what the administrator typed (the
+    // server's word as its label text; nothing as "(None)").
+    AdminEditor again(kOpen);
+    const QString shown = again.Field("edtSMTPGwUsr")->text();
+    if (stored == QLatin1String("SMTPnative"))
+        QCOMPARE(shown, GetLabel(QStringLiteral("SMTPnative")));
+    else if (stored.isEmpty())
+        QCOMPARE(shown, GetLabel(QStringLiteral("(None)")));
+    else
+        QCOMPARE(shown, typed);
+}
+
+void TestAdminEditor::CopyUsersChosenThroughTheSelection() {
+    AdminEditor editor(kOpen);
+    auto* send = editor.Field<UserReferenceField>("edtSendCopyUser");
+    // The selection starts at the current choice, on its server.
+    WhenUsersListed([](frmUserSelection& dialog, QTreeView& list) {
+        QCOMPARE(dialog.ChosenHost(), QStringLiteral("fxmaster"));
+        QCOMPARE(list.currentIndex().row(), RowNamed(list, QStringLiteral("accounts")));
+        ClickRow(&list, RowNamed(list, QStringLiteral("mweber")), {}, true);
+    });
+    QTest::mouseClick(send->Chooser(), Qt::LeftButton);
+    QCOMPARE(send->text(), QStringLiteral("mweber@fxmaster"));
+    QCOMPARE(editor.dialog.State(), EditorState::Changed);
+
+    // "(None)" takes the receive copy user away; Enter chooses.
+    WhenUsersListed([](frmUserSelection&, QTreeView& list) {
+        ClickRow(&list, 0);
+        QTest::keyClick(&list, Qt::Key_Return);
+    });
+    editor.Field<UserReferenceField>("edtReceiveCopyUser")->Chooser()->click();
+    QCOMPARE(editor.Field("edtReceiveCopyUser")->text(), GetLabel(QStringLiteral("(None)")));
+
+    // Cancel changes nothing.
+    WhenUsersListed([](frmUserSelection& dialog, QTreeView&) { dialog.reject(); });
+    send->Chooser()->click();
+    QCOMPARE(send->text(), QStringLiteral("mweber@fxmaster"));
+
+    editor.Click("cmdOK");
+    const auto saved = Store().GetAdminSettings();
+    QCOMPARE(saved.send_copy_user().user_name(), "mweber");
+    QCOMPARE(saved.send_copy_user().host_name(), "fxmaster");
+    QVERIFY(saved.receive_copy_user().user_name().empty());
+    QVERIFY(saved.receive_copy_user().host_name().empty());
+}
+
+void TestAdminEditor::PasswordEntriesMustMatchBeforeAnythingIsSent() {
+    const std::string hash = Store().GetMeta("admin_password_hash");
+    AdminEditor editor(kOpen);
+    // A mismatch is told and stays in the dialog; nothing reaches the server.
+    fx_->prompter.Answer(Answer::OK);
+    WhenAskedForPassword(QStringLiteral("new secret 1"), QStringLiteral("new secret 2"));
+    editor.Click("cmdChangePassword");
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("IncorrectConfirmPassword")));
+    QCOMPARE(Store().GetMeta("admin_password_hash"), hash);
+    // Cancel after matching entries sends nothing either.
+    WhenAskedForPassword(QStringLiteral("new secret 1"), QStringLiteral("new secret 1"), true);
+    editor.Click("cmdChangePassword");
+    QCOMPARE(Store().GetMeta("admin_password_hash"), hash);
+    QCOMPARE(fx_->prompter.Prompts().size(), 1);
+
+    // Enter in the first field moves on to the second, like Tab.
+    frmChangePassword dialog;
+    QVERIFY(ShowActive(dialog));
+    auto* first = Child<QLineEdit>(dialog, "edtEnterNewPassword");
+    first->setFocus();
+    QTest::keyClick(first, Qt::Key_Return);
+    QCOMPARE(QApplication::focusWidget(), Child<QLineEdit>(dialog, "edtConfirmNewPassword"));
+    QVERIFY(dialog.isVisible());
+}
+
+void TestAdminEditor::PasswordChangeEndsTheOtherConsolesSession() {
+    std::unique_ptr<ServerSession> other = fx_->server->Login();
+    AdminEditor editor(kOpen);
+    // Too short: the server's refusal is shown and the old password holds.
+    fx_->prompter.Answer(Answer::OK);
+    WhenAskedForPassword(QStringLiteral("short"), QStringLiteral("short"));
+    editor.Click("cmdChangePassword");
+    QVERIFY(fx_->prompter.LastPrompt().text.contains(QStringLiteral("at least 8")));
+    QVERIFY(other->Servers().size() > 0);
+
+    fx_->prompter.Answer(Answer::OK);
+    WhenAskedForPassword(QStringLiteral("a longer secret"), QStringLiteral("a longer secret"));
+    editor.Click("cmdChangePassword");
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("NewPasswordSet")));
+    QCOMPARE(fx_->prompter.LastPrompt().icon, PromptIcon::Information);
+    // This console goes on; the other one is refused even after its own
+    // login again with the password it knew.
+    QVERIFY(TheSession()->Servers().size() > 0);
+    try {
+        other->Servers();
+        QFAIL("the other console's session outlived the password change");
+    } catch (const SessionError& error) {
+        QCOMPARE(error.Number(), 0x80070005u);
+    }
+    QVERIFY(!editor.dialog.isHidden());
+}
+
+void TestAdminEditor::SelectionOffersTheChosenServersUsersAndNone() {
+    // Opened for a user of another server, with "(None)" not allowed.
+    SetFormParameters({{QStringLiteral("HostName"), QStringLiteral("fxsales")},
+                       {QStringLiteral("UserName"), QString()},
+                       {QStringLiteral("NoneAllowed"), QStringLiteral("0")}});
+    QStringList firstRows;
+    WhenUsersListed([&firstRows](frmUserSelection& dialog, QTreeView& list) {
+        const auto& model = *static_cast<const ListModel*>(list.model());
+        QCOMPARE(dialog.ChosenHost(), QStringLiteral("fxsales"));
+        QVERIFY(model.FindText(GetLabel(QStringLiteral("(None)"))) < 0);
+        // Another server offers its own users.
+        Child<QComboBox>(dialog, "cboServer")
+            ->setCurrentIndex(Child<QComboBox>(dialog, "cboServer")->findText("fxmaster"));
+        QTRY_VERIFY(model.FindText(QStringLiteral("mweber")) >= 0);
+        for (int row = 0; row < model.rowCount(); ++row) firstRows << model.Row(row).cells.front();
+        ClickRow(&list, model.FindText(QStringLiteral("nkoch")), {}, true);
+    });
+    frmUserSelection::Open(nullptr);
+    QVERIFY(AnsweredRefresh());
+    QCOMPARE(FormParameterValue(QStringLiteral("HostName")), QStringLiteral("fxmaster"));
+    QCOMPARE(FormParameterValue(QStringLiteral("UserName")), QStringLiteral("nkoch"));
+    // Only users are offered: fxprint01 has none and is no choice.
+    std::vector<UserRecord> users = TheSession()->Users(QStringLiteral("fxmaster"));
+    QCOMPARE(firstRows.size(), int(users.size()));
+}
+
+QTEST_MAIN(TestAdminEditor)
+#include "tst_admineditor.moc"
