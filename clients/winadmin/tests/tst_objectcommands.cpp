@@ -30,6 +30,7 @@ private slots:
     void DeleteRateByIndexFromKey();
     void PropertiesOpensEditorAndRefreshKeepsSelection();
     void NewServerFromTreeAddsItsNode();
+    void AdministratorAndUsersHaveTheirWindows();
     void KindsWithoutWindowAreNotOffered();
 };
 
@@ -159,9 +160,24 @@ void TestObjectCommands::NewServerFromTreeAddsItsNode() {
     create->trigger();
     QVERIFY(!Store().GetServer("fxnew").is_new());
     QVERIFY(main->FindNode(QStringLiteral("fxnew")));
-    // The node that was selected stays selected.
+    // The node that was selected stays selected, and the new row with it.
     QCOMPARE(CurrentKey(*main), QStringLiteral("Servers"));
-    QVERIFY(RowOf(*main, QStringLiteral("fxnew")) >= 0);
+    QCOMPARE(SelectedRowText(*main), QStringLiteral("fxnew"));
+}
+
+void TestObjectCommands::AdministratorAndUsersHaveTheirWindows() {
+    auto main = fx_->OpenMain();
+    QAction* create = main->MenuEntry(QStringLiteral("mnuFileNew"));
+    QAction* properties = main->MenuEntry(QStringLiteral("mnuFileProperties"));
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Administrator")));
+    QVERIFY(properties->isEnabled() && !create->isEnabled());
+    QVERIFY(ExplorerFixture::Click(
+        *main,
+        main->FindNode(QStringLiteral("fxmaster"))->child(0)->data(0, NodeKeyRole).toString()));
+    QCOMPARE(ExplorerFixture::Kind(main->Tree()->currentItem()), QStringLiteral("Users"));
+    QVERIFY(create->isEnabled());
+    QVERIFY(ClickRow(*main, QStringLiteral("mweber")));
+    QVERIFY(properties->isEnabled());
 }
 
 void TestObjectCommands::KindsWithoutWindowAreNotOffered() {
