@@ -47,13 +47,10 @@ struct Form {
 
 }  // namespace
 
-class TestFieldHelpers : public QObject {
+class TestFieldHelpers : public ConsoleSuite {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void KeyFilterKinds_data();
     void KeyFilterKinds();
     void LengthLimitUnlessSelected();
@@ -68,19 +65,10 @@ private slots:
     void ReferenceFormats();
 
 private:
-    std::unique_ptr<ConsoleFixture> fixture_;
+    // A separator of the user's that differs from the built-in one.
+    void SetUp() override { SetDecimalSeparator(QStringLiteral(",")); }
+    void TearDown() override { SetDecimalSeparator(QStringLiteral(".")); }
 };
-
-void TestFieldHelpers::init() {
-    fixture_ = std::make_unique<ConsoleFixture>();
-    fixture_->LogIn();
-    SetDecimalSeparator(QStringLiteral(","));
-}
-
-void TestFieldHelpers::cleanup() {
-    SetDecimalSeparator(QStringLiteral("."));
-    QCOMPARE(ConsoleFixture::Close(fixture_), 0);
-}
 
 void TestFieldHelpers::KeyFilterKinds_data() {
     QTest::addColumn<int>("kind");
@@ -108,7 +96,7 @@ void TestFieldHelpers::KeyFilterKinds() {
     InstallKeyFilter(form.field, kind, 0);
     form.Type(typed);
     QTEST(form.field->text(), "kept");
-    QTEST(fixture_->prompter.BeepCount(), "beeps");
+    QTEST(fx_->prompter.BeepCount(), "beeps");
 }
 
 void TestFieldHelpers::LengthLimitUnlessSelected() {
@@ -116,12 +104,12 @@ void TestFieldHelpers::LengthLimitUnlessSelected() {
     InstallKeyFilter(form.field, kKeyAnyText, 4);
     form.Type(QStringLiteral("abcde"));
     QCOMPARE(form.field->text(), QStringLiteral("abcd"));
-    QCOMPARE(fixture_->prompter.BeepCount(), 1);
+    QCOMPARE(fx_->prompter.BeepCount(), 1);
     // With text selected the key replaces it.
     form.field->setSelection(1, 2);
     form.Type(QStringLiteral("X"));
     QCOMPARE(form.field->text(), QStringLiteral("aXd"));
-    QCOMPARE(fixture_->prompter.BeepCount(), 1);
+    QCOMPARE(fx_->prompter.BeepCount(), 1);
 }
 
 void TestFieldHelpers::EditingKeysPass_data() {
@@ -176,13 +164,13 @@ void TestFieldHelpers::EditingKeysPass() {
     else
         PlatformKey(form.field, Qt::Key_Backspace, QString());
     QTEST(form.field->text(), "kept");
-    QCOMPARE(fixture_->prompter.BeepCount(), 0);
+    QCOMPARE(fx_->prompter.BeepCount(), 0);
     if (refused.isEmpty()) return;
     // The filter still holds what is typed.
     const QString before = form.field->text();
     form.Type(refused);
     QCOMPARE(form.field->text(), before);
-    QCOMPARE(fixture_->prompter.BeepCount(), 1);
+    QCOMPARE(fx_->prompter.BeepCount(), 1);
 }
 
 void TestFieldHelpers::PasteAndDropHeldToTheFilter() {
@@ -219,7 +207,7 @@ void TestFieldHelpers::EnterHandling() {
     ComboKeyPress(form.combo, kKeyAnyText, 0, keyAscii);
     QCOMPARE(keyAscii, 0);
     QTRY_VERIFY(!form.combo->view()->isVisible());
-    QCOMPARE(fixture_->prompter.BeepCount(), 0);
+    QCOMPARE(fx_->prompter.BeepCount(), 0);
 }
 
 void TestFieldHelpers::EmptyAndRangeChecks_data() {
@@ -239,14 +227,14 @@ void TestFieldHelpers::EmptyAndRangeChecks() {
     QFETCH(bool, valid);
     Form form;
     form.field->setText(text);
-    if (!valid) fixture_->prompter.Answer(Answer::OK);
+    if (!valid) fx_->prompter.Answer(Answer::OK);
     QCOMPARE(CheckFieldRange(form.field, QStringLiteral("Dispatch Count:"), 1, 99), valid);
     if (valid) return;
-    const Prompt& shown = fixture_->prompter.LastPrompt();
+    const Prompt& shown = fx_->prompter.LastPrompt();
     QCOMPARE(shown.text, QStringLiteral("The valid range for 'Dispatch Count' is from 1 to 99."));
     QCOMPARE(shown.icon, PromptIcon::Exclamation);
     QCOMPARE(shown.title, QStringLiteral("Test Form"));
-    QCOMPARE(fixture_->prompter.BeepCount(), 1);
+    QCOMPARE(fx_->prompter.BeepCount(), 1);
     QVERIFY(form.field->hasFocus());
     QCOMPARE(form.field->selectedText(), text);
 }
@@ -263,9 +251,9 @@ void TestFieldHelpers::DisabledFieldsPassAndHiddenPagesComeForward() {
     QVERIFY(!form.hidden->hasFocus());
     QCOMPARE(form.tabs->currentIndex(), 0);
     // A failed check brings that page to the front and focuses the field.
-    fixture_->prompter.Answer(Answer::OK);
+    fx_->prompter.Answer(Answer::OK);
     QVERIFY(IsFieldEmpty(form.hidden, FieldEmptyMessage(QStringLiteral("Comment:"))));
-    QCOMPARE(fixture_->prompter.LastPrompt().text,
+    QCOMPARE(fx_->prompter.LastPrompt().text,
              QStringLiteral("The field 'Comment' cannot be empty."));
     QCOMPARE(form.tabs->currentIndex(), 1);
     QVERIFY(form.hidden->hasFocus());
@@ -314,7 +302,7 @@ void TestFieldHelpers::ReferenceFormats() {
                                  ExtractParenthesized(ParenthesizedUserAtHost({"ann", "fx"}))),
              ref);
     // The "(None)" text is the language's.
-    fixture_->LogIn(ServerOptions("", "de"));
+    fx_->LogIn(ServerOptions("", "de"));
     for (const QStringList& none : {QStringList(), QStringList{"", ""}}) {
         QCOMPARE(ParenthesizedUserAtHost(none), QString());
         QCOMPARE(ParenthesizedUserAtHostOrNone(none), QStringLiteral("(Keine)"));

@@ -34,32 +34,20 @@ std::unique_ptr<QWidget> NewForm(const QString& caption) {
 
 }  // namespace
 
-class TestLabels : public QObject {
+class TestLabels : public ConsoleSuite {
     Q_OBJECT
 
-private slots:
-    void init();
-    void cleanup();
+public:
+    TestLabels() : ConsoleSuite(Server::LoggedIn, "de") {}
 
+private slots:
     void CaptionsAreLookedUpWithoutOneTrailingColon();
     void FieldsPicturesAndOtherWindowsAreLeftAlone();
     void ToolbarTranslatesOnlyTooltipsItHas();
     void HiddenLabelsFrameKeepsItsTitleAndFeedsTheTabs();
     void LabelLendsItsTextToItsBuddy();
     void WithoutTableEveryKeyIsItsOwnText();
-
-private:
-    std::unique_ptr<ConsoleFixture> fixture_;
 };
-
-void TestLabels::init() {
-    fixture_ = std::make_unique<ConsoleFixture>();
-    fixture_->LogIn(ServerOptions("", "de"));
-}
-
-void TestLabels::cleanup() {
-    QCOMPARE(ConsoleFixture::Close(fixture_), 0);
-}
 
 void TestLabels::CaptionsAreLookedUpWithoutOneTrailingColon() {
     QMainWindow window;

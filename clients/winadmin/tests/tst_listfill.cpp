@@ -46,13 +46,10 @@ bool AllRows(const std::vector<ListRow>& rows, const char* kind, const QString& 
 
 }  // namespace
 
-class TestListFill : public QObject {
+class TestListFill : public ConsoleSuite {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void ColumnSetsOfEveryKind();
     void UnknownKindHasNoColumnsAndNoRows();
     void ServersAndTheirObjects();
@@ -61,7 +58,7 @@ private slots:
     void InstallationWideKindsAndFolders();
 
 private:
-    veldrano::server::Store& Store() { return fixture_->server->GetStore(); }
+    veldrano::server::Store& Store() { return fx_->server->GetStore(); }
     void AddServer(const std::string& name, bool remote = false);
     // Every row's kind has its picture.
     std::vector<ListRow> Fill(const char* kind, const QString& key, const NodeScope& scope = {}) {
@@ -71,18 +68,7 @@ private:
                 QTest::qFail(qPrintable("no picture for " + row.iconKey), __FILE__, __LINE__);
         return rows;
     }
-
-    std::unique_ptr<ConsoleFixture> fixture_;
 };
-
-void TestListFill::init() {
-    fixture_ = std::make_unique<ConsoleFixture>();
-    fixture_->LogIn();
-}
-
-void TestListFill::cleanup() {
-    QCOMPARE(ConsoleFixture::Close(fixture_), 0);
-}
 
 void TestListFill::AddServer(const std::string& name, bool remote) {
     pb::Server server = demo::MakeServer(name, "Server " + name, true, true, true, "rpc");

@@ -41,32 +41,20 @@ struct LoginWindow {
 
 }  // namespace
 
-class TestLogin : public QObject {
+class TestLogin : public ConsoleSuite {
     Q_OBJECT
 
-private slots:
-    void init();
-    void cleanup();
+public:
+    TestLogin() : ConsoleSuite(Server::Listening) {}
 
+private slots:
     void RightPasswordByKeyboardRemembersTheReportedHost();
     void RefusalSelectsTheFieldToCorrect_data();
     void RefusalSelectsTheFieldToCorrect();
     void OtherErrorsGoThroughTheErrorDialog();
     void RemembersTheLastHost_data();
     void RemembersTheLastHost();
-
-private:
-    std::unique_ptr<ConsoleFixture> fixture_;
 };
-
-void TestLogin::init() {
-    fixture_ = std::make_unique<ConsoleFixture>();
-    fixture_->StartServer();
-}
-
-void TestLogin::cleanup() {
-    QCOMPARE(ConsoleFixture::Close(fixture_), 0);
-}
 
 void TestLogin::RightPasswordByKeyboardRemembersTheReportedHost() {
     LoginWindow login;
@@ -90,7 +78,6 @@ void TestLogin::RightPasswordByKeyboardRemembersTheReportedHost() {
     QCOMPARE(login.password->echoMode(), QLineEdit::Password);
     QTest::keyClick(login.password, Qt::Key_Return);
 
-    QVERIFY(fixture_->prompter.Prompts().isEmpty());
     QVERIFY(login.dialog.LoginResult());
     QCOMPARE(login.dialog.result(), int(QDialog::Accepted));
     QVERIFY(!login.dialog.isVisible());
@@ -117,12 +104,12 @@ void TestLogin::RefusalSelectsTheFieldToCorrect() {
     QVERIFY(login.Complete());
     login.Type(login.host, host);
     login.Type(login.password, password);
-    fixture_->prompter.Answer(Answer::OK);
+    fx_->prompter.Answer(Answer::OK);
     login.ClickOK();
 
     // Not the common error dialog: the administrator's to correct.
-    QCOMPARE(fixture_->prompter.Prompts().size(), 1);
-    const Prompt& refusal = fixture_->prompter.LastPrompt();
+    QCOMPARE(fx_->prompter.Prompts().size(), 1);
+    const Prompt& refusal = fx_->prompter.LastPrompt();
     QCOMPARE(refusal.icon, PromptIcon::Exclamation);
     QCOMPARE(refusal.buttons, PromptButtons::OK);
     QCOMPARE(refusal.title, kSource);
@@ -148,7 +135,7 @@ void TestLogin::OtherErrorsGoThroughTheErrorDialog() {
     for (int attempt = 0; attempt < 5; ++attempt) {
         login.password->clear();
         QTest::keyClicks(login.password, QStringLiteral("guess %1").arg(attempt));
-        fixture_->prompter.Answer(Answer::OK);
+        fx_->prompter.Answer(Answer::OK);
         login.ClickOK();
     }
     login.password->clear();
@@ -156,9 +143,9 @@ void TestLogin::OtherErrorsGoThroughTheErrorDialog() {
 
     // Retry repeats the login at once, Cancel ends the attempt. The box's
     // title is the error dialog's rule (tst_errordialog).
-    fixture_->prompter.Answer({Answer::Retry, Answer::Cancel});
+    fx_->prompter.Answer({Answer::Retry, Answer::Cancel});
     login.ClickOK();
-    const QList<ScriptedPrompter::Record>& prompts = fixture_->prompter.Prompts();
+    const QList<ScriptedPrompter::Record>& prompts = fx_->prompter.Prompts();
     QCOMPARE(prompts.size(), 7);
     for (const auto& record : prompts.mid(5)) {
         QCOMPARE(record.prompt.icon, PromptIcon::Critical);
@@ -171,7 +158,7 @@ void TestLogin::OtherErrorsGoThroughTheErrorDialog() {
     QCOMPARE(StoredHost(), QStringLiteral("<none>"));
 
     // Ignore goes on with the steps after the failed one.
-    fixture_->prompter.Answer(Answer::Ignore);
+    fx_->prompter.Answer(Answer::Ignore);
     login.ClickOK();
     QCOMPARE(prompts.size(), 8);
     QVERIFY(login.dialog.LoginResult());
@@ -190,7 +177,7 @@ void TestLogin::RemembersTheLastHost() {
     QFETCH(QString, stored);
     QFETCH(QString, shown);
     // Written as a person's settings file has it, blanks included.
-    QSettings(fixture_->SettingsFile(), QSettings::IniFormat)
+    QSettings(fx_->SettingsFile(), QSettings::IniFormat)
         .setValue(QStringLiteral("Software/Tarnex/LastAdminServer/Default"), stored);
     LoginWindow login;
     QVERIFY(login.Complete());

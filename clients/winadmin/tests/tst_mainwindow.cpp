@@ -38,19 +38,14 @@ QRect Available() {
     return QGuiApplication::primaryScreen()->availableGeometry();
 }
 
-std::unique_ptr<frmMain> OpenMain() {
-    return ExplorerFixture::OpenMain();
-}
+constexpr auto OpenMain = &ExplorerFixture::OpenMain;
 
 }  // namespace
 
-class TestMainWindow : public QObject {
+class TestMainWindow : public ConsoleSuite {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void FreshProfileOpensWithDefaults();
     void ViewRoundTripRestoresEverything();
     void ClosedMaximisedOrMinimisedKeepsEarlierBounds_data();
@@ -69,19 +64,7 @@ private slots:
     void LabelsFollowServerLanguage();
     void HelpEntriesOpenTheirWindows();
     void ClosingEndsEveryWindowEvenIfSaveFails();
-
-private:
-    std::unique_ptr<ConsoleFixture> fx_;
 };
-
-void TestMainWindow::init() {
-    fx_ = std::make_unique<ConsoleFixture>();
-    fx_->LogIn();
-}
-
-void TestMainWindow::cleanup() {
-    QCOMPARE(ConsoleFixture::Close(fx_), 0);
-}
 
 void TestMainWindow::FreshProfileOpensWithDefaults() {
     auto main = OpenMain();
@@ -380,9 +363,10 @@ void TestMainWindow::ServerTimeoutHandedToSession() {
 
 void TestMainWindow::MenuEntriesAndShortcuts() {
     auto main = OpenMain();
-    // Their commands come with the explorer's selection handling.
-    for (const char* name : {"mnuFileNew", "mnuFileProperties", "mnuFileDelete", "mnuEditCut",
-                             "mnuEditCopy", "mnuEditPaste"})
+    // Their commands come with the explorer's selection handling (the root's
+    // properties are the administrator settings, tst_objectcommands).
+    for (const char* name :
+         {"mnuFileNew", "mnuFileDelete", "mnuEditCut", "mnuEditCopy", "mnuEditPaste"})
         QVERIFY2(!Child<QAction>(*main, name)->isEnabled(), name);
     // The keys no one would guess; the others are pressed where they are used.
     QCOMPARE(Child<QAction>(*main, "mnuFileProperties")->shortcut(),
@@ -397,8 +381,10 @@ void TestMainWindow::MenuEntriesAndShortcuts() {
         QCOMPARE(toolBar->widgetForAction(action)->accessibleName(), action->toolTip());
     }
 
-    // Nothing selected: of the pop-up entries only help and the routing
-    // reload act (start, stop and terminate are set as their menu opens).
+    // Nothing selected: of the pop-up entries only help, the routing reload
+    // and, as the main menu's, properties act (start, stop and terminate are
+    // set as their menu opens).
+    const bool properties = Child<QAction>(*main, "mnuFileProperties")->isEnabled();
     for (const char* menu :
          {"mnuPopup1", "mnuPopup2", "mnuPopup3", "mnuPopupServer", "mnuPopupDevice",
           "mnuPopupProcess", "mnuRatePopup", "mnuDestsPopup", "mnuZonePopup", "mnuPopupLCR"}) {
@@ -409,7 +395,8 @@ void TestMainWindow::MenuEntriesAndShortcuts() {
             if (name.endsWith("Start") || name.endsWith("Stop") || name.endsWith("Terminate"))
                 continue;
             QVERIFY2(action->isEnabled() ==
-                         (name.endsWith(QLatin1String("Help")) || name == "mnuPopupLCRReload"),
+                         (name.endsWith(QLatin1String("Help")) || name == "mnuPopupLCRReload" ||
+                          (name.endsWith("Properties") && properties)),
                      qPrintable(name));
         }
     }
@@ -423,6 +410,9 @@ void TestMainWindow::MenuEntriesAndShortcuts() {
         QSignalSpy triggered(Child<QAction>(*main, command), &QAction::triggered);
         Child<QAction>(*main, command)->setEnabled(true);
         main->MenuEntry(QLatin1String(entry))->setEnabled(true);
+        // The root's properties are the administrator settings' window.
+        if (command == std::string_view("mnuFileProperties"))
+            WhenShown<QDialog>([](QDialog& dialog) { dialog.reject(); });
         main->MenuEntry(QLatin1String(entry))->trigger();
         QVERIFY2(triggered.count() == 1, entry);
     }

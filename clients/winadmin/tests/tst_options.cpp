@@ -33,13 +33,10 @@ struct OptionsWindow {
 
 }  // namespace
 
-class TestOptions : public QObject {
+class TestOptions : public ConsoleSuite {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void LoadsStoredValues_data();
     void LoadsStoredValues();
     void InvalidTimeoutRefused_data();
@@ -50,18 +47,10 @@ private:
     // Nothing written, the session's time-out as it was.
     void VerifyNothingChanged(const QString& storedTimeout = kUnset);
 
-    std::unique_ptr<ConsoleFixture> fixture_;
+    void SetUp() override { sessionDefault_ = TheSession()->GetTimeout(); }
+
     int sessionDefault_ = 0;
 };
-
-void TestOptions::init() {
-    fixture_ = std::make_unique<ConsoleFixture>();
-    sessionDefault_ = fixture_->LogIn().GetTimeout();
-}
-
-void TestOptions::cleanup() {
-    QCOMPARE(ConsoleFixture::Close(fixture_), 0);
-}
 
 void TestOptions::VerifyNothingChanged(const QString& storedTimeout) {
     QCOMPARE(StoredSetting(kTimeout), storedTimeout);
@@ -124,18 +113,18 @@ void TestOptions::InvalidTimeoutRefused() {
     QFETCH(QString, typed);
     QFETCH(QString, shown);
     QFETCH(QString, message);
-    fixture_->LogIn(ServerOptions("", language.constData()));
+    fx_->LogIn(ServerOptions("", language.constData()));
     OptionsWindow options;
     options.TypeTimeout(typed);
     QCOMPARE(options.timeout->text(), shown);
     QTest::keyClick(options.severity, Qt::Key_Down);
 
-    fixture_->prompter.Answer(Answer::OK);
+    fx_->prompter.Answer(Answer::OK);
     // Enter presses the default button, OK.
     QTest::keyClick(options.timeout, Qt::Key_Return);
 
-    QCOMPARE(fixture_->prompter.Prompts().size(), 1);
-    const Prompt& refusal = fixture_->prompter.LastPrompt();
+    QCOMPARE(fx_->prompter.Prompts().size(), 1);
+    const Prompt& refusal = fx_->prompter.LastPrompt();
     QCOMPARE(refusal.text, message);
     QCOMPARE(refusal.icon, PromptIcon::Exclamation);
     QCOMPARE(refusal.buttons, PromptButtons::OK);
@@ -171,7 +160,7 @@ void TestOptions::CancelWritesNothingOkSavesForTheNextStart() {
     // The next start: a new session with its own default, then the main
     // window's load hands it the chosen time-out; its menu opens the dialog
     // modally over it, with the saved values.
-    SetTheSession(fixture_->server->Login());
+    SetTheSession(fx_->server->Login());
     QCOMPARE(TheSession()->GetTimeout(), sessionDefault_);
     frmMain main;
     QCOMPARE(TheSession()->GetTimeout(), 45);

@@ -70,13 +70,13 @@ void ClickArrow(UpDown* spin, QStyle::SubControl arrow) {
 
 }  // namespace
 
-class TestUpDown : public QObject {
+class TestUpDown : public ConsoleSuite {
     Q_OBJECT
 
-private slots:
-    void init();
-    void cleanup();
+public:
+    TestUpDown() : ConsoleSuite(Server::None) {}
 
+private slots:
     void TakesTheFieldsPlace();
     void NarrowFieldInARow();
     void StepsWithinBoundsByKeysAndArrows();
@@ -85,18 +85,7 @@ private slots:
     void KeyFilterThroughTheSpinBox();
     void FocusTabOrderAndNames();
     void EnablingFollowsTheField();
-
-private:
-    std::unique_ptr<ConsoleFixture> fixture_;
 };
-
-void TestUpDown::init() {
-    fixture_ = std::make_unique<ConsoleFixture>();
-}
-
-void TestUpDown::cleanup() {
-    QCOMPARE(ConsoleFixture::Close(fixture_), 0);
-}
 
 void TestUpDown::TakesTheFieldsPlace() {
     SpinForm form;
@@ -170,7 +159,7 @@ void TestUpDown::StepsWithinBoundsByKeysAndArrows() {
     ClickArrow(form.spin, QStyle::SC_SpinBoxDown);
     QTest::keyClick(FocusTarget(), Qt::Key_Down);
     QCOMPARE(form.field->text(), QStringLiteral("10"));
-    QCOMPARE(fixture_->prompter.BeepCount(), 0);
+    QCOMPARE(fx_->prompter.BeepCount(), 0);
 
     // Steps of their own size, bounded all the same; numbers beyond an int
     // come back to the bound too.
@@ -189,7 +178,7 @@ void TestUpDown::StepsWithinBoundsByKeysAndArrows() {
 }
 
 void TestUpDown::TypedOutOfRangeIsLeftForTheRangeCheck() {
-    fixture_->LogIn();
+    fx_->LogIn();
     SpinForm form;
     InstallKeyFilter(form.field, kKeyDigits, 5);
     form.Bind(1, 10);
@@ -201,9 +190,9 @@ void TestUpDown::TypedOutOfRangeIsLeftForTheRangeCheck() {
     QTest::keyClick(FocusTarget(), Qt::Key_Tab);
     QVERIFY(form.after->hasFocus());
     QCOMPARE(form.field->text(), QStringLiteral("50"));
-    fixture_->prompter.Answer(Answer::OK);
+    fx_->prompter.Answer(Answer::OK);
     QVERIFY(!CheckFieldRange(form.field, QStringLiteral("Count:"), 1, 10));
-    QCOMPARE(fixture_->prompter.LastPrompt().text,
+    QCOMPARE(fx_->prompter.LastPrompt().text,
              QStringLiteral("The valid range for 'Count' is from 1 to 10."));
     QVERIFY(form.field->hasFocus());
     QCOMPARE(form.field->selectedText(), QStringLiteral("50"));
@@ -213,7 +202,7 @@ void TestUpDown::TypedOutOfRangeIsLeftForTheRangeCheck() {
     // An empty field is reported and gets the focus.
     form.after->setFocus();
     form.field->clear();
-    fixture_->prompter.Answer(Answer::OK);
+    fx_->prompter.Answer(Answer::OK);
     QVERIFY(IsFieldEmpty(form.field, FieldEmptyMessage(QStringLiteral("Count:"))));
     QVERIFY(form.field->hasFocus());
 }
@@ -235,10 +224,10 @@ void TestUpDown::KeyFilterThroughTheSpinBox() {
     QCOMPARE(FocusTarget(), form.spin);
     QTest::keyClicks(FocusTarget(), QStringLiteral("1a2"));
     QCOMPARE(form.field->text(), QStringLiteral("12"));
-    QCOMPARE(fixture_->prompter.BeepCount(), 1);
+    QCOMPARE(fx_->prompter.BeepCount(), 1);
     QTest::keyClicks(FocusTarget(), QStringLiteral("34"));
     QCOMPARE(form.field->text(), QStringLiteral("123"));
-    QCOMPARE(fixture_->prompter.BeepCount(), 2);
+    QCOMPARE(fx_->prompter.BeepCount(), 2);
     // Delete and Backspace as X11 sends them, in the full field.
     form.field->setCursorPosition(0);
     PlatformDelete(FocusTarget());
@@ -246,7 +235,7 @@ void TestUpDown::KeyFilterThroughTheSpinBox() {
     form.field->setCursorPosition(2);
     PlatformBackspace(FocusTarget());
     QCOMPARE(form.field->text(), QStringLiteral("2"));
-    QCOMPARE(fixture_->prompter.BeepCount(), 2);
+    QCOMPARE(fx_->prompter.BeepCount(), 2);
     QTest::keyClick(FocusTarget(), Qt::Key_Up);
     QCOMPARE(form.field->text(), QStringLiteral("3"));
 }
@@ -287,7 +276,7 @@ void TestUpDown::FocusTabOrderAndNames() {
 }
 
 void TestUpDown::EnablingFollowsTheField() {
-    fixture_->LogIn();
+    fx_->LogIn();
     SpinForm form;
     form.Bind(0, 10);
     QVERIFY(ShowActive(form.dialog));

@@ -7,10 +7,11 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
+#include <optional>
 
 #include "common/FormParameters.h"
 #include "common/Labels.h"
@@ -22,75 +23,32 @@ using namespace winadmin;
 
 namespace {
 
-// Stands in for the user selection dialog: starts from the choice it is
-// given and answers ("Refresh", "-1"), ("HostName", ...), ("UserName", ...)
-// on OK, ("Refresh", "0") on Cancel.
-class ProbeUserSelection : public QDialog {
-    Q_OBJECT
-
-public:
-    explicit ProbeUserSelection(QWidget* parent) : QDialog(parent) {
+// Stands in for the user selection dialog: a modal dialog over the form
+// that notes the request it was opened with, then answers as the real one
+// must: ("Refresh", "-1"), ("HostName", ...), ("UserName", ...) for a
+// confirmed choice, ("Refresh", "0") when cancelled (no choice set).
+struct ProbeUserSelection {
+    static void Open(QWidget* parent) {
         received = FormParameters();
         openedOver = parent;
-        auto* layout = new QGridLayout(this);
-        layout->addWidget(user, 0, 0);
-        layout->addWidget(host, 0, 1);
-        layout->addWidget(ok, 1, 0);
-        layout->addWidget(cancel, 1, 1);
-        user->setObjectName(QStringLiteral("edtUserName"));
-        host->setObjectName(QStringLiteral("edtHostName"));
-        ok->setObjectName(QStringLiteral("cmdOK"));
-        cancel->setObjectName(QStringLiteral("cmdCancel"));
-        ok->setDefault(true);
-        user->setText(FormParameterValue(QStringLiteral("UserName")));
-        host->setText(FormParameterValue(QStringLiteral("HostName")));
-        connect(ok, &QPushButton::clicked, this, &QDialog::accept);
-        connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    }
-
-    void done(int result) override {
-        if (result == Accepted)
+        QDialog dialog(parent);
+        QTimer::singleShot(0, &dialog, [&dialog] {
+            if (!choice) {
+                AnswerRefresh(false);
+                return dialog.reject();
+            }
             SetFormParameters({{QStringLiteral("Refresh"), QStringLiteral("-1")},
-                               {QStringLiteral("HostName"), host->text()},
-                               {QStringLiteral("UserName"), user->text()}});
-        else
-            AnswerRefresh(false);
-        QDialog::done(result);
-    }
-
-    static void Open(QWidget* parent) {
-        ProbeUserSelection dialog(parent);
+                               {QStringLiteral("HostName"), choice->host},
+                               {QStringLiteral("UserName"), choice->user}});
+            dialog.accept();
+        });
         dialog.exec();
     }
 
     static inline FormParameterList received;
     static inline QWidget* openedOver = nullptr;
-
-private:
-    QLineEdit* user = new QLineEdit;
-    QLineEdit* host = new QLineEdit;
-    QPushButton* ok = new QPushButton(QStringLiteral("OK"));
-    QPushButton* cancel = new QPushButton(QStringLiteral("Cancel"));
+    static inline std::optional<UserReference> choice;
 };
-
-// Picks user@host in the probe once it shows, and confirms with Enter; an
-// empty user and host confirm "no user".
-void ChooseInProbe(const QString& user, const QString& host) {
-    WhenShown<ProbeUserSelection>([user, host](ProbeUserSelection& dialog) {
-        Retype(Child<QLineEdit>(dialog, "edtUserName"), user);
-        Retype(Child<QLineEdit>(dialog, "edtHostName"), host);
-        QTest::keyClick(Child<QLineEdit>(dialog, "edtHostName"), Qt::Key_Return);
-    });
-}
-
-void CancelProbe(bool byEscape) {
-    WhenShown<ProbeUserSelection>([byEscape](ProbeUserSelection& dialog) {
-        if (byEscape)
-            QTest::keyClick(&dialog, Qt::Key_Escape);
-        else
-            QTest::mouseClick(Child<QPushButton>(dialog, "cmdCancel"), Qt::LeftButton);
-    });
-}
 
 // An editor page: a field before, the reference with its label, a field
 // after, tab stops set by the form after its controls are made.
@@ -116,38 +74,30 @@ struct ReferenceForm {
 
 }  // namespace
 
-class TestUserReferenceField : public QObject {
+class TestUserReferenceField : public ConsoleSuite {
     Q_OBJECT
 
-private slots:
-    void init();
-    void cleanup();
+public:
+    TestUserReferenceField() : ConsoleSuite(Server::LoggedIn, "de") {}
 
+private slots:
     void ShowsTheReferenceOrNone();
     void WithoutOpenerTheChooserIsDisabled();
     void ConfirmedChoiceIsShownAndSignalled_data();
     void ConfirmedChoiceIsShownAndSignalled();
-    void CancelledChoiceChangesNothing_data();
     void CancelledChoiceChangesNothing();
     void KeyboardAndNames();
     void TypedReference();
 
 private:
-    std::unique_ptr<ConsoleFixture> fixture_;
+    void SetUp() override {
+        SetUserSelectionOpener(&ProbeUserSelection::Open);
+        ProbeUserSelection::received.clear();
+        ProbeUserSelection::openedOver = nullptr;
+        ProbeUserSelection::choice.reset();
+    }
+    void TearDown() override { SetUserSelectionOpener(nullptr); }
 };
-
-void TestUserReferenceField::init() {
-    fixture_ = std::make_unique<ConsoleFixture>();
-    fixture_->LogIn(ServerOptions("", "de"));
-    SetUserSelectionOpener(&ProbeUserSelection::Open);
-    ProbeUserSelection::received.clear();
-    ProbeUserSelection::openedOver = nullptr;
-}
-
-void TestUserReferenceField::cleanup() {
-    SetUserSelectionOpener(nullptr);
-    QCOMPARE(ConsoleFixture::Close(fixture_), 0);
-}
 
 void TestUserReferenceField::ShowsTheReferenceOrNone() {
     ReferenceForm form;
@@ -214,7 +164,7 @@ void TestUserReferenceField::ConfirmedChoiceIsShownAndSignalled() {
     QVERIFY(ShowActive(form.dialog));
     form.field->SetValue(QStringLiteral("ann"), QStringLiteral("fxmaster"));
     QSignalSpy changed(form.field, &UserReferenceField::ValueChanged);
-    ChooseInProbe(user, host);
+    ProbeUserSelection::choice = UserReference{user, host};
     QTest::mouseClick(form.field->Chooser(), Qt::LeftButton);
     // The dialog was asked from the current choice, over the form.
     QCOMPARE(ProbeUserSelection::received.size(), 2);
@@ -229,28 +179,20 @@ void TestUserReferenceField::ConfirmedChoiceIsShownAndSignalled() {
     QCOMPARE(changed.count(), 1);
 }
 
-void TestUserReferenceField::CancelledChoiceChangesNothing_data() {
-    QTest::addColumn<bool>("byEscape");
-    QTest::newRow("Cancel button") << false;
-    QTest::newRow("Escape") << true;
-}
-
 void TestUserReferenceField::CancelledChoiceChangesNothing() {
-    QFETCH(bool, byEscape);
     ReferenceForm form;
     QVERIFY(ShowActive(form.dialog));
     QSignalSpy changed(form.field, &UserReferenceField::ValueChanged);
     // From "(None)" the dialog gets an empty choice.
-    CancelProbe(byEscape);
+    ProbeUserSelection::choice.reset();
     QVERIFY(!form.field->Choose());
     QCOMPARE(ProbeUserSelection::received.size(), 2);
     QCOMPARE(ProbeUserSelection::received[0].value, QString());
     QCOMPARE(ProbeUserSelection::received[1].value, QString());
     QCOMPARE(form.field->text(), QStringLiteral("(Keine)"));
     form.field->SetValue(QStringLiteral("ann"), QStringLiteral("fxmaster"));
-    CancelProbe(byEscape);
     QTest::mouseClick(form.field->Chooser(), Qt::LeftButton);
-    QVERIFY(!ProbeUserSelection::received.isEmpty());
+    QCOMPARE(ProbeUserSelection::received[1].value, QStringLiteral("ann"));
     QCOMPARE(form.field->text(), QStringLiteral("ann@fxmaster"));
     QCOMPARE(changed.count(), 0);
     QVERIFY(form.dialog.isVisible());
@@ -276,7 +218,7 @@ void TestUserReferenceField::KeyboardAndNames() {
     QTest::keyClick(FocusTarget(), Qt::Key_Tab);
     QVERIFY(chooser->hasFocus());
     QSignalSpy changed(form.field, &UserReferenceField::ValueChanged);
-    ChooseInProbe(QStringLiteral("carl"), QStringLiteral("fxline01"));
+    ProbeUserSelection::choice = UserReference{"carl", "fxline01"};
     QTest::keyClick(FocusTarget(), Qt::Key_Space);
     QTRY_COMPARE(changed.count(), 1);
     QCOMPARE(form.field->text(), QStringLiteral("carl@fxline01"));

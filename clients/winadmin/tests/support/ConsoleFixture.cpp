@@ -96,4 +96,16 @@ QString ConsoleFixture::SettingsFile() const {
     return settingsDir_.filePath(QStringLiteral("settings.ini"));
 }
 
+void ConsoleSuite::init() {
+    fx_ = std::make_unique<ConsoleFixture>();
+    if (server_ == Server::Listening) fx_->StartServer(ServerOptions("", language_));
+    if (server_ == Server::LoggedIn) fx_->LogIn(ServerOptions("", language_));
+    SetUp();
+}
+
+void ConsoleSuite::cleanup() {
+    TearDown();
+    QCOMPARE(ConsoleFixture::Close(fx_), 0);
+}
+
 }  // namespace winadmin

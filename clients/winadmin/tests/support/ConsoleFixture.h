@@ -100,4 +100,29 @@ private:
     QTemporaryDir settingsDir_;
 };
 
+// The test object of a suite on this fixture: a fresh fixture for each case,
+// with a server (logged in, or only listening for a login dialog) in the
+// language the suite names, and after the case no scripted answer left
+// unused. SetUp and TearDown add what a suite needs around each case.
+class ConsoleSuite : public QObject {
+    Q_OBJECT
+
+protected:
+    enum class Server { None, Listening, LoggedIn };
+    explicit ConsoleSuite(Server server = Server::LoggedIn, const char* language = "")
+        : server_(server), language_(language) {}
+    virtual void SetUp() {}
+    virtual void TearDown() {}
+
+    std::unique_ptr<ConsoleFixture> fx_;
+
+private slots:
+    void init();
+    void cleanup();
+
+private:
+    Server server_;
+    const char* language_;
+};
+
 }  // namespace winadmin
