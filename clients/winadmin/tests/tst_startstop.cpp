@@ -104,7 +104,6 @@ void TestStartStop::MenuFollowsTheRowKindAndNoRowGivesPopup1() {
         QCOMPARE(RightClick(*main, -1), QStringLiteral("mnuPopup1"));
     }
     QCOMPARE(fx_->prompter.BeepCount(), 0);
-    QVERIFY(fx_->prompter.Prompts().isEmpty());
 }
 
 void TestStartStop::StartAndStopEnabledPerKind() {
@@ -142,7 +141,6 @@ void TestStartStop::StartAndStopEnabledPerKind() {
     QCOMPARE(RightClick(*main, 0), QStringLiteral("mnuPopupDevice"));
     QVERIFY(Enabled(*main, "mnuPopupDeviceStart") && Enabled(*main, "mnuPopupDeviceStop") &&
             Enabled(*main, "mnuPopupDeviceTerminate"));
-    QVERIFY(fx_->prompter.Prompts().isEmpty());
 }
 
 void TestStartStop::TerminateOnlyOnYesThenRefreshKeepingTheView() {

@@ -2,7 +2,7 @@
 // The lifecycle every properties dialog shares, checked once here and run by
 // each editor's test in a few lines: a request that names no object closes
 // with "0"; the save question's three answers; a save, then edits, then No
-// still answers "-1"; a taken key asks and Yes opens it; a new key keeps the
+// still answers "-1"; a taken key asks and Yes opens that object; a new key keeps the
 // details and OK disabled; loading never counts as an edit; Enter in the key
 // field never presses OK.
 
