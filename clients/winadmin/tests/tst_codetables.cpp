@@ -6,16 +6,15 @@
 
 #include "common/CodeTables.h"
 #include "common/Labels.h"
-#include "support/TestServer.h"
+#include "session/ServerSession.h"
+#include "support/ConsoleFixture.h"
 
 using namespace winadmin;
 
-class TestCodeTables : public QObject {
+class TestCodeTables : public ConsoleSuite {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
     void PrinterTypesKeepTheServersNumbering();
     void SeveritiesAndOriginatorsFallBackToUnknown();
     void MessageClassBitsInFixedOrder();
@@ -24,23 +23,10 @@ private slots:
     void TextsFollowALanguageChangeAtOnce();
 
 private:
-    QString Label(const char* key) const { return session_->GetLabel(QString::fromLatin1(key)); }
-
-    std::unique_ptr<TestServer> server_;
-    std::unique_ptr<GrpcServerSession> session_;
+    static QString Label(const char* key) {
+        return TheSession()->GetLabel(QString::fromLatin1(key));
+    }
 };
-
-void TestCodeTables::init() {
-    server_ = std::make_unique<TestServer>();
-    session_ = server_->Login();
-    SetLabelSource(session_.get());
-}
-
-void TestCodeTables::cleanup() {
-    SetLabelSource(nullptr);
-    session_.reset();
-    server_.reset();
-}
 
 void TestCodeTables::PrinterTypesKeepTheServersNumbering() {
     QCOMPARE(PrinterTypeText(10), Label("PRN_HP_LJ_FAST"));
@@ -102,7 +88,7 @@ void TestCodeTables::TextsFollowALanguageChangeAtOnce() {
     SetLabelSource(germanSession.get());
     QCOMPARE(SeverityText(3), germanSession->GetLabel(QStringLiteral("SeverityError")));
     QVERIFY(SeverityText(3) != english);
-    SetLabelSource(session_.get());
+    SetLabelSource(TheSession());
     QCOMPARE(SeverityText(3), english);
 }
 

@@ -1,13 +1,14 @@
 // The settings store over a settings file of the test's own.
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLocale>
 #include <QSettings>
-#include <QTemporaryDir>
 #include <QTest>
-#include <memory>
 
 #include "common/Settings.h"
+#include "support/ConsoleFixture.h"
 
 using namespace winadmin;
 
@@ -22,13 +23,13 @@ const QString kLeftKey =
 
 }  // namespace
 
-class TestSettings : public QObject {
+class TestSettings : public ConsoleSuite {
     Q_OBJECT
 
-private slots:
-    void init();
-    void cleanup();
+public:
+    TestSettings() : ConsoleSuite(Server::None) {}
 
+private slots:
     void SavedValuesAreTrimmedAndLiveAsDefaultValuesOfSubkeys();
     void StoredTextIsReadAsTheClassicBufferHeldIt_data();
     void StoredTextIsReadAsTheClassicBufferHeldIt();
@@ -52,22 +53,14 @@ private:
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
     }
 
-    std::unique_ptr<QTemporaryDir> dir_;
+    void SetUp() override { file_ = fx_->SettingsFile(); }
+    // A file in the folder of the test's settings file.
+    QString Beside(const char* name) const {
+        return QFileInfo(file_).dir().filePath(QLatin1String(name));
+    }
+
     QString file_;
 };
-
-void TestSettings::init() {
-    dir_ = std::make_unique<QTemporaryDir>();
-    QVERIFY(dir_->isValid());
-    file_ = dir_->filePath(QStringLiteral("settings.ini"));
-    UseSettingsFile(file_);
-}
-
-void TestSettings::cleanup() {
-    // Never let a later test write into the real store of the user.
-    UseNativeSettings();
-    dir_.reset();
-}
 
 void TestSettings::SavedValuesAreTrimmedAndLiveAsDefaultValuesOfSubkeys() {
     // What was written is the trimmed text, as the default value of a subkey:
@@ -143,7 +136,7 @@ void TestSettings::SectionsProductsAndPlainNamesDoNotCollide() {
     QCOMPARE(GetSetting(QStringLiteral("Other"), name, {}), QStringLiteral("other vendor"));
 
     // Another file is another store.
-    UseSettingsFile(dir_->filePath(QStringLiteral("second.ini")));
+    UseSettingsFile(Beside("second.ini"));
     QCOMPARE(GetSetting(kVendor, name, QStringLiteral("none")), QStringLiteral("none"));
     UseSettingsFile(file_);
     QCOMPARE(GetSetting(kVendor, name, QStringLiteral("none")), QStringLiteral("plain"));
@@ -151,10 +144,10 @@ void TestSettings::SectionsProductsAndPlainNamesDoNotCollide() {
 
 void TestSettings::StoreThatCannotBeWrittenThrowsOnSaveOnly() {
     // A path below a plain file cannot be created, whoever runs the test.
-    QFile blocker(dir_->filePath(QStringLiteral("blocker")));
+    QFile blocker(Beside("blocker"));
     QVERIFY(blocker.open(QIODevice::WriteOnly));
     blocker.close();
-    UseSettingsFile(dir_->filePath(QStringLiteral("blocker/settings.ini")));
+    UseSettingsFile(Beside("blocker/settings.ini"));
 
     QCOMPARE(GetSetting(kVendor, kLastServer, QStringLiteral("dflt")), QStringLiteral("dflt"));
     try {
