@@ -68,6 +68,7 @@ frmAdministratorDetails::frmAdministratorDetails(QWidget* parent)
                 ui->edtSMTPGwUsr->Clear();
             else
                 ui->edtSMTPGwUsr->setText(stored);
+            ui->edtSMTPGwUsr->setCursorPosition(0);
         })
         .Writes([this](A& settings) {
             settings.set_smtp_gateway_user(StoredSmtpUser().toStdString());
