@@ -107,14 +107,8 @@ bool frmAdministratorDetails::CheckSmtpUser() {
 }
 
 void frmAdministratorDetails::ChangePassword() {
-    const std::optional<QString> password = frmChangePassword::AskNewPassword(this);
-    if (!password) return;
-    if (!CallSession([&] { TheSession()->SetAdminPassword(*password); })) return;
-    Prompt done;
-    done.text = GetLabel(QStringLiteral("NewPasswordSet"));
-    done.title = windowTitle();
-    done.icon = PromptIcon::Information;
-    ThePrompter().Show(done);
+    frmChangePassword::ChangePassword(
+        this, [](const QString& password) { TheSession()->SetAdminPassword(password); });
 }
 
 AdminSettingsRecord frmAdministratorDetails::Fetch() {

@@ -6,6 +6,7 @@
 #include "common/FormParameters.h"
 #include "common/Labels.h"
 #include "common/Prompter.h"
+#include "session/CallSession.h"
 #include "ui_frmChangePassword.h"
 
 namespace winadmin {
@@ -34,6 +35,18 @@ std::optional<QString> frmChangePassword::AskNewPassword(QWidget* parent) {
     dialog.exec();
     if (FormParameterValue(kPasswordChanged) != QStringLiteral("-1")) return std::nullopt;
     return FormParameterValue(kNewPassword);
+}
+
+bool frmChangePassword::ChangePassword(QWidget* parent,
+                                       const std::function<void(const QString&)>& setPassword) {
+    const std::optional<QString> password = AskNewPassword(parent);
+    if (!password || !CallSession([&] { setPassword(*password); })) return false;
+    Prompt done;
+    done.text = GetLabel(QStringLiteral("NewPasswordSet"));
+    done.title = parent ? parent->windowTitle() : QString();
+    done.icon = PromptIcon::Information;
+    ThePrompter().Show(done);
+    return true;
 }
 
 bool frmChangePassword::eventFilter(QObject* watched, QEvent* event) {

@@ -6,6 +6,7 @@
 // ("PasswordChanged", "0").
 
 #include <QDialog>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -25,6 +26,11 @@ public:
     // Runs the dialog modally; answers the confirmed new password, or
     // nothing when the administrator cancelled.
     static std::optional<QString> AskNewPassword(QWidget* parent);
+    // Asks for the new password and hands it to setPassword through the
+    // session (a refusal is shown there); once it is set, tells so with
+    // "NewPasswordSet", titled as parent. Answers whether it was set.
+    static bool ChangePassword(QWidget* parent,
+                               const std::function<void(const QString&)>& setPassword);
 
     void accept() override;
     void reject() override;

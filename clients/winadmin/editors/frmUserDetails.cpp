@@ -412,17 +412,12 @@ void frmUserDetails::ExportExtras() {
 }
 
 void frmUserDetails::ChangePassword() {
-    const std::optional<QString> password = frmChangePassword::AskNewPassword(this);
-    if (!password) return;
     // The server refuses a password that breaks its rules and says why; the
     // dialog then stays as it was.
-    if (!CallSession([&] { TheSession()->SetUserPassword(host_, Text(Kept().name()), *password); }))
-        return;
-    Prompt done;
-    done.text = GetLabel(QStringLiteral("NewPasswordSet"));
-    done.title = windowTitle();
-    done.icon = PromptIcon::Information;
-    ThePrompter().Show(done);
+    const QString user = Text(Kept().name());
+    frmChangePassword::ChangePassword(this, [this, user](const QString& password) {
+        TheSession()->SetUserPassword(host_, user, password);
+    });
 }
 
 }  // namespace winadmin
