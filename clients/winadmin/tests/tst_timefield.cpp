@@ -6,13 +6,12 @@
 #include <QDialog>
 #include <QFormLayout>
 #include <QLabel>
-#include <QStyle>
-#include <QStyleOptionSpinBox>
 #include <QTest>
 
 #include "common/TimeField.h"
 #include "support/ConsoleFixture.h"
 #include "support/PlatformKeys.h"
+#include "support/SmallForms.h"
 
 using namespace winadmin;
 
@@ -47,15 +46,6 @@ struct RateTimes {
     TimeUpDown* startSpin = new TimeUpDown(&dialog);
     TimeUpDown* stopSpin = new TimeUpDown(&dialog);
 };
-
-void ClickArrow(TimeUpDown* spin, QStyle::SubControl arrow) {
-    QStyleOptionSpinBox option;
-    option.initFrom(spin);
-    option.frame = spin->hasFrame();
-    option.subControls = QStyle::SC_SpinBoxUp | QStyle::SC_SpinBoxDown;
-    const QRect rect = spin->style()->subControlRect(QStyle::CC_SpinBox, &option, arrow, spin);
-    QTest::mouseClick(spin, Qt::LeftButton, Qt::NoModifier, rect.center());
-}
 
 }  // namespace
 
@@ -239,14 +229,14 @@ void TestTimeField::Spin() {
 void TestTimeField::ArrowsOfBothFields() {
     RateTimes times;
     times.Put(times.stop, QStringLiteral("23:45"), 0);
-    ClickArrow(times.stopSpin, QStyle::SC_SpinBoxUp);
+    ClickSpinArrow(times.stopSpin, QStyle::SC_SpinBoxUp);
     QCOMPARE(times.stop->text(), QStringLiteral("24:45"));
     times.stop->setCursorPosition(4);
-    ClickArrow(times.stopSpin, QStyle::SC_SpinBoxDown);
+    ClickSpinArrow(times.stopSpin, QStyle::SC_SpinBoxDown);
     QCOMPARE(times.stop->text(), QStringLiteral("24:44"));
     // The other field's arrows leave this one alone.
     times.Put(times.start, QStringLiteral("06:00"), 0);
-    ClickArrow(times.startSpin, QStyle::SC_SpinBoxDown);
+    ClickSpinArrow(times.startSpin, QStyle::SC_SpinBoxDown);
     QCOMPARE(times.start->text(), QStringLiteral("05:00"));
     QCOMPARE(times.stop->text(), QStringLiteral("24:44"));
     // A page key steps once too.
@@ -254,7 +244,7 @@ void TestTimeField::ArrowsOfBothFields() {
     QCOMPARE(times.start->text(), QStringLiteral("06:00"));
     // A disabled field does not spin.
     times.stop->setEnabled(false);
-    ClickArrow(times.stopSpin, QStyle::SC_SpinBoxUp);
+    ClickSpinArrow(times.stopSpin, QStyle::SC_SpinBoxUp);
     QCOMPARE(times.stop->text(), QStringLiteral("24:44"));
     QCOMPARE(fx_->prompter.BeepCount(), 0);
 }

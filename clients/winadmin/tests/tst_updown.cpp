@@ -3,12 +3,9 @@
 // (its name, its key filter, focus, the empty and range checks, enabling).
 
 #include <QDialog>
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QStyle>
-#include <QStyleOptionSpinBox>
 #include <QTest>
 
 #include "common/FieldHelpers.h"
@@ -16,57 +13,25 @@
 #include "common/UpDown.h"
 #include "support/ConsoleFixture.h"
 #include "support/PlatformKeys.h"
+#include "support/SmallForms.h"
 
 using namespace winadmin;
 
 namespace {
 
-// A page laid out as the editors' forms are: a label, the field and its spin
-// box in three columns, a field above and one below.
-struct SpinForm {
-    SpinForm() {
-        dialog.setWindowTitle(QStringLiteral("Spin Form"));
-        auto* grid = new QGridLayout(&dialog);
-        layout = grid;
-        grid->addWidget(before, 0, 1);
-        grid->addWidget(label, 1, 0);
-        grid->addWidget(field, 1, 1);
+// The editors' row of a numeric field: its spin box in the third column,
+// bound once the form is laid out.
+struct SpinForm : LabelledField<QLineEdit> {
+    SpinForm() : LabelledField(QStringLiteral("&Count:"), "edtCount") {
         grid->addWidget(spin, 1, 2);
-        grid->addWidget(after, 2, 1);
-        before->setObjectName(QStringLiteral("edtBefore"));
-        field->setObjectName(QStringLiteral("edtCount"));
         field->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         spin->setObjectName(QStringLiteral("updCount"));
-        after->setObjectName(QStringLiteral("edtAfter"));
-        label->setBuddy(field);
-        // What a form's tab stops do, before the spin box is bound.
-        QWidget::setTabOrder(before, field);
-        QWidget::setTabOrder(field, after);
     }
     void Bind(int minimum = 0, int maximum = 10, int step = 1) {
         spin->Bind(field, minimum, maximum, step);
     }
-    QDialog dialog;
-    QGridLayout* layout;
-    QLineEdit* before = new QLineEdit;
-    QLabel* label = new QLabel(QStringLiteral("&Count:"));
-    QLineEdit* field = new QLineEdit;
     UpDown* spin = new UpDown;
-    QLineEdit* after = new QLineEdit;
 };
-
-QRect ArrowRect(UpDown* spin, QStyle::SubControl arrow) {
-    QStyleOptionSpinBox option;
-    option.initFrom(spin);
-    option.frame = spin->hasFrame();
-    option.subControls = QStyle::SC_SpinBoxUp | QStyle::SC_SpinBoxDown;
-    option.buttonSymbols = spin->buttonSymbols();
-    return spin->style()->subControlRect(QStyle::CC_SpinBox, &option, arrow, spin);
-}
-
-void ClickArrow(UpDown* spin, QStyle::SubControl arrow) {
-    QTest::mouseClick(spin, Qt::LeftButton, Qt::NoModifier, ArrowRect(spin, arrow).center());
-}
 
 }  // namespace
 
@@ -92,15 +57,15 @@ void TestUpDown::TakesTheFieldsPlace() {
     form.Bind();
     QVERIFY(ShowActive(form.dialog));
     // The spin box sits in the field's cell and leaves its own empty.
-    QCOMPARE(form.layout->itemAtPosition(1, 1)->widget(), form.spin);
-    QCOMPARE(form.layout->itemAtPosition(1, 2), nullptr);
+    QCOMPARE(form.grid->itemAtPosition(1, 1)->widget(), form.spin);
+    QCOMPARE(form.grid->itemAtPosition(1, 2), nullptr);
     QCOMPARE(Child<QLineEdit>(form.dialog, "edtCount"), form.field);
     QCOMPARE(form.field->parentWidget(), form.spin);
     QVERIFY(form.field->isVisible());
     // As wide as the fields above and below, the number typed left of the arrows.
     QCOMPARE(form.spin->geometry().left(), form.before->geometry().left());
     QCOMPARE(form.spin->width(), form.before->width());
-    QVERIFY(form.field->geometry().right() < ArrowRect(form.spin, QStyle::SC_SpinBoxUp).left());
+    QVERIFY(form.field->geometry().right() < SpinArrowRect(form.spin, QStyle::SC_SpinBoxUp).left());
     QVERIFY(form.spin->rect().contains(form.field->geometry()));
     QCOMPARE(form.field->alignment() & Qt::AlignRight, Qt::AlignRight);
 }
@@ -124,9 +89,9 @@ void TestUpDown::NarrowFieldInARow() {
     QCOMPARE(row->itemAt(0)->widget(), spin);
     // No wider than the field was and the arrows with their frame.
     QTRY_VERIFY(spin->width() > 48);
-    QVERIFY(spin->width() <= 48 + ArrowRect(spin, QStyle::SC_SpinBoxDown).width() + 8);
+    QVERIFY(spin->width() <= 48 + SpinArrowRect(spin, QStyle::SC_SpinBoxDown).width() + 8);
     QVERIFY(field->width() >= QFontMetrics(field->font()).horizontalAdvance(QStringLiteral("999")));
-    QVERIFY(field->geometry().right() < ArrowRect(spin, QStyle::SC_SpinBoxDown).left());
+    QVERIFY(field->geometry().right() < SpinArrowRect(spin, QStyle::SC_SpinBoxDown).left());
 }
 
 void TestUpDown::StepsWithinBoundsByKeysAndArrows() {
@@ -140,10 +105,10 @@ void TestUpDown::StepsWithinBoundsByKeysAndArrows() {
     QTest::keyClick(FocusTarget(), Qt::Key_Up);
     QTest::keyClick(FocusTarget(), Qt::Key_Up);
     QCOMPARE(form.field->text(), QStringLiteral("10"));
-    ClickArrow(form.spin, QStyle::SC_SpinBoxUp);
+    ClickSpinArrow(form.spin, QStyle::SC_SpinBoxUp);
     QCOMPARE(form.field->text(), QStringLiteral("10"));
-    ClickArrow(form.spin, QStyle::SC_SpinBoxDown);
-    ClickArrow(form.spin, QStyle::SC_SpinBoxDown);
+    ClickSpinArrow(form.spin, QStyle::SC_SpinBoxDown);
+    ClickSpinArrow(form.spin, QStyle::SC_SpinBoxDown);
     QCOMPARE(form.field->text(), QStringLiteral("8"));
     // A field without a number starts from the bound in the step's direction.
     form.field->clear();
@@ -152,11 +117,11 @@ void TestUpDown::StepsWithinBoundsByKeysAndArrows() {
     QTest::keyClick(FocusTarget(), Qt::Key_Down);
     QCOMPARE(form.field->text(), QStringLiteral("0"));
     form.field->setText(QStringLiteral("abc"));
-    ClickArrow(form.spin, QStyle::SC_SpinBoxDown);
+    ClickSpinArrow(form.spin, QStyle::SC_SpinBoxDown);
     QCOMPARE(form.field->text(), QStringLiteral("10"));
     // A read-only field is not stepped.
     form.field->setReadOnly(true);
-    ClickArrow(form.spin, QStyle::SC_SpinBoxDown);
+    ClickSpinArrow(form.spin, QStyle::SC_SpinBoxDown);
     QTest::keyClick(FocusTarget(), Qt::Key_Down);
     QCOMPARE(form.field->text(), QStringLiteral("10"));
     QCOMPARE(fx_->prompter.BeepCount(), 0);
@@ -292,14 +257,14 @@ void TestUpDown::EnablingFollowsTheField() {
 
     // The field disabled on its own: no steps, and Tab passes it by.
     form.field->setEnabled(false);
-    ClickArrow(form.spin, QStyle::SC_SpinBoxUp);
+    ClickSpinArrow(form.spin, QStyle::SC_SpinBoxUp);
     QCOMPARE(form.field->text(), QStringLiteral("5"));
     form.before->setFocus();
     QTest::keyClick(FocusTarget(), Qt::Key_Tab);
     QVERIFY(form.after->hasFocus());
     // Enabled again on its own, it steps and takes the focus again.
     form.field->setEnabled(true);
-    ClickArrow(form.spin, QStyle::SC_SpinBoxUp);
+    ClickSpinArrow(form.spin, QStyle::SC_SpinBoxUp);
     QCOMPARE(form.field->text(), QStringLiteral("6"));
     form.before->setFocus();
     QTest::keyClick(FocusTarget(), Qt::Key_Tab);

@@ -4,7 +4,6 @@
 // one must), and that it can be used by keyboard and screen reader.
 
 #include <QDialog>
-#include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -18,6 +17,7 @@
 #include "common/UserReferenceField.h"
 #include "support/ConsoleFixture.h"
 #include "support/PlatformKeys.h"
+#include "support/SmallForms.h"
 
 using namespace winadmin;
 
@@ -50,26 +50,9 @@ struct ProbeUserSelection {
     static inline std::optional<UserReference> choice;
 };
 
-// An editor page: a field before, the reference with its label, a field
-// after, tab stops set by the form after its controls are made.
-struct ReferenceForm {
-    ReferenceForm() {
-        dialog.setWindowTitle(QStringLiteral("Reference Form"));
-        auto* grid = new QGridLayout(&dialog);
-        grid->addWidget(before, 0, 1);
-        grid->addWidget(label, 1, 0);
-        grid->addWidget(field, 1, 1);
-        grid->addWidget(after, 2, 1);
-        field->setObjectName(QStringLiteral("edtSubstitute"));
-        label->setBuddy(field);
-        QWidget::setTabOrder(before, field);
-        QWidget::setTabOrder(field, after);
-    }
-    QDialog dialog;
-    QLineEdit* before = new QLineEdit;
-    QLabel* label = new QLabel(QStringLiteral("Substitute:"));
-    UserReferenceField* field = new UserReferenceField;
-    QLineEdit* after = new QLineEdit;
+// An editor page with the reference on it.
+struct ReferenceForm : LabelledField<UserReferenceField> {
+    ReferenceForm() : LabelledField(QStringLiteral("Substitute:"), "edtSubstitute") {}
 };
 
 }  // namespace
