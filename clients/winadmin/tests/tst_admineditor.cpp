@@ -126,6 +126,9 @@ void TestAdminEditor::ValidationOrderAndBounds_data() {
     QTest::newRow("address book empty") << ""
                                         << "2"
                                         << "0" << ok << "edtAddressBookBlocksize" << true;
+    QTest::newRow("address book 0") << "0"
+                                    << "2"
+                                    << "0" << ok << "edtAddressBookBlocksize" << false;
     QTest::newRow("journal 1") << "2"
                                << "1"
                                << ""
