@@ -26,6 +26,10 @@ public:
         qWarning().noquote() << "save-file dialog declined:" << title;
         return {};
     }
+    std::optional<QString> AskPassword(const QString& title, const QString&) override {
+        qWarning().noquote() << "password prompt declined:" << title;
+        return std::nullopt;
+    }
 };
 
 LoggingPrompter fallbackPrompter;

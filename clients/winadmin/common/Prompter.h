@@ -4,6 +4,7 @@
 // the administrator would have been asked.
 
 #include <QString>
+#include <optional>
 
 namespace winadmin {
 
@@ -40,6 +41,9 @@ public:
     virtual void Beep() = 0;
     // Asks for a file to write; an empty string means the administrator cancelled.
     virtual QString AskSaveFileName(const QString& title, const QString& filter) = 0;
+    // Asks for a password with a message above the field; nothing when the
+    // administrator cancelled.
+    virtual std::optional<QString> AskPassword(const QString& title, const QString& text) = 0;
 };
 
 // The answer codes that a prompt with these buttons can give, in button order.

@@ -3,7 +3,9 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFileDialog>
+#include <QInputDialog>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -142,6 +144,15 @@ QString QtPrompter::AskSaveFileName(const QString& title, const QString& filter)
     const NormalPointer pointer;
     return QFileDialog::getSaveFileName(QApplication::activeWindow(), title, QString(),
                                         QtFileFilter(filter));
+}
+
+std::optional<QString> QtPrompter::AskPassword(const QString& title, const QString& text) {
+    const NormalPointer pointer;
+    bool ok = false;
+    const QString password = QInputDialog::getText(QApplication::activeWindow(), title, text,
+                                                   QLineEdit::Password, QString(), &ok);
+    if (!ok) return std::nullopt;
+    return password;
 }
 
 QString QtFileFilter(const QString& classicFilter) {

@@ -19,6 +19,7 @@ public:
     void Beep() override;
     // filter in the classic form "Text Files(*.txt)|*.txt|All Files|*.*".
     QString AskSaveFileName(const QString& title, const QString& filter) override;
+    std::optional<QString> AskPassword(const QString& title, const QString& text) override;
 };
 
 // The classic description|pattern filter as Qt's name filters, joined by

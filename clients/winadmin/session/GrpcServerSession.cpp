@@ -5,6 +5,8 @@
 #include <chrono>
 #include <utility>
 
+#include "common/Prompter.h"
+
 namespace winadmin {
 
 namespace {
@@ -192,7 +194,25 @@ void GrpcServerSession::Run(const CallBody& body) {
         // A token ends when the server restarts or the session sat idle too
         // long; the administrator should not have to log in again for that.
         if (retried || !loggedIn_ || error.Number() != accessDenied) throw error;
-        token_ = CallLogin(false).token();
+        token_ = LogInAgain(error);
+    }
+}
+
+std::string GrpcServerSession::LogInAgain(const SessionError& refused) {
+    const uint32_t accessDenied = ErrorNumber(veldrano::admin::v1::ERROR_ACCESS_DENIED);
+    for (;;) {
+        try {
+            return CallLogin(false).token();
+        } catch (const SessionError& error) {
+            // The password this session holds no longer opens the server:
+            // it was changed meanwhile. The administrator may give the
+            // current one; a cancel reports the refusal as it came.
+            if (error.Number() != accessDenied) throw;
+            const std::optional<QString> password = ThePrompter().AskPassword(
+                GetLabel(QStringLiteral("Login")), GetLabel(QStringLiteral("LoginAgain")));
+            if (!password) throw refused;
+            password_ = *password;
+        }
     }
 }
 

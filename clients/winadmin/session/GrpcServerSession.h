@@ -136,6 +136,9 @@ private:
     void EnsureChannel();
     void PrepareContext(grpc::ClientContext& context, bool withToken) const;
     veldrano::admin::v1::LoginReply CallLogin(bool atLogin);
+    // A fresh token after the server refused the session's one; asks the
+    // administrator for the password when the one held is refused too.
+    std::string LogInAgain(const SessionError& refused);
     void LoadLabels(const std::string& knownStamp);
     // Runs one call with deadline and token; logs in again once when the
     // server no longer knows the token.

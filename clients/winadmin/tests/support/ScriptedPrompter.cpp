@@ -34,6 +34,19 @@ int ScriptedPrompter::Show(const Prompt& prompt) {
     return answers_.dequeue();
 }
 
+std::optional<QString> ScriptedPrompter::AskPassword(const QString& title, const QString& text) {
+    Record record;
+    record.prompt.title = title;
+    record.prompt.text = text;
+    prompts_.append(record);
+    if (passwords_.isEmpty()) {
+        const QByteArray message = "unexpected password prompt \"" + text.toUtf8() + "\"";
+        QTest::qFail(message.constData(), __FILE__, __LINE__);
+        return std::nullopt;
+    }
+    return passwords_.dequeue();
+}
+
 QString ScriptedPrompter::AskSaveFileName(const QString& title, const QString& /*filter*/) {
     fileDialogTitles_.append(title);
     if (fileNames_.isEmpty()) {
