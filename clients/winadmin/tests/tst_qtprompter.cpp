@@ -4,6 +4,7 @@
 // never leaves a modal box waiting.
 
 #include <QFileDialog>
+#include <QInputDialog>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -65,6 +66,7 @@ private slots:
     void BoxShowsWhatWasAskedAndAnswersTheKey();
     void UntitledBoxShowsPlainTextAndTheNormalPointer();
     void SaveDialogOffersTheFiltersAndAnswersTheFile();
+    void PasswordPromptHidesTheEntryAndAnswersIt();
     void ClassicFiltersBecomeQtFilters_data();
     void ClassicFiltersBecomeQtFilters();
 };
@@ -173,6 +175,25 @@ void TestQtPrompter::SaveDialogOffersTheFiltersAndAnswersTheFile() {
     // Cancelling answers an empty name.
     WhenShown<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
     QCOMPARE(prompter.AskSaveFileName(QStringLiteral("Export"), QString()), QString());
+}
+
+void TestQtPrompter::PasswordPromptHidesTheEntryAndAnswersIt() {
+    QtPrompter prompter;
+    QLineEdit::EchoMode echo = QLineEdit::Normal;
+    QString text;
+    WhenShown<QInputDialog>([&](QInputDialog& dialog) {
+        echo = dialog.textEchoMode();
+        text = dialog.labelText();
+        dialog.setTextValue(QStringLiteral("new secret"));
+        dialog.accept();
+    });
+    QCOMPARE(prompter.AskPassword(QStringLiteral("Login"), QStringLiteral("Log in again")),
+             std::optional<QString>(QStringLiteral("new secret")));
+    QCOMPARE(echo, QLineEdit::Password);
+    QCOMPARE(text, QStringLiteral("Log in again"));
+    // A cancel answers nothing, not an empty password.
+    WhenShown<QInputDialog>([](QInputDialog& dialog) { dialog.reject(); });
+    QCOMPARE(prompter.AskPassword(QStringLiteral("Login"), QString()), std::nullopt);
 }
 
 void TestQtPrompter::ClassicFiltersBecomeQtFilters_data() {
