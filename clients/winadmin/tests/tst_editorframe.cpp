@@ -1,22 +1,18 @@
-// The editor frame with the two identities the keyed editors do not cover:
-// a dialog of the one administrator settings record (no key) and a dialog of
-// a rate addressed by its place in its zone. Both are small probe forms
-// built here on the real frame, bindings and session; plus what the frame
-// refuses at set-up and the save outcomes that a confirmation can choose.
+// The editor frame with what the editors' own suites do not cover: a
+// keyless probe (the real administrator editor runs the shared lifecycle in
+// its own suite; the probe shows what a keyless frame does with "New" and
+// what the frame refuses at set-up), a dialog of a rate addressed by its
+// place in its zone, and the save outcomes that a confirmation can choose.
 
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QScopeGuard>
-#include <QTabWidget>
 #include <QTest>
-#include <QToolButton>
 #include <QVBoxLayout>
 
 #include "common/FormParameters.h"
 #include "common/Labels.h"
-#include "common/UserReferenceField.h"
 #include "editors/RecordEditor.h"
 #include "session/ServerSession.h"
 #include "store/Store.h"
@@ -62,28 +58,18 @@ struct ProbeForm {
     QPushButton* remove;
 };
 
-// No key: the one settings record, with a field on each of two tab pages.
+// No key: the one settings record, with one field.
 class ProbeSettings : public RecordEditor<AdminSettingsRecord> {
 public:
     explicit ProbeSettings(bool forgetWrite = false) : RecordEditor(nullptr), form(this) {
-        auto* tabs = Add<QTabWidget>(form.details, "tabPages", form.detailsLayout);
-        auto* first = new QWidget;
-        auto* second = new QWidget;
-        tabs->addTab(first, QStringLiteral("General"));
-        tabs->addTab(second, QStringLiteral("Limits"));
-        auto* firstLayout = new QVBoxLayout(first);
-        auto* secondLayout = new QVBoxLayout(second);
         using A = AdminSettingsRecord;
-        Bind(form.Field(first, firstLayout, "edtMailLanguage", "lblMailLanguage"))
-            .Filter(kKeyAnyText, 20)
-            .Text(&A::mail_language, &A::set_mail_language);
-        Bind(Add<UserReferenceField>(first, "edtSendCopyUser", firstLayout))
-            .Reference(&A::send_copy_user, &A::mutable_send_copy_user);
-        auto* timeout = form.Field(second, secondLayout, "edtLoginIdleTimeout", "lblTimeout");
-        auto& binding = Bind(timeout, second->findChild<QLabel*>(QStringLiteral("lblTimeout")))
-                            .Filter(kKeyDigits, 10)
-                            .Range(0, 2147483647)
-                            .Mandatory();
+        auto* timeout =
+            form.Field(form.details, form.detailsLayout, "edtLoginIdleTimeout", "lblTimeout");
+        auto& binding =
+            Bind(timeout, form.details->findChild<QLabel*>(QStringLiteral("lblTimeout")))
+                .Filter(kKeyDigits, 10)
+                .Range(0, 2147483647)
+                .Mandatory();
         if (forgetWrite)
             binding.Loads([timeout](const A& a) {
                 timeout->setText(QString::number(a.login_idle_timeout()));
@@ -176,27 +162,13 @@ class TestEditorFrame : public ExplorerSuite {
     Q_OBJECT
 
 private slots:
-    void KeylessLifecycle();
     void KeylessOffersNoDeleteAndNoNewKey();
-    void FailingCheckBringsItsPageToTheFront();
-    void ChosenUserReferenceIsSaved();
     void FormsTheFrameCannotRunAreRefused();
     void PositionLifecycle();
     void PositionNewCreatesAtOnceAndReloadsByItsPlace();
     void RequestRefusedClosesWithZero();
     void ConfirmationOutcomesOnInsertAndUpdate();
 };
-
-void TestEditorFrame::KeylessLifecycle() {
-    LifecycleSubject subject;
-    subject.make = [] { return std::make_unique<ProbeSettings>(); };
-    int edits = 0;
-    subject.edit = [&edits](EditorDriver& editor) {
-        editor.Type("edtMailLanguage", QStringLiteral("lang%1").arg(++edits));
-    };
-    subject.storedVersion = [this] { return Store().GetAdminSettings().version(); };
-    CheckLifecycle(subject, fx_->prompter);
-}
 
 void TestEditorFrame::KeylessOffersNoDeleteAndNoNewKey() {
     // Whatever the request says, the one record is shown.
@@ -209,59 +181,6 @@ void TestEditorFrame::KeylessOffersNoDeleteAndNoNewKey() {
     QVERIFY(!editor.dialog.isVisible());
     QCOMPARE(Store().GetAdminSettings().login_idle_timeout(), 0);
     QCOMPARE(editor.Answer(), QStringLiteral("-1"));
-}
-
-void TestEditorFrame::FailingCheckBringsItsPageToTheFront() {
-    ShownEditor<ProbeSettings> editor({});
-    auto* tabs = editor.Field<QTabWidget>("tabPages");
-    QCOMPARE(tabs->currentIndex(), 0);
-    editor.Field("edtLoginIdleTimeout")->clear();  // a field on the page behind
-    fx_->prompter.Answer(Answer::OK);
-    editor.Click("cmdOK");
-    const QString caption = editor.Field<QLabel>("lblTimeout")->text();
-    QCOMPARE(fx_->prompter.LastPrompt().text, FieldEmptyMessage(caption));
-    QCOMPARE(tabs->currentIndex(), 1);
-    QVERIFY(editor.Field("edtLoginIdleTimeout")->hasFocus());
-
-    // The range check does the same from the other page.
-    tabs->setCurrentIndex(0);
-    editor.Field("edtLoginIdleTimeout")->setText(QStringLiteral("99999999999"));
-    fx_->prompter.Answer(Answer::OK);
-    editor.Click("cmdOK");
-    QVERIFY(fx_->prompter.LastPrompt().text.startsWith(
-        GetLabel(QStringLiteral("ValidRangeForField")) + CaptionWithoutColon(caption)));
-    QCOMPARE(tabs->currentIndex(), 1);
-    QVERIFY(editor.Field("edtLoginIdleTimeout")->hasFocus());
-    QVERIFY(editor.dialog.isVisible());
-    fx_->prompter.Answer(Answer::No);
-    editor.Click("cmdCancel");
-}
-
-void TestEditorFrame::ChosenUserReferenceIsSaved() {
-    // The selection dialog answers through the form-parameter list; this
-    // one confirms a user of another server than the one it was given.
-    static FormParameterList asked;
-    SetUserSelectionOpener([](QWidget*) {
-        asked = FormParameters();
-        SetFormParameters({{QStringLiteral("Refresh"), QStringLiteral("-1")},
-                           {QStringLiteral("HostName"), QStringLiteral("fxmaster")},
-                           {QStringLiteral("UserName"), QStringLiteral("accounts")}});
-    });
-    const auto forget = qScopeGuard([] { SetUserSelectionOpener(nullptr); });
-    ShownEditor<ProbeSettings> editor({});
-    auto* field = editor.Field<UserReferenceField>("edtSendCopyUser");
-    const UserReference before = field->Value();
-    QTest::mouseClick(field->Chooser(), Qt::LeftButton);
-    // The current choice went in as the request.
-    QCOMPARE(asked.size(), 2);
-    QCOMPARE(asked.at(0).name + asked.at(1).name, QStringLiteral("HostNameUserName"));
-    QCOMPARE(asked.at(0).value + asked.at(1).value, before.host + before.user);
-    QCOMPARE(field->text(), QStringLiteral("accounts@fxmaster"));
-    QCOMPARE(editor.dialog.State(), EditorState::Changed);
-    editor.Click("cmdOK");
-    QVERIFY(!editor.dialog.isVisible());
-    const auto stored = Store().GetAdminSettings().send_copy_user();
-    QCOMPARE(stored.user_name() + '@' + stored.host_name(), std::string("accounts@fxmaster"));
 }
 
 void TestEditorFrame::FormsTheFrameCannotRunAreRefused() {
