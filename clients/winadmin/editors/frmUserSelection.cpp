@@ -33,8 +33,8 @@ frmUserSelection::frmUserSelection(QWidget* parent)
                     .cancel = ui->cmdCancel,
                     .find = ui->cmdFind,
                     .findCode = kFindUserSelection});
-    // Another server offers its users at once; the list keeps the focus
-    // where the administrator left it.
+    // Another server offers its users at once, and the list takes the
+    // focus for the choice.
     connect(ui->cboServer, &QComboBox::currentIndexChanged, this, [this] {
         if (isVisible()) Refill();
     });
