@@ -21,10 +21,6 @@ namespace {
 
 constexpr int kEnter = 13;
 
-QString NoneText() {
-    return GetLabel(QStringLiteral("(None)"));
-}
-
 QLineEdit* LineEditOf(QWidget* control) {
     if (auto* edit = qobject_cast<QLineEdit*>(control)) return edit;
     if (auto* combo = qobject_cast<QComboBox*>(control)) return combo->lineEdit();
@@ -225,6 +221,10 @@ bool CheckFieldRange(QWidget* control, const QString& labelCaption, double from,
                                   QLatin1Char(' ') + GetLabel(QStringLiteral("To")) +
                                   BoundText(to) + QLatin1Char('.'));
     return false;
+}
+
+QString NoneText() {
+    return GetLabel(QStringLiteral("(None)"));
 }
 
 QString FormatRange(double from, double to) {

@@ -65,6 +65,8 @@ bool CheckFieldRange(QWidget* control, const QString& labelCaption, double from,
 
 // "1..99".
 QString FormatRange(double from, double to);
+// The text that stands for no object: no user, no printer, no host.
+QString NoneText();
 // The "(None)" text when there is no user, else user@host.
 QString FormatUserAtHost(const QString& user, const QString& host);
 // The "(None)" text when there is no user, else display name (user@host).

@@ -17,10 +17,6 @@ UserSelectionOpener userSelectionOpener = nullptr;
 const QString kHostName = QStringLiteral("HostName");
 const QString kUserName = QStringLiteral("UserName");
 
-QString NoneText() {
-    return GetLabel(QStringLiteral("(None)"));
-}
-
 // Forms name the field "edtSomething" and its button "cmdSomething".
 QString ChooserName(const QString& fieldName) {
     if (fieldName.startsWith(QLatin1String("edt"))) return QLatin1String("cmd") + fieldName.mid(3);

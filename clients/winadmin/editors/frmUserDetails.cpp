@@ -32,7 +32,7 @@ bool AnyChecked(std::initializer_list<const QAbstractButton*> boxes) {
 // "(None)" first, then the server's names; the stored name is the item data.
 void FillChoices(QComboBox* combo, const QStringList& names) {
     combo->clear();
-    combo->addItem(GetLabel(QStringLiteral("(None)")), QString());
+    combo->addItem(NoneText(), QString());
     for (const QString& name : names) combo->addItem(name, name);
     combo->setCurrentIndex(-1);
 }

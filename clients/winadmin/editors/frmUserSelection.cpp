@@ -2,6 +2,7 @@
 
 #include <QSignalBlocker>
 
+#include "common/FieldHelpers.h"
 #include "common/FormParameters.h"
 #include "common/Labels.h"
 #include "lists/Find.h"
@@ -16,10 +17,6 @@ namespace {
 
 const QString kHostName = QStringLiteral("HostName");
 const QString kUserName = QStringLiteral("UserName");
-
-QString NoneText() {
-    return GetLabel(QStringLiteral("(None)"));
-}
 
 }  // namespace
 

@@ -5,16 +5,13 @@
 #include <QTime>
 
 #include "common/CodeTables.h"
+#include "common/FieldHelpers.h"
 #include "common/Labels.h"
 #include "lists/ListFillKinds.h"
 
 namespace winadmin {
 
 namespace {
-
-QString NoneText() {
-    return GetLabel(QStringLiteral("(None)"));
-}
 
 QString HostText(const std::string& host) {
     return host.empty() ? NoneText() : Text(host);
