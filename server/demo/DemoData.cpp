@@ -1,6 +1,5 @@
 #include "demo/DemoData.h"
 
-#include <algorithm>
 #include <ctime>
 #include <iterator>
 
@@ -143,6 +142,12 @@ std::string DevicePrefix(const pb::DeviceType& t) {
     return "line";
 }
 
+const DemoServer& NamedServer(const char* name) {
+    for (const DemoServer& s : kServers)
+        if (name == std::string(s.name)) return s;
+    return kServers[0];
+}
+
 const DemoServer& ServerFor(const pb::DeviceType& t, size_t i) {
     // Scanners and voice ports go to the head office, where the users sit;
     // telex to the line room, SMS to the field service. Everything else
@@ -154,9 +159,7 @@ const DemoServer& ServerFor(const pb::DeviceType& t, size_t i) {
     if (t.is_scanner() || f.voice() == 1) host = "fxmaster";
     if (f.telex() == 1) host = "fxline01";
     if (f.sms() == 1) host = "fxsales";
-    for (const DemoServer& s : kServers)
-        if (host == std::string(s.name)) return s;
-    return kServers[0];
+    return NamedServer(host);
 }
 
 // "ISDN primary rate (30 channels)" becomes "ISDN primary rate 7".
@@ -170,12 +173,10 @@ std::string UserServerFor(const DemoServer& s) {
     return s.users ? s.name : "fxmaster";
 }
 
-void AddSecondaryLines(Store& store, const pb::Device& d, const pb::DeviceType& t) {
-    pb::Device stored = store.GetDevice(d.host_name(), d.name());
-    for (int n = 2; n <= d.configured_lines(); ++n) {
-        bool present = false;
-        for (const pb::DeviceLine& l : stored.secondary_lines()) present |= l.number() == n;
-        if (present) continue;
+// Configures lines 2 .. setUpTo; the device's lines above them stay counted
+// but not configured.
+void AddSecondaryLines(Store& store, const pb::Device& d, const pb::DeviceType& t, int setUpTo) {
+    for (int n = 2; n <= setUpTo; ++n) {
         pb::DeviceLine line;
         line.set_number(n);
         *line.mutable_settings() = MakeLine(t, d.primary().user_server(),
@@ -185,40 +186,53 @@ void AddSecondaryLines(Store& store, const pb::Device& d, const pb::DeviceType& 
     }
 }
 
+// Commits one device of type t, named after it and its serial number, with
+// its lines as lines says (without it: the type's default count, no secondary
+// line configured).
+std::string AddDevice(Store& store, const DemoServer& host, const pb::DeviceType& t, int serial,
+                      const DemoLines* lines) {
+    std::string name = DevicePrefix(t) + std::to_string(serial);
+    pb::Device d = MakeDevice(host.name, name, t, UserServerFor(host), DeviceComment(t, serial));
+    d.mutable_primary()->set_physical_device("/dev/ttyV" + std::to_string(serial));
+    if (t.features().fax() == 1) {
+        d.mutable_primary()->set_tsi("+49 89 5550 " + std::to_string(100 + serial));
+        d.mutable_primary()->set_headline("Example Industries AG");
+    }
+    if (lines) d.set_configured_lines(lines->configured);
+    store.CommitDevice(d);
+    if (lines) AddSecondaryLines(store, d, t, lines->setUpTo);
+    return name;
+}
+
 void FillDevices(Store& store) {
     const std::vector<pb::DeviceType>& types = Store::DeviceTypes();
     int serial = 0, running = 0;
-    bool multiLineDone = false;
+    // The second line that runs is shown stopped and the fourth terminated,
+    // so the console shows every device state.
+    auto setState = [&](const DemoServer& host, const std::string& name) {
+        if (!host.online) return;
+        ++running;
+        pb::DeviceRunState state = pb::DEVICE_RUNNING;
+        if (running == 2) state = pb::DEVICE_STOPPED;
+        if (running == 4) state = pb::DEVICE_TERMINATED;
+        store.SetDeviceState(host.name, name, state);
+    };
     for (size_t i = 0; i < types.size(); ++i) {
         const pb::DeviceType& t = types[i];
         const DemoServer& host = ServerFor(t, i);
+        const DemoLines* lines = nullptr;
+        for (const DemoLines& l : kLines)
+            if (!l.host && l.type == t.id()) lines = &l;
         // A second device of each type on the line server gives the lists some
         // depth; its number keeps names unique when two types share a prefix.
-        for (int copy = 0; copy < (host.name == std::string("fxline01") ? 2 : 1); ++copy) {
-            std::string name = DevicePrefix(t) + std::to_string(++serial);
-            pb::Device d =
-                MakeDevice(host.name, name, t, UserServerFor(host), DeviceComment(t, serial));
-            d.mutable_primary()->set_physical_device("/dev/ttyV" + std::to_string(serial));
-            if (t.features().fax() == 1) {
-                d.mutable_primary()->set_tsi("+49 89 5550 " + std::to_string(100 + serial));
-                d.mutable_primary()->set_headline("Example Industries AG");
-            }
-            if (t.lines_editable() && t.max_lines() >= 2 && !multiLineDone) {
-                d.set_configured_lines(std::min(4, t.max_lines()));
-                multiLineDone = true;
-            }
-            store.CommitDevice(d);
-            if (d.configured_lines() >= 2) AddSecondaryLines(store, d, t);
-            if (host.online) {
-                // The second line that runs is shown stopped and the fourth
-                // terminated, so the console shows every device state.
-                ++running;
-                pb::DeviceRunState state = pb::DEVICE_RUNNING;
-                if (running == 2) state = pb::DEVICE_STOPPED;
-                if (running == 4) state = pb::DEVICE_TERMINATED;
-                store.SetDeviceState(host.name, name, state);
-            }
-        }
+        for (int copy = 0; copy < (host.name == std::string("fxline01") ? 2 : 1); ++copy)
+            setState(host, AddDevice(store, host, t, ++serial, lines));
+    }
+    for (const DemoLines& l : kLines) {
+        if (!l.host) continue;
+        const DemoServer& host = NamedServer(l.host);
+        for (const pb::DeviceType& t : types)
+            if (t.id() == l.type) setState(host, AddDevice(store, host, t, ++serial, &l));
     }
 }
 

@@ -27,6 +27,27 @@ inline const DemoServer kServers[] = {
     {"fxbackup", "Standby line server", false, false, true, "rpc", false, false},
 };
 
+// How far the multi-line devices are set up: their line count and the last
+// line configured on the server. The lines above it are counted but not
+// configured yet, so the device editor shows both kinds of line. An entry
+// without a host shapes the device of its type that FillDevices places; one
+// with a host adds a further device there (a basic-rate connection has a
+// single secondary line, so it takes two devices to show both kinds).
+struct DemoLines {
+    const char* host;
+    int type;        // a device type id
+    int configured;  // the device's line count
+    int setUpTo;     // lines 2 .. setUpTo are configured on the server
+};
+
+inline const DemoLines kLines[] = {
+    {nullptr, 2, 2, 2},    // ISDN basic rate: both channels
+    {nullptr, 3, 30, 24},  // ISDN primary rate: channels 25 to 30 still to come
+    {nullptr, 4, 4, 3},    // DID trunk: the fourth line still to come
+    {nullptr, 6, 3, 2},    // voice port: the third port still to come
+    {"fxsales", 2, 2, 1},  // a new basic-rate connection, second channel still to come
+};
+
 struct DemoPrinter {
     const char* host;
     const char* name;

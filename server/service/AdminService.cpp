@@ -219,8 +219,9 @@ grpc::Status AdminService::ListDeviceTypes(grpc::ServerContext* c, const pb::Emp
         for (const auto& t : Store::DeviceTypes()) *r->add_types() = t;
     });
 }
-grpc::Status AdminService::GetDevice(grpc::ServerContext* c, const pb::Key* k, pb::Device* r) {
-    return Guard(c, [&] { *r = store_.GetDevice(k->host_name(), k->name()); });
+grpc::Status AdminService::GetDevice(grpc::ServerContext* c, const pb::DeviceKey* k,
+                                     pb::Device* r) {
+    return Guard(c, [&] { *r = store_.OpenDevice(k->host_name(), k->name(), k->new_type()); });
 }
 grpc::Status AdminService::CommitDevice(grpc::ServerContext* c, const pb::Device* d,
                                         pb::CommitReply* r) {
@@ -243,9 +244,12 @@ grpc::Status AdminService::DeleteDeviceLine(grpc::ServerContext* c, const pb::Li
     return Guard(c,
                  [&] { store_.DeleteDeviceLine(req->host_name(), req->device(), req->number()); });
 }
-grpc::Status AdminService::DeleteSecondaryLines(grpc::ServerContext* c,
-                                                const pb::DeviceActionRequest* req, pb::Empty*) {
-    return Guard(c, [&] { store_.DeleteSecondaryLines(req->host_name(), req->name()); });
+grpc::Status AdminService::ChangeDeviceType(grpc::ServerContext* c, const pb::DeviceTypeChange* req,
+                                            pb::CommitReply* r) {
+    return Guard(c, [&] {
+        r->set_version(store_.ChangeDeviceType(req->host_name(), req->device(), req->type(),
+                                               req->expected_version()));
+    });
 }
 
 grpc::Status AdminService::GetRoute(grpc::ServerContext* c, const pb::Key* k, pb::Route* r) {

@@ -49,15 +49,15 @@ public:
     grpc::Status DeletePrinter(grpc::ServerContext*, const pb::DeleteRequest*, pb::Empty*) override;
     grpc::Status ListDeviceTypes(grpc::ServerContext*, const pb::Empty*,
                                  pb::DeviceTypeList*) override;
-    grpc::Status GetDevice(grpc::ServerContext*, const pb::Key*, pb::Device*) override;
+    grpc::Status GetDevice(grpc::ServerContext*, const pb::DeviceKey*, pb::Device*) override;
     grpc::Status CommitDevice(grpc::ServerContext*, const pb::Device*, pb::CommitReply*) override;
     grpc::Status DeleteDevice(grpc::ServerContext*, const pb::DeleteRequest*, pb::Empty*) override;
     grpc::Status SaveDeviceLine(grpc::ServerContext*, const pb::SaveLineRequest*,
                                 pb::CommitReply*) override;
     grpc::Status DeleteDeviceLine(grpc::ServerContext*, const pb::LineRequest*,
                                   pb::Empty*) override;
-    grpc::Status DeleteSecondaryLines(grpc::ServerContext*, const pb::DeviceActionRequest*,
-                                      pb::Empty*) override;
+    grpc::Status ChangeDeviceType(grpc::ServerContext*, const pb::DeviceTypeChange*,
+                                  pb::CommitReply*) override;
     grpc::Status GetRoute(grpc::ServerContext*, const pb::Key*, pb::Route*) override;
     grpc::Status CommitRoute(grpc::ServerContext*, const pb::Route*, pb::CommitReply*) override;
     grpc::Status DeleteRoute(grpc::ServerContext*, const pb::DeleteRequest*, pb::Empty*) override;

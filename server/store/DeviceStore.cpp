@@ -1,5 +1,6 @@
 // Printers and line devices of a server, with the device types they come in.
 
+#include <algorithm>
 #include <cmath>
 
 #include "store/Store.h"
@@ -158,6 +159,34 @@ pb::LineSettings LineDefaults() {
     return l;
 }
 
+// A secondary line not yet configured starts from the defaults, delivering to
+// the same user server under the same comment as the device's primary line.
+pb::LineSettings FreshLine(const pb::LineSettings& primary) {
+    pb::LineSettings l = LineDefaults();
+    l.set_comment(primary.comment());
+    l.set_user_server(primary.user_server());
+    return l;
+}
+
+// What one line of a device is called in the line selector: its number, the
+// kind of line that the type's hardware has, and the primary line marked.
+std::string LineName(int type, int number) {
+    const char* kind = "Line";
+    switch (type) {
+        case 2:  // ISDN basic rate
+        case 3:  // ISDN primary rate
+            kind = "B-channel";
+            break;
+        case 4:  // DID trunk
+            kind = "Trunk line";
+            break;
+        case 6:  // voice port
+            kind = "Port";
+            break;
+    }
+    return std::to_string(number) + " " + kind + (number == 1 ? " (primary)" : "");
+}
+
 void ValidateLine(Database& db, const FieldCheck& check, const pb::LineSettings& l) {
     check.Text("the comment", l.comment(), 30, true);
     check.Text("the physical device", l.physical_device(), 30);
@@ -256,6 +285,35 @@ pb::Device Store::GetDevice(const std::string& host, const std::string& name) {
     return d;
 }
 
+pb::Device Store::OpenDevice(const std::string& host, const std::string& name, int newType) {
+    std::lock_guard lock(mutex_);
+    pb::Device d = GetDevice(host, name);
+    if (d.is_new()) {
+        const auto* type = FindType(newType);
+        if (!type) type = &DeviceTypes().front();
+        d.set_type(type->id());
+        d.set_configured_lines(type->default_lines());
+    }
+    // Every line the count includes, the configured ones as stored and the
+    // others as a fresh line, so the editor never has to make one up.
+    std::vector<pb::DeviceLine> stored(d.secondary_lines().begin(), d.secondary_lines().end());
+    d.clear_secondary_lines();
+    auto next = stored.begin();
+    for (int n = 2; n <= d.configured_lines(); ++n) {
+        while (next != stored.end() && next->number() < n) ++next;
+        auto* line = d.add_secondary_lines();
+        if (next != stored.end() && next->number() == n) {
+            *line = *next;
+            continue;
+        }
+        line->set_number(n);
+        *line->mutable_settings() = FreshLine(d.primary());
+    }
+    d.clear_line_names();
+    for (int n = 1; n <= d.configured_lines(); ++n) *d.add_line_names() = LineName(d.type(), n);
+    return d;
+}
+
 int64_t Store::CommitDevice(const pb::Device& d) {
     std::lock_guard lock(mutex_);
     auto check = DeviceCheck(d.host_name(), d.name());
@@ -271,6 +329,7 @@ int64_t Store::CommitDevice(const pb::Device& d) {
     body.clear_host_name();
     body.clear_name();
     body.clear_secondary_lines();
+    body.clear_line_names();
     body.clear_state();
     int64_t id = 0;
     int64_t version =
@@ -342,10 +401,32 @@ void Store::DeleteDeviceLine(const std::string& host, const std::string& device,
     tx.Commit();
 }
 
-void Store::DeleteSecondaryLines(const std::string& host, const std::string& device) {
+int64_t Store::ChangeDeviceType(const std::string& host, const std::string& device, int type,
+                                int64_t expectedVersion) {
     std::lock_guard lock(mutex_);
+    auto check = DeviceCheck(host, device);
+    Transaction tx(*db_);
     int64_t id = RequireDevice(*db_, host, device);
+    auto st = db_->Prepare("SELECT version, body FROM devices WHERE id = ?");
+    st.Bind(1, id);
+    st.Step();
+    int64_t version = NextVersion(check, false, id, st.Int(0), expectedVersion);
+    const auto* newType = FindType(type);
+    if (!newType) check.Fail(pb::ERROR_UNKNOWN_REFERENCE, "the device type is unknown");
+    auto body = ParseBody<pb::Device>(st.Blob(1));
+    body.set_type(type);
+    body.set_configured_lines(
+        std::clamp(body.configured_lines(), newType->min_lines(), newType->max_lines()));
+    // The secondary lines were set up for the old type's hardware; none of
+    // them carries over.
     db_->Prepare("DELETE FROM device_lines WHERE device_id = ?").Bind(1, id).Run();
+    db_->Prepare("UPDATE devices SET version = ?, body = ? WHERE id = ?")
+        .Bind(1, version)
+        .BindBlob(2, body.SerializeAsString())
+        .Bind(3, id)
+        .Run();
+    tx.Commit();
+    return version;
 }
 
 void Store::SetDeviceState(const std::string& host, const std::string& device,

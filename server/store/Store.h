@@ -80,14 +80,23 @@ public:
     // Devices
     static const std::vector<pb::DeviceType>& DeviceTypes();
     std::vector<pb::Device> ListDevices(const std::string& host);
+    // The device with its configured secondary lines only.
     pb::Device GetDevice(const std::string& host, const std::string& name);
+    // The device as the editor shows it: every line 2 .. configured_lines
+    // (those not configured with version 0 and fresh settings) and the line
+    // names. A name that names no device answers a new one of type newType
+    // (0 or unknown: the first type) with that type's default line count.
+    pb::Device OpenDevice(const std::string& host, const std::string& name, int newType = 0);
     int64_t CommitDevice(const pb::Device& d);
     void DeleteDevice(const std::string& host, const std::string& name,
                       int64_t expectedVersion = 0);
     int64_t SaveDeviceLine(const std::string& host, const std::string& device,
                            const pb::DeviceLine& line);
     void DeleteDeviceLine(const std::string& host, const std::string& device, int number);
-    void DeleteSecondaryLines(const std::string& host, const std::string& device);
+    // Deletes every secondary line, stores the type and moves configured_lines
+    // into the type's range, against the device's version; answers the new one.
+    int64_t ChangeDeviceType(const std::string& host, const std::string& device, int type,
+                             int64_t expectedVersion);
     void SetDeviceState(const std::string& host, const std::string& device,
                         pb::DeviceRunState state);
 

@@ -11,48 +11,13 @@
 
 #include "service/Auth.h"
 #include "service/Labels.h"
-#include "service/ServerHost.h"
-#include "sim/Simulator.h"
 #include "tests/DemoTestSupport.h"
-#include "tests/ServiceClient.h"
-#include "tests/StoreFixtures.h"
+#include "tests/ServiceFixture.h"
 
 namespace veldrano::server::testing {
 namespace {
 
-constexpr const char* kPassword = "s3cret pass";
-
-class ServiceTest : public ::testing::Test {
-protected:
-    explicit ServiceTest(int failuresBeforeThrottle = 3) {
-        dir_ = std::filesystem::temp_directory_path() /
-               ("veldrano-service-" + std::to_string(::getpid()) + "-" +
-                std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
-        std::filesystem::create_directories(dir_);
-        ServerOptions options;
-        options.dataPath = (dir_ / "store.sqlite").string();
-        options.listen = "";
-        options.password = kPassword;
-        options.simulate = false;
-        options.loginFailuresBeforeThrottle = failuresBeforeThrottle;
-        host_ = std::make_unique<ServerHost>(options);
-        SeedInstallation(host_->GetStore());
-        host_->GetSimulator().EnsureProcessSlots();
-        client_ = std::make_unique<ServiceClient>(host_->InProcessChannel());
-    }
-    ~ServiceTest() override {
-        client_.reset();
-        host_.reset();
-        std::filesystem::remove_all(dir_);
-    }
-
-    ServiceClient& client() { return *client_; }
-    Store& store() { return host_->GetStore(); }
-
-    std::filesystem::path dir_;
-    std::unique_ptr<ServerHost> host_;
-    std::unique_ptr<ServiceClient> client_;
-};
+using ServiceTest = ServiceFixture;
 
 TEST_F(ServiceTest, LoginAcceptsOnlyThePasswordAndEveryOtherCallNeedsTheToken) {
     pb::Server server;

@@ -3,7 +3,20 @@
 // servers with different roles, users on two of them, a group across both,
 // printers and devices on the first, and two routing zones.
 
+#include <gtest/gtest.h>
+
 #include "store/Store.h"
+
+// Expects statement to throw a ServiceError with the expected code.
+#define EXPECT_REFUSED(statement, expected)              \
+    do {                                                 \
+        try {                                            \
+            statement;                                   \
+            ADD_FAILURE() << #statement " was accepted"; \
+        } catch (const ServiceError& e) {                \
+            EXPECT_EQ(e.code(), expected) << e.what();   \
+        }                                                \
+    } while (0)
 
 namespace veldrano::server::testing {
 

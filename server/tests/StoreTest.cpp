@@ -12,16 +12,6 @@
 namespace veldrano::server::testing {
 namespace {
 
-#define EXPECT_REFUSED(statement, expected)              \
-    do {                                                 \
-        try {                                            \
-            statement;                                   \
-            ADD_FAILURE() << #statement " was accepted"; \
-        } catch (const ServiceError& e) {                \
-            EXPECT_EQ(e.code(), expected) << e.what();   \
-        }                                                \
-    } while (0)
-
 class StoreTest : public ::testing::Test {
 protected:
     void SetUp() override { SeedInstallation(*store); }

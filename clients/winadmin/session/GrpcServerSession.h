@@ -78,14 +78,15 @@ public:
 
     std::vector<DeviceTypeRecord> DeviceTypes() override;
     std::vector<DeviceRecord> Devices(const QString& host) override;
-    DeviceRecord GetDevice(const QString& host, const QString& name) override;
+    DeviceRecord GetDevice(const QString& host, const QString& name, int newType = 0) override;
     int64_t CommitDevice(const DeviceRecord& device) override;
     void DeleteDevice(const QString& host, const QString& name,
                       int64_t expectedVersion = 0) override;
     int64_t SaveDeviceLine(const QString& host, const QString& device,
                            const DeviceLineRecord& line) override;
     void DeleteDeviceLine(const QString& host, const QString& device, int number) override;
-    void DeleteSecondaryLines(const QString& host, const QString& device) override;
+    int64_t ChangeDeviceType(const QString& host, const QString& device, int type,
+                             int64_t expectedVersion) override;
     void StartDevice(const QString& host, const QString& name) override;
     void StopDevice(const QString& host, const QString& name) override;
     void TerminateDevice(const QString& host, const QString& name) override;

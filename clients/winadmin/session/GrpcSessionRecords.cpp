@@ -193,8 +193,12 @@ std::vector<DeviceRecord> GrpcServerSession::Devices(const QString& host) {
     return VELDRANO_LIST(pb::Device, ListDevices, ListOf(host), pb::DevicePage, devices);
 }
 
-DeviceRecord GrpcServerSession::GetDevice(const QString& host, const QString& name) {
-    return VELDRANO_UNARY(pb::Device, GetDevice, MakeKey(host, name));
+DeviceRecord GrpcServerSession::GetDevice(const QString& host, const QString& name, int newType) {
+    pb::DeviceKey key;
+    key.set_host_name(host.toStdString());
+    key.set_name(name.toStdString());
+    key.set_new_type(newType);
+    return VELDRANO_UNARY(pb::Device, GetDevice, key);
 }
 
 int64_t GrpcServerSession::CommitDevice(const DeviceRecord& device) {
@@ -223,8 +227,14 @@ void GrpcServerSession::DeleteDeviceLine(const QString& host, const QString& dev
     VELDRANO_ACTION(DeleteDeviceLine, request);
 }
 
-void GrpcServerSession::DeleteSecondaryLines(const QString& host, const QString& device) {
-    VELDRANO_ACTION(DeleteSecondaryLines, DeviceAction(host, device));
+int64_t GrpcServerSession::ChangeDeviceType(const QString& host, const QString& device, int type,
+                                            int64_t expectedVersion) {
+    pb::DeviceTypeChange request;
+    request.set_host_name(host.toStdString());
+    request.set_device(device.toStdString());
+    request.set_type(type);
+    request.set_expected_version(expectedVersion);
+    return VELDRANO_VERSION(ChangeDeviceType, request);
 }
 
 void GrpcServerSession::StartDevice(const QString& host, const QString& name) {

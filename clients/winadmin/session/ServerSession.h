@@ -106,7 +106,11 @@ public:
 
     virtual std::vector<DeviceTypeRecord> DeviceTypes() = 0;
     virtual std::vector<DeviceRecord> Devices(const QString& host) = 0;
-    virtual DeviceRecord GetDevice(const QString& host, const QString& name) = 0;
+    // The device as the editor shows it: every line 2 .. configured lines by
+    // number (a line not configured on the server has version 0 and fresh
+    // settings) and each line's name. A name that names no device answers a
+    // new one of type newType (0: the server's first type).
+    virtual DeviceRecord GetDevice(const QString& host, const QString& name, int newType = 0) = 0;
     // Commits the device with its primary line; secondary lines are saved one
     // by one through SaveDeviceLine.
     virtual int64_t CommitDevice(const DeviceRecord& device) = 0;
@@ -115,7 +119,11 @@ public:
     virtual int64_t SaveDeviceLine(const QString& host, const QString& device,
                                    const DeviceLineRecord& line) = 0;
     virtual void DeleteDeviceLine(const QString& host, const QString& device, int number) = 0;
-    virtual void DeleteSecondaryLines(const QString& host, const QString& device) = 0;
+    // One request and one transaction on the server: the version is checked,
+    // every secondary line is deleted, the type is stored and the line count
+    // moved into the type's range, or nothing happens. Answers the new version.
+    virtual int64_t ChangeDeviceType(const QString& host, const QString& device, int type,
+                                     int64_t expectedVersion) = 0;
     virtual void StartDevice(const QString& host, const QString& name) = 0;
     virtual void StopDevice(const QString& host, const QString& name) = 0;
     virtual void TerminateDevice(const QString& host, const QString& name) = 0;
