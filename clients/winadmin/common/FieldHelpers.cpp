@@ -223,6 +223,19 @@ bool CheckFieldRange(QWidget* control, const QString& labelCaption, double from,
     return false;
 }
 
+std::optional<double> ParseDecimal(const QString& text) {
+    double value = 0;
+    if (!IsNumber(text, &value)) return std::nullopt;
+    return value;
+}
+
+QString FormatDecimal(double value, int decimals) {
+    QString text = QString::number(value, 'f', decimals);
+    if (DecimalSeparator() != QLatin1String("."))
+        text.replace(QLatin1Char('.'), DecimalSeparator());
+    return text;
+}
+
 QString NoneText() {
     return GetLabel(QStringLiteral("(None)"));
 }
@@ -300,7 +313,10 @@ void SetFieldLocked(QLineEdit* field, bool locked) {
 void SetContainerEnabled(QWidget* container, bool enabled) {
     if (!container) return;
     container->setEnabled(enabled);
-    for (QLineEdit* edit : container->findChildren<QLineEdit*>()) {
+    QList<QLineEdit*> edits = container->findChildren<QLineEdit*>();
+    // A single field is its own container.
+    if (auto* field = qobject_cast<QLineEdit*>(container)) edits.prepend(field);
+    for (QLineEdit* edit : edits) {
         // The line edits inside combo and spin boxes keep their owners' look.
         if (qobject_cast<QComboBox*>(edit->parentWidget()) ||
             qobject_cast<QAbstractSpinBox*>(edit->parentWidget()))

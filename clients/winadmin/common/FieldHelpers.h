@@ -7,6 +7,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 class QComboBox;
 class QLineEdit;
@@ -63,6 +64,12 @@ QString FieldEmptyMessage(const QString& labelCaption);
 // focus on the field, and false.
 bool CheckFieldRange(QWidget* control, const QString& labelCaption, double from, double to);
 
+// A number as the administrator types it (the user's decimal separator);
+// nothing for a text that is no number.
+std::optional<double> ParseDecimal(const QString& text);
+// value with exactly decimals places and the user's decimal separator: the
+// format "#0.0000" for decimals 4.
+QString FormatDecimal(double value, int decimals);
 // "1..99".
 QString FormatRange(double from, double to);
 // The text that stands for no object: no user, no printer, no host.

@@ -288,7 +288,19 @@ EditorFrame::SaveResult EditorFrame::SaveIfModified() {
         return confirmation == Confirmation::CloseUnsaved ? SaveResult::ClosedUnsaved
                                                           : SaveResult::Failed;
     // Show what the server stored, back in Shown.
-    return LoadByIdentity() ? SaveResult::Saved : SaveResult::Failed;
+    if (!LoadByIdentity()) return SaveResult::Failed;
+    return KeepOpenAfterSave() ? SaveResult::KeptOpen : SaveResult::Saved;
+}
+
+bool EditorFrame::ReloadRecord() {
+    if (state_ != EditorState::NewObject) return LoadByIdentity();
+    BusyPointer busy;
+    if (!CallSession([&] { FetchRecord(); })) return false;
+    Loading([&] {
+        LoadFields();
+        EnableRules();
+    });
+    return true;
 }
 
 bool EditorFrame::AskSaveChanges() {
@@ -299,8 +311,10 @@ bool EditorFrame::AskSaveChanges() {
     question.icon = PromptIcon::Question;
     question.buttons = PromptButtons::YesNoCancel;
     switch (ThePrompter().Show(question)) {
-        case Answer::Yes:
-            return SaveIfModified() != SaveResult::Failed;
+        case Answer::Yes: {
+            const SaveResult result = SaveIfModified();
+            return result == SaveResult::Saved || result == SaveResult::ClosedUnsaved;
+        }
         case Answer::No:
             return true;
         default:
@@ -328,6 +342,7 @@ void EditorFrame::PressOK() {
     if (IsModified(state_)) {
         switch (SaveIfModified()) {
             case SaveResult::Failed:
+            case SaveResult::KeptOpen:
                 return;
             case SaveResult::ClosedUnsaved:
                 Unload(QDialog::Rejected);

@@ -126,6 +126,14 @@ protected:
     // Changes of the field mark the dialog changed.
     void WatchField(QWidget* field);
 
+    // Fetches the object again and shows what the server holds, after the
+    // editor wrote something of it on its own (a device's lines, say). A new
+    // object stays new; an existing one is shown unchanged.
+    bool ReloadRecord();
+    // Something was written to the server outside a save: the caller's
+    // list is refreshed when the dialog closes.
+    void NoteSaved() { saved_ = -1; }
+
     // The exclamation message by key, titled with the dialog's caption; the
     // focus goes to the field (its page brought to the front). Answers false
     // so that a check can end with it.
@@ -150,6 +158,9 @@ protected:
     virtual void EnableRules() {}
     // Asked after validation and before anything is written.
     virtual Confirmation ConfirmSave(Action) { return Confirmation::Proceed; }
+    // Asked after a save that would close the dialog: true keeps it open
+    // (the editor holds edits that this save did not write, and shows them).
+    virtual bool KeepOpenAfterSave() { return false; }
     // Fetches the object that Key() or Index() names and keeps its record.
     // Throws SessionError.
     virtual Lookup FetchRecord() = 0;
@@ -169,7 +180,7 @@ protected:
 private:
     friend class EditorFrameProbe;  // the tests' view of the lifecycle
 
-    enum class SaveResult { Saved, Failed, ClosedUnsaved };
+    enum class SaveResult { Saved, KeptOpen, Failed, ClosedUnsaved };
 
     void StartUp();
     void SetEditorState(EditorState state);

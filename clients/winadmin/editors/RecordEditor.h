@@ -35,6 +35,18 @@ protected:
     const Record& Kept() const { return kept_; }
     Record& Edited() { return edited_; }
 
+    // For an editor that shows parts of its record in turn (a device's
+    // lines): the fields written into record as a save writes them, and
+    // filled from record as a load fills them.
+    void CollectFields(Record& record) const {
+        for (const auto& binding : bindings_) binding->WriteTo(record);
+    }
+    void ShowFields(const Record& record) {
+        Loading([&] {
+            for (const auto& binding : bindings_) binding->LoadFrom(record);
+        });
+    }
+
     // --- What the editor supplies --------------------------------------------
     // The record that Key() or Index() names (is_new with defaults when none).
     virtual Record Fetch() = 0;

@@ -21,6 +21,7 @@ using DeviceRecord = pb::Device;
 using DeviceLineRecord = pb::DeviceLine;
 using LineSettingsRecord = pb::LineSettings;
 using DeviceTypeRecord = pb::DeviceType;
+using DeviceFeaturesRecord = pb::DeviceFeatures;
 using ProcessRecord = pb::Process;
 using EventRecord = pb::Event;
 using RouteRecord = pb::Route;

@@ -2,6 +2,7 @@
 // viewer adds its one line here.
 
 #include "editors/frmAdministratorDetails.h"
+#include "editors/frmDeviceDetails.h"
 #include "editors/frmGatewayUser.h"
 #include "editors/frmGroupDetails.h"
 #include "editors/frmServerDetails.h"
@@ -23,6 +24,9 @@ const std::vector<ObjectWindow>& ObjectWindowCatalog() {
         {{QStringLiteral("Group"), QStringLiteral("Groups")},
          QStringLiteral("GroupName"),
          &OpenEditor<frmGroupDetails>},
+        {{QStringLiteral("Device"), QStringLiteral("Devices")},
+         QStringLiteral("DeviceName"),
+         &OpenEditor<frmDeviceDetails>},
         {{QStringLiteral("Administrator")},
          QStringLiteral("Administrator"),
          &OpenEditor<frmAdministratorDetails>},
