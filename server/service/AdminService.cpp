@@ -29,6 +29,7 @@ grpc::StatusCode TransportCode(pb::Error code) {
         case pb::ERROR_LINE_NOT_CONFIGURED:
         case pb::ERROR_ROLE_MISSING:
         case pb::ERROR_ROLE_OBJECTS_REMAIN:
+        case pb::ERROR_STILL_NAMED:
             return grpc::StatusCode::FAILED_PRECONDITION;
         default:
             return grpc::StatusCode::INVALID_ARGUMENT;

@@ -82,8 +82,9 @@ void Store::DeletePrinter(const std::string& host, const std::string& name,
                           int64_t expectedVersion) {
     std::lock_guard lock(mutex_);
     Transaction tx(*db_);
-    DeleteRow(*db_, kPrinters, RequireServer(*db_, host), name, PrinterCheck(host, name),
-              expectedVersion);
+    const int64_t server = RequireServer(*db_, host);
+    DeleteRow(*db_, kPrinters, server, name, PrinterCheck(host, name), expectedVersion);
+    RefuseDanglingReferences(*db_, PrinterCheck(host, name), server);
     tx.Commit();
 }
 

@@ -264,11 +264,12 @@ constexpr RoleObjects kRoleObjects[] = {
 };
 
 // For each role that s lacks while the server still has objects of it: deletes
-// those objects when confirmed (group memberships and device lines go with
-// them through the schema's cascades, as with one delete per object), refuses
+// those objects when confirmed (answering whether it deleted any) (group memberships and device
+// lines go with them through the schema's cascades, as with one delete per object), refuses
 // otherwise. Runs inside the commit's transaction, so a refusal undoes it all.
-void RemoveRoleObjects(Database& db, int64_t serverId, const pb::Server& s,
+bool RemoveRoleObjects(Database& db, int64_t serverId, const pb::Server& s,
                        const pb::RoleObjectDeletion& confirmed) {
+    bool removed = false;
     for (const RoleObjects& objects : kRoleObjects) {
         if ((s.*objects.role)()) continue;
         const std::string table = objects.table;
@@ -281,7 +282,9 @@ void RemoveRoleObjects(Database& db, int64_t serverId, const pb::Server& s,
                 pb::ERROR_ROLE_OBJECTS_REMAIN,
                 std::to_string(n) + " " + (n == 1 ? table.substr(0, table.size() - 1) : table));
         db.Prepare("DELETE FROM " + table + " WHERE server_id = ?").Bind(1, serverId).Run();
+        removed = true;
     }
+    return removed;
 }
 
 }  // namespace
@@ -315,7 +318,9 @@ int64_t Store::CommitServer(const pb::Server& s, const pb::RoleObjectDeletion& c
     int64_t id = 0;
     int64_t version = Upsert(*db_, kServers, 0, s.name(), ServerCheck(s.name()), s.is_new(),
                              s.version(), Body(body), &id);
-    RemoveRoleObjects(*db_, id, s, confirmed);
+    // What routes or the server's own users name must not go with a role.
+    if (RemoveRoleObjects(*db_, id, s, confirmed))
+        RefuseDanglingReferences(*db_, ServerCheck(s.name()), s.printer_server() ? 0 : id);
     tx.Commit();
     return version;
 }
@@ -326,6 +331,7 @@ void Store::DeleteServer(const std::string& name, int64_t expectedVersion) {
     // Users, printers, devices, their lines, memberships, processes and events
     // go with it through the cascades of the schema.
     DeleteRow(*db_, kServers, 0, name, ServerCheck(name), expectedVersion);
+    RefuseDanglingReferences(*db_, ServerCheck(name));
     tx.Commit();
 }
 

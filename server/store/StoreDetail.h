@@ -72,4 +72,10 @@ void RequireRole(Database& db, int64_t serverId, bool (pb::Server::*role)() cons
 void RequireUserRef(Database& db, const FieldCheck& check, const char* field,
                     const pb::UserRef& ref);
 
+// Refuses a deletion, with ERROR_STILL_NAMED and the records that name what
+// it took away, when a route names a user, group or server that is gone or,
+// for printerServerId, a user of that server names a printer that is gone.
+// Called inside the deletion's transaction, after the deletion.
+void RefuseDanglingReferences(Database& db, const FieldCheck& deleted, int64_t printerServerId = 0);
+
 }  // namespace veldrano::server::detail

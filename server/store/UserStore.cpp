@@ -138,6 +138,7 @@ void Store::DeleteUser(const std::string& host, const std::string& name, int64_t
     // Group memberships go with the user through the schema's cascade.
     DeleteRow(*db_, kUsers, RequireServer(*db_, host), name, UserCheck(host, name),
               expectedVersion);
+    RefuseDanglingReferences(*db_, UserCheck(host, name));
     tx.Commit();
 }
 
@@ -256,6 +257,7 @@ void Store::DeleteGroup(const std::string& name, int64_t expectedVersion) {
     std::lock_guard lock(mutex_);
     Transaction tx(*db_);
     DeleteRow(*db_, kGroups, 0, name, GroupCheck(name), expectedVersion);
+    RefuseDanglingReferences(*db_, GroupCheck(name));
     tx.Commit();
 }
 

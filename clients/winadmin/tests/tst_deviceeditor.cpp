@@ -88,27 +88,18 @@ private:
     int count_ = 0;
 };
 
-// Sets a control as a person does, its page brought to the front first.
-// "edtScannerUser=pick" chooses the first user the selection offers.
+// Sets a control as EditorDriver::Set does; "edtScannerUser=pick" chooses
+// the first user the selection offers.
 void Set(EditorDriver& editor, const QString& assignment) {
-    const QString value = assignment.section(u'=', 1);
-    auto* control = editor.Field<QWidget>(qPrintable(assignment.section(u'=', 0, 0)));
-    QVERIFY2(control && ShowPageOf(control), qPrintable(assignment));
-    if (auto* combo = qobject_cast<QComboBox*>(control)) {
-        combo->setCurrentIndex(combo->findText(value));
-    } else if (auto* box = qobject_cast<QAbstractButton*>(control)) {
-        if (box->isChecked() != (value == QLatin1String("1"))) QTest::keyClick(box, Qt::Key_Space);
-    } else if (value == QLatin1String("pick")) {
-        WhenShown<frmUserSelection>([](frmUserSelection& dialog) {
-            // The list fills a moment after the dialog shows.
-            auto* users = Child<QTreeView>(dialog, "lvUsers");
-            QTRY_VERIFY(users->model()->rowCount() > 1);
-            ClickRow(users, 1, {}, true);
-        });
-        editor.Click("cmdScannerUser");
-    } else {
-        Retype(qobject_cast<QLineEdit*>(control), value);
-    }
+    if (assignment != QLatin1String("edtScannerUser=pick")) return editor.Set(assignment);
+    ShowPageOf(editor.Field<QWidget>("edtScannerUser"));
+    WhenShown<frmUserSelection>([](frmUserSelection& dialog) {
+        // The list fills a moment after the dialog shows.
+        auto* users = Child<QTreeView>(dialog, "lvUsers");
+        QTRY_VERIFY(users->model()->rowCount() > 1);
+        ClickRow(users, 1, {}, true);
+    });
+    editor.Click("cmdScannerUser");
 }
 
 void ChooseServer(EditorDriver& editor, const QString& host) {
@@ -118,14 +109,6 @@ void ChooseServer(EditorDriver& editor, const QString& host) {
         selection.Select("lvServers", {host}, true);
     });
     editor.Click("cmdUserServer");
-}
-
-QString EmptyMessage(const char* field) {
-    return QStringLiteral("The field '%1' cannot be empty.").arg(QLatin1String(field));
-}
-QString RangeMessage(const char* field, const char* from, const char* to) {
-    return QStringLiteral("The valid range for '%1' is from %2 to %3.")
-        .arg(QLatin1String(field), QLatin1String(from), QLatin1String(to));
 }
 
 bool Enabled(EditorDriver& editor, const char* control) {

@@ -203,12 +203,12 @@ void TestExplorer::RefreshKeepsTheView() {
     QCOMPARE(main->List()->DetailsView()->header()->sortIndicatorOrder(), Qt::DescendingOrder);
 
     // A node that has gone leaves the nearest one still there selected.
-    ExplorerFixture::Click(*main, QStringLiteral("fxmasterPrintersfax-out"));
-    store.DeletePrinter("fxmaster", "fax-out");
+    ExplorerFixture::Click(*main, QStringLiteral("fxprint01Printersljfast"));
+    store.DeletePrinter("fxprint01", "ljfast");
     main->MenuEntry(QStringLiteral("mnuViewRefresh"))->trigger();
-    QCOMPARE(Key(tree->currentItem()), QStringLiteral("fxmasterPrinters"));
-    QCOMPARE(model->FindText(QStringLiteral("fax-out")), -1);
-    QCOMPARE(model->rowCount(), int(store.ListPrinters("fxmaster").size()));
+    QCOMPARE(Key(tree->currentItem()), QStringLiteral("fxprint01Printers"));
+    QCOMPARE(model->FindText(QStringLiteral("ljfast")), -1);
+    QCOMPARE(model->rowCount(), int(store.ListPrinters("fxprint01").size()));
 }
 
 void TestExplorer::FailedCallsAreShownAndTheWindowStaysUsable() {

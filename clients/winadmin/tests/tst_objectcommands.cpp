@@ -50,8 +50,9 @@ void TestObjectCommands::DeleteReachesEveryKind() {
          [&] { return store.GetGatewayUser("smtp.example.com", "jmueller@example.com").is_new(); }},
         {{"User", "jmueller", "fxmaster"},
          [&] { return store.GetUser("fxmaster", "jmueller").is_new(); }},
-        {{"Printer", "lj-acc", "fxmaster"},
-         [&] { return store.GetPrinter("fxmaster", "lj-acc").is_new(); }},
+        // A printer no user prints on (those are refused while users do).
+        {{"Printer", "ljfast", "fxprint01"},
+         [&] { return store.GetPrinter("fxprint01", "ljfast").is_new(); }},
         {{"Device", QString::fromStdString(device), "fxline01"},
          [&] { return store.GetDevice("fxline01", device).is_new(); }},
         // Zones, rates and destinations by their place in the list.

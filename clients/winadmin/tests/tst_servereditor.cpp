@@ -27,6 +27,13 @@ FormParameterList Host(const QString& host) {
 }
 const FormParameterList kNew = {{QStringLiteral("New"), QString()}};
 
+// Routes name their target users, and a server keeps users that a route
+// names: these go first when a test takes a server's users away.
+void DeleteRoutesTo(veldrano::server::Store& store, const std::string& host) {
+    for (const RouteRecord& route : store.ListRoutes())
+        if (route.user().host_name() == host) store.DeleteRoute(route.name(), route.version());
+}
+
 bool Reachable() {
     try {
         TheSession()->GetServer(QStringLiteral("fxmaster"));
@@ -210,7 +217,16 @@ void TestServerEditor::RoleRemovalAsksInOrderThenDeletesTheRolesObjects() {
     QVERIFY(editor.dialog.isVisible());
     QCOMPARE(Store().GetServer("fxmaster").version(), before.version());
     QCOMPARE(Store().ListUsers("fxmaster").size(), users);
-    // Yes to both: the roles go with their objects.
+    // Yes to both while routes deliver to its users: the server refuses,
+    // naming the routes, and nothing goes.
+    fx_->prompter.Answer({Answer::Yes, Answer::Yes, Answer::OK});
+    editor.Click("cmdOK");
+    QVERIFY(fx_->prompter.LastPrompt().text.contains(QLatin1String("route 'night'")));
+    QVERIFY(fx_->prompter.LastPrompt().text.contains(QLatin1String("(81010011)")));
+    QVERIFY(editor.dialog.isVisible());
+    QCOMPARE(Store().ListUsers("fxmaster").size(), users);
+    // Once no route names them: the roles go with their objects.
+    DeleteRoutesTo(Store(), "fxmaster");
     fx_->prompter.Answer({Answer::Yes, Answer::Yes});
     editor.Click("cmdOK");
     QVERIFY(!editor.dialog.isVisible());
@@ -252,6 +268,7 @@ void TestServerEditor::RoleRemovalRetriedAfterTheServerCameBack() {
     fx_->StartDemo(true);  // over TCP, so that the server can be stopped
     for (const bool retry : {true, false}) {
         const QByteArray host = retry ? "fxmaster" : "fxsales";
+        DeleteRoutesTo(Store(), host.toStdString());
         const int base = int(fx_->prompter.Prompts().size());
         ServerEditor editor(Host(QString::fromLatin1(host)));
         editor.Field<QCheckBox>("chkUserServer")->setChecked(false);

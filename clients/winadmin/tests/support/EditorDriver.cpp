@@ -1,10 +1,13 @@
 #include "support/EditorDriver.h"
 
 #include <QAbstractButton>
+#include <QComboBox>
 #include <QTest>
 #include <QTimer>
 #include <QTreeView>
 
+#include "common/FieldHelpers.h"
+#include "common/Pages.h"
 #include "lists/ListModel.h"
 
 namespace winadmin {
@@ -36,6 +39,33 @@ void EditorDriver::Select(const char* list, const QStringList& names, bool doubl
         ClickRow(Field<QTreeView>(list), row, modifiers, doubleClick);
         modifiers = Qt::ControlModifier;
     }
+}
+
+void EditorDriver::Set(const QString& assignment) {
+    const QString value = assignment.section(u'=', 1);
+    auto* control = Field<QWidget>(qPrintable(assignment.section(u'=', 0, 0)));
+    QVERIFY2(control && ShowPageOf(control), qPrintable(assignment));
+    if (auto* combo = qobject_cast<QComboBox*>(control))
+        combo->setCurrentIndex(combo->findText(value));
+    else if (qobject_cast<QAbstractButton*>(control) && Shown(control) != value)
+        QTest::keyClick(control, Qt::Key_Space);
+    else if (auto* field = qobject_cast<QLineEdit*>(control))
+        Retype(field, value);
+}
+
+QString EditorDriver::Shown(const QWidget* control) {
+    if (auto* box = qobject_cast<const QAbstractButton*>(control))
+        return box->isChecked() ? QStringLiteral("1") : QStringLiteral("0");
+    return FieldText(control);
+}
+
+QString EmptyMessage(const char* field) {
+    return QStringLiteral("The field '%1' cannot be empty.").arg(QLatin1String(field));
+}
+
+QString RangeMessage(const char* field, const char* from, const char* to) {
+    return QStringLiteral("The valid range for '%1' is from %2 to %3.")
+        .arg(QLatin1String(field), QLatin1String(from), QLatin1String(to));
 }
 
 void EditorDriver::Show(const FormParameterList& request) {

@@ -25,6 +25,13 @@ public:
     void Key(const char* field, Qt::Key key);
     void Click(const char* button);
     void Paste(const char* field, const QString& text) { winadmin::Paste(Field(field), text); }
+    // Sets a control as a person does, its page brought to the front first:
+    // types into a text field, picks a list entry by its text, presses Space
+    // on a box or option whose state is to change. assignment: "name=value".
+    void Set(const QString& assignment);
+    // What a control shows, as Set takes it: its text, or "1" for a checked
+    // box or option and "0" for one that is not.
+    static QString Shown(const QWidget* control);
 
     // A list view's rows and their first column.
     const ListModel& List(const char* list) const;
@@ -41,6 +48,10 @@ public:
 private:
     QWidget& window_;
 };
+
+// The messages of a refused field, as the English labels make them.
+QString EmptyMessage(const char* field);
+QString RangeMessage(const char* field, const char* from, const char* to);
 
 template <class Dialog>
 struct DialogHolder {

@@ -1,5 +1,7 @@
 #include "support/TestServer.h"
 
+#include <sqlite3.h>
+
 #include <stdexcept>
 
 #include "service/ServerHost.h"
@@ -75,6 +77,17 @@ void TestServer::AddUserServer(const QString& name) {
     server.set_printer_server(true);
     server.set_device_server(true);
     GetStore().CommitServer(server);
+}
+
+void TestServer::RunSqlBehindTheServer(const char* sql) {
+    sqlite3* db = nullptr;
+    const std::string path = dir_.filePath(QStringLiteral("store.db")).toStdString();
+    int rc = sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr);
+    if (rc == SQLITE_OK) rc = sqlite3_busy_timeout(db, 5000);
+    if (rc == SQLITE_OK) rc = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
+    const std::string error = rc == SQLITE_OK ? std::string() : sqlite3_errmsg(db);
+    sqlite3_close(db);
+    if (!error.empty()) throw std::runtime_error("store SQL failed: " + error);
 }
 
 void TestServer::AddUsers(const QString& host, int count, const QString& prefix) {

@@ -53,6 +53,10 @@ public:
     // with the server's defaults and the given comment.
     void AddUserServer(const QString& name);
     void AddUsers(const QString& host, int count, const QString& prefix = QStringLiteral("u"));
+    // Runs SQL on the store file through a connection of its own, bypassing
+    // every check of the server: for states that only a store written by an
+    // older release can hold.
+    void RunSqlBehindTheServer(const char* sql);
 
 private:
     void Start(const std::string& listen, const QString& password);

@@ -1,0 +1,145 @@
+// References kept in record bodies: a route's user, group and poll server,
+// and a user's printer. A commit must not store a reference to something that
+// is gone, and a deletion (of one record, a server or a role's objects) must
+// not leave one behind: it is refused as a whole, naming who still refers.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "tests/DemoTestSupport.h"
+#include "tests/StoreFixtures.h"
+
+namespace veldrano::server::testing {
+namespace {
+
+class ReferenceTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        SeedInstallation(*store);
+        auto route = store->GetRoute("sales-in");
+        route.set_comment("Sales inbound");
+        route.mutable_user()->set_user_name("alice");
+        route.mutable_user()->set_host_name("alpha");
+        route.set_group("Sales");
+        route.set_poll_server("beta");
+        store->CommitRoute(route);
+        auto alice = store->GetUser("alpha", "alice");
+        alice.set_printer("laser1");
+        store->CommitUser(alice);
+    }
+
+    // Expects a refusal with code whose description names every text of mentions.
+    void ExpectRefused(const std::function<void()>& call, pb::Error code,
+                       std::initializer_list<const char*> mentions) {
+        try {
+            call();
+            ADD_FAILURE() << "accepted";
+        } catch (const ServiceError& e) {
+            EXPECT_EQ(e.code(), code) << e.what();
+            for (const char* text : mentions)
+                EXPECT_NE(std::string(e.what()).find(text), std::string::npos)
+                    << e.what() << " does not name " << text;
+        }
+    }
+
+    // Changes the route so that it names none of the seeded objects.
+    void ReleaseRoute() {
+        auto route = store->GetRoute("sales-in");
+        route.clear_user();
+        route.clear_group();
+        route.clear_poll_server();
+        store->CommitRoute(route);
+    }
+
+    TempStore store;
+};
+
+TEST_F(ReferenceTest, ARouteCannotNameWhatIsNotThere) {
+    const pb::Route stored = store->GetRoute("sales-in");
+    const std::pair<const char*, std::function<void(pb::Route&)>> cases[] = {
+        {"gone@alpha", [](pb::Route& r) { r.mutable_user()->set_user_name("gone"); }},
+        {"alice@nowhere", [](pb::Route& r) { r.mutable_user()->set_host_name("nowhere"); }},
+        {"'Nobody'", [](pb::Route& r) { r.set_group("Nobody"); }},
+        {"'omega'", [](pb::Route& r) { r.set_poll_server("omega"); }},
+    };
+    for (const auto& [named, change] : cases) {
+        pb::Route route = stored;
+        route.set_poll_document("changed");
+        change(route);
+        ExpectRefused([&] { store->CommitRoute(route); }, pb::ERROR_UNKNOWN_REFERENCE, {named});
+    }
+    EXPECT_EQ(store->GetRoute("sales-in").version(), stored.version());
+    EXPECT_EQ(store->GetRoute("sales-in").poll_document(), "");
+    // "(None)" everywhere is an empty name, which is allowed.
+    ReleaseRoute();
+    EXPECT_TRUE(store->GetRoute("sales-in").group().empty());
+}
+
+TEST_F(ReferenceTest, WhatARouteNamesIsNotDeleted) {
+    const int64_t alice = store->GetUser("alpha", "alice").version();
+    ExpectRefused([&] { store->DeleteUser("alpha", "alice", alice); }, pb::ERROR_STILL_NAMED,
+                  {"'sales-in'", "alice@alpha"});
+    ExpectRefused([&] { store->DeleteGroup("Sales", store->GetGroup("Sales").version()); },
+                  pb::ERROR_STILL_NAMED, {"'sales-in'", "'Sales'"});
+    // The poll server, and a server whose users a route names, go with
+    // neither a delete nor a role taken away.
+    ExpectRefused([&] { store->DeleteServer("beta", store->GetServer("beta").version()); },
+                  pb::ERROR_STILL_NAMED, {"'sales-in' polls the server 'beta'"});
+    ExpectRefused([&] { store->DeleteServer("alpha", store->GetServer("alpha").version()); },
+                  pb::ERROR_STILL_NAMED, {"alice@alpha"});
+    auto noUsers = store->GetServer("alpha");
+    noUsers.set_user_server(false);
+    pb::RoleObjectDeletion confirmed;
+    confirmed.set_users(true);
+    ExpectRefused([&] { store->CommitServer(noUsers, confirmed); }, pb::ERROR_STILL_NAMED,
+                  {"alice@alpha"});
+
+    // Nothing of it happened.
+    EXPECT_EQ(store->GetUser("alpha", "alice").version(), alice);
+    EXPECT_EQ(store->GetGroup("Sales").members_size(), 2);
+    EXPECT_TRUE(store->GetServer("alpha").user_server());
+    EXPECT_EQ(store->ListUsers("beta").size(), 1u);
+
+    // Once the route names others, each goes.
+    ReleaseRoute();
+    store->DeleteGroup("Sales", store->GetGroup("Sales").version());
+    store->DeleteServer("beta", store->GetServer("beta").version());
+    store->DeleteUser("alpha", "alice", alice);
+    EXPECT_TRUE(store->GetUser("alpha", "alice").is_new());
+}
+
+TEST_F(ReferenceTest, APrinterThatUsersPrintOnIsNotDeleted) {
+    const int64_t laser = store->GetPrinter("alpha", "laser1").version();
+    ExpectRefused([&] { store->DeletePrinter("alpha", "laser1", laser); }, pb::ERROR_STILL_NAMED,
+                  {"user 'alice' prints on 'laser1'"});
+    auto noPrinters = store->GetServer("alpha");
+    noPrinters.set_printer_server(false);
+    pb::RoleObjectDeletion confirmed;
+    confirmed.set_printers(true);
+    ExpectRefused([&] { store->CommitServer(noPrinters, confirmed); }, pb::ERROR_STILL_NAMED,
+                  {"'laser1'"});
+    EXPECT_EQ(store->GetPrinter("alpha", "laser1").version(), laser);
+    EXPECT_TRUE(store->GetServer("alpha").printer_server());
+
+    // Users and printers taken away together leave nobody behind who prints.
+    ReleaseRoute();
+    noPrinters = store->GetServer("alpha");
+    noPrinters.set_user_server(false);
+    noPrinters.set_printer_server(false);
+    confirmed.set_users(true);
+    store->CommitServer(noPrinters, confirmed);
+    EXPECT_TRUE(store->ListPrinters("alpha").empty());
+    EXPECT_TRUE(store->ListUsers("alpha").empty());
+}
+
+TEST_F(ReferenceTest, AUserWithoutPrinterDoesNotHoldThePrinter) {
+    auto alice = store->GetUser("alpha", "alice");
+    alice.clear_printer();
+    store->CommitUser(alice);
+    store->DeletePrinter("alpha", "laser1", store->GetPrinter("alpha", "laser1").version());
+    EXPECT_TRUE(store->GetPrinter("alpha", "laser1").is_new());
+}
+
+}  // namespace
+}  // namespace veldrano::server::testing
