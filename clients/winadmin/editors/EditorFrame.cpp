@@ -11,11 +11,13 @@
 #include <stdexcept>
 #include <string>
 
+#include "common/FieldHelpers.h"
 #include "common/FormParameters.h"
 #include "common/Labels.h"
 #include "common/Pages.h"
 #include "common/UserReferenceField.h"
 #include "session/CallSession.h"
+#include "session/ServerSession.h"
 
 namespace winadmin {
 
@@ -256,6 +258,16 @@ bool EditorFrame::CreateAtOnce() {
     Loading([&] { LoadFields(); });
     SetEditorState(EditorState::NewObject);
     return true;
+}
+
+bool EditorFrame::FindOwningServer(const QString& host, const QString& captionKey) {
+    setWindowTitle(AppendParenthesized(GetLabel(captionKey), host));
+    ServerRecord server;
+    if (!host.isEmpty() && !CallSession([&] { server = TheSession()->GetServer(host); }))
+        return false;
+    if (!host.isEmpty() && !server.is_new()) return true;
+    Warn(QStringLiteral("ServerNotExist"));
+    return false;
 }
 
 bool EditorFrame::MarkModified() {

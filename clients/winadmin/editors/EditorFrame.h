@@ -141,6 +141,11 @@ protected:
     // A Yes/No question by key; answers whether Yes was given.
     bool AskYesNo(const QString& key, PromptIcon icon, bool noIsDefault);
 
+    // For the editor of a server's objects (users, printers, devices): names
+    // the server in the caption and answers whether it is there, after
+    // "ServerNotExist" when it is not (or when the request names none).
+    bool FindOwningServer(const QString& host, const QString& captionKey);
+
     // The name that the delete question quotes.
     virtual QString ObjectName() const { return Key(); }
     // Checks what the editor declared; throws std::logic_error.

@@ -24,7 +24,9 @@ frmDeviceDetails::frmDeviceDetails(QWidget* parent)
     : RecordEditor(parent), ui(std::make_unique<Ui::frmDeviceDetails>()) {
     ui->setupUi(this);
     ui->updMaxLines->Bind(ui->edtMaxLines, 1, 1);
-    ui->cmdUserServer->setAccessibleName(GetLabel(QStringLiteral("User  Server")));
+    // A button without a caption of its own says what it does.
+    ui->cmdUserServer->setToolTip(GetLabel(QStringLiteral("Select Server")));
+    ui->cmdUserServer->setAccessibleName(ui->cmdUserServer->toolTip());
     BindFields();
     SetUpFrame({.keyField = ui->edtDeviceName,
                 .keyLabel = ui->lblDeviceName,
@@ -67,15 +69,7 @@ bool frmDeviceDetails::ReadRequest() {
     // The name is a key only within its server, which the caption names.
     const FormParameter server = FormParameters().value(1);
     host_ = server.name == QLatin1String("HostName") ? server.value : QString();
-    setWindowTitle(AppendParenthesized(GetLabel(QStringLiteral("Device details")), host_));
-    if (server.name != QLatin1String("HostName")) return false;
-    ServerRecord record;
-    if (!host_.isEmpty() && !CallSession([&] { record = TheSession()->GetServer(host_); }))
-        return false;
-    if (host_.isEmpty() || record.is_new()) {
-        Warn(QStringLiteral("ServerNotExist"));
-        return false;
-    }
+    if (!FindOwningServer(host_, QStringLiteral("Device details"))) return false;
     if (!CallSession([&] { types_ = TheSession()->DeviceTypes(); })) return false;
     FillFixedLists();
     return true;

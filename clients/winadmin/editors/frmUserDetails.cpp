@@ -245,14 +245,7 @@ void frmUserDetails::FillFixedLists() {
 bool frmUserDetails::ReadRequest() {
     // The name is a key only within its server, which the caption names.
     host_ = FormParameterValue(QStringLiteral("HostName"));
-    setWindowTitle(AppendParenthesized(GetLabel(QStringLiteral("User Details")), host_));
-    ServerRecord server;
-    if (!host_.isEmpty() && !CallSession([&] { server = TheSession()->GetServer(host_); }))
-        return false;
-    if (host_.isEmpty() || server.is_new()) {
-        Warn(QStringLiteral("ServerNotExist"));
-        return false;
-    }
+    if (!FindOwningServer(host_, QStringLiteral("User Details"))) return false;
     QStringList scanners;
     QStringList printers;
     if (!CallSession([&] {

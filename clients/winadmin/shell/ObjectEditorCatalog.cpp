@@ -5,6 +5,9 @@
 #include "editors/frmDeviceDetails.h"
 #include "editors/frmGatewayUser.h"
 #include "editors/frmGroupDetails.h"
+#include "editors/frmNumberMappingsDetails.h"
+#include "editors/frmPrinterDetails.h"
+#include "editors/frmRouteDetails.h"
 #include "editors/frmServerDetails.h"
 #include "editors/frmUserDetails.h"
 #include "monitor/frmEvents.h"
@@ -24,6 +27,15 @@ const std::vector<ObjectWindow>& ObjectWindowCatalog() {
         {{QStringLiteral("Group"), QStringLiteral("Groups")},
          QStringLiteral("GroupName"),
          &OpenEditor<frmGroupDetails>},
+        {{QStringLiteral("Printer"), QStringLiteral("Printers")},
+         QStringLiteral("PrinterName"),
+         &OpenEditor<frmPrinterDetails>},
+        {{QStringLiteral("Route"), QStringLiteral("Routes")},
+         QStringLiteral("RouteName"),
+         &OpenEditor<frmRouteDetails>},
+        {{QStringLiteral("NumberMapping"), QStringLiteral("NumberMappings")},
+         QStringLiteral("NumMapMatch"),
+         &OpenEditor<frmNumberMappingsDetails>},
         {{QStringLiteral("Device"), QStringLiteral("Devices")},
          QStringLiteral("DeviceName"),
          &OpenEditor<frmDeviceDetails>},

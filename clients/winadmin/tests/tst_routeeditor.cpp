@@ -1,0 +1,286 @@
+// The route and number mapping editors against the demo installation: the
+// choosers and "(None)", the polling checks that depend on the server level,
+// references the server refuses, and both kinds created from the explorer.
+
+#include <QComboBox>
+#include <QTest>
+#include <QToolButton>
+#include <QTreeView>
+
+#include "common/FieldHelpers.h"
+#include "common/FormParameters.h"
+#include "common/Labels.h"
+#include "common/UserReferenceField.h"
+#include "editors/frmGroupSelection.h"
+#include "editors/frmNumberMappingsDetails.h"
+#include "editors/frmRouteDetails.h"
+#include "editors/frmUserSelection.h"
+#include "lists/ListModel.h"
+#include "session/ServerSession.h"
+#include "shell/frmMain.h"
+#include "store/Store.h"
+#include "support/EditorDriver.h"
+#include "support/EditorLifecycle.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+
+namespace {
+
+FormParameterList Request(const char* key, const QString& value) {
+    return {{QLatin1String(key), value}};
+}
+FormParameterList NewRequest() {
+    return {{QStringLiteral("New"), QString()}};
+}
+
+using RouteEditor = ShownEditor<frmRouteDetails>;
+using MappingEditor = ShownEditor<frmNumberMappingsDetails>;
+
+// Chooses the row named name in the next selection dialog of type W.
+template <class W>
+void WhenChoosing(const char* list, const QString& name) {
+    WhenShown<W>([list, name](W& dialog) {
+        auto* view = Child<QTreeView>(dialog, list);
+        QTRY_VERIFY(view->model()->rowCount() > 0);
+        const int row = static_cast<const ListModel*>(view->model())->FindText(name);
+        QVERIFY2(row >= 0, qPrintable(name));
+        ClickRow(view, row, {}, true);
+    });
+}
+
+}  // namespace
+
+class TestRouteEditor : public ExplorerSuite {
+    Q_OBJECT
+
+private slots:
+    void RouteLifecycle();
+    void MappingLifecycle();
+    void ChoosersAndNoneAreStoredAsEmptyNames();
+    void PollingIsCheckedFromLevelFive();
+    void TakenRouteNameNoCreatesNothing();
+    void ReferenceDeletedMeanwhileKeepsTheEdits();
+    void NamedUserIsNotDeletedFromTheExplorer();
+    void MappingNeedsReplaceAndShowsTheStoredOne();
+    void CreateFromTheExplorer();
+};
+
+void TestRouteEditor::RouteLifecycle() {
+    LifecycleSubject subject;
+    subject.make = [] { return std::make_unique<frmRouteDetails>(); };
+    subject.open = Request("RouteName", QStringLiteral("orders"));
+    subject.missing = Request("RouteName", QStringLiteral("no-route"));
+    subject.notExistText = GetLabel(QStringLiteral("RouteNotExist"));
+    subject.create = NewRequest();
+    subject.keyField = "edtRouteName";
+    subject.takenKey = QStringLiteral("legal-in");
+    subject.existsText = GetLabel(QStringLiteral("RouteAlreadyExist"));
+    int edits = 0;
+    subject.edit = [&edits](EditorDriver& editor) {
+        editor.Type("edtComment", QStringLiteral("Order forms %1").arg(++edits));
+    };
+    subject.storedVersion = [this] { return Store().GetRoute("orders").version(); };
+    CheckLifecycle(subject, fx_->prompter);
+}
+
+void TestRouteEditor::MappingLifecycle() {
+    LifecycleSubject subject;
+    subject.make = [] { return std::make_unique<frmNumberMappingsDetails>(); };
+    subject.open = Request("NumMapMatch", QStringLiteral("0041"));
+    subject.missing = Request("NumMapMatch", QStringLiteral("0042"));
+    subject.notExistText = GetLabel(QStringLiteral("MapNotExist"));
+    subject.create = NewRequest();
+    subject.keyField = "edtMatch";
+    subject.takenKey = QStringLiteral("110");
+    subject.existsText = GetLabel(QStringLiteral("MapExist"));
+    int edits = 0;
+    subject.edit = [&edits](EditorDriver& editor) {
+        editor.Type("edtReplace", QStringLiteral("+4%1").arg(++edits));
+    };
+    subject.storedVersion = [this] { return Store().GetNumberMapping("0041").version(); };
+    CheckLifecycle(subject, fx_->prompter);
+}
+
+void TestRouteEditor::ChoosersAndNoneAreStoredAsEmptyNames() {
+    RouteEditor editor(Request("RouteName", QStringLiteral("orders")));
+    auto* user = editor.Field<UserReferenceField>("edtUser");
+    QCOMPARE(user->text(), QStringLiteral("orders@fxsales"));
+    QCOMPARE(editor.Field("edtGroup")->text(), QStringLiteral("SalesTeam"));
+    QCOMPARE(editor.Field<QComboBox>("cboPollServer")->currentText(), QStringLiteral("fxsales"));
+    QCOMPARE(editor.Field<QComboBox>("cboPollServer")->itemText(0), NoneText());
+    // The group button speaks its purpose.
+    QCOMPARE(editor.Field<QToolButton>("cmdGroupSelection")->accessibleName(),
+             GetLabel(QStringLiteral("Select Group")));
+
+    WhenChoosing<frmUserSelection>("lvUsers", NoneText());
+    QTest::mouseClick(user->Chooser(), Qt::LeftButton);
+    QCOMPARE(user->text(), NoneText());
+    QCOMPARE(editor.dialog.State(), EditorState::Changed);
+    // The group chooser offers "(None)" first and starts on the group shown.
+    WhenShown<frmGroupSelection>([](frmGroupSelection& dialog) {
+        auto* view = Child<QTreeView>(dialog, "lvGroups");
+        QTRY_VERIFY(view->model()->rowCount() > 1);
+        QCOMPARE(view->model()->index(0, 0).data().toString(), NoneText());
+        QCOMPARE(dialog.SelectedName(), QStringLiteral("SalesTeam"));
+        ClickRow(view, 0, {}, true);
+    });
+    editor.Click("cmdGroupSelection");
+    QCOMPARE(editor.Field("edtGroup")->text(), NoneText());
+    editor.Set("cboPollServer=" + NoneText());
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    auto stored = Store().GetRoute("orders");
+    QVERIFY(stored.user().user_name().empty() && stored.user().host_name().empty());
+    QVERIFY(stored.group().empty() && stored.poll_server().empty());
+    QCOMPARE(stored.poll_document(), std::string("ORDERFORM"));
+
+    // And back: names chosen are stored by name.
+    RouteEditor again(Request("RouteName", QStringLiteral("orders")));
+    QCOMPARE(again.Field("edtGroup")->text(), NoneText());
+    WhenChoosing<frmGroupSelection>("lvGroups", QStringLiteral("Legal"));
+    again.Click("cmdGroupSelection");
+    again.Set("cboPollServer=remote-hq.example.net");
+    again.Click("cmdOK");
+    QVERIFY(!again.dialog.isVisible());
+    stored = Store().GetRoute("orders");
+    QCOMPARE(stored.group(), std::string("Legal"));
+    QCOMPARE(stored.poll_server(), std::string("remote-hq.example.net"));
+}
+
+void TestRouteEditor::PollingIsCheckedFromLevelFive() {
+    // acc-in polls nothing: "(None)" and no document.
+    {
+        RouteEditor editor(Request("RouteName", QStringLiteral("acc-in")));
+        QCOMPARE(editor.Field<QComboBox>("cboPollServer")->currentText(), NoneText());
+        editor.Type("edtComment", QString());
+        fx_->prompter.Answer(Answer::OK);
+        editor.Click("cmdOK");
+        QCOMPARE(fx_->prompter.LastPrompt().text, EmptyMessage("Comment"));
+        editor.Type("edtComment", QStringLiteral("Invoices"));
+        fx_->prompter.Answer(Answer::OK);
+        editor.Click("cmdOK");
+        QCOMPARE(fx_->prompter.LastPrompt().text, EmptyMessage("Poll Document"));
+        QCOMPARE(editor.dialog.focusWidget(), editor.Field("edtPollDocument"));
+        QVERIFY(editor.dialog.isVisible());
+    }
+    QCOMPARE(Store().GetRoute("acc-in").comment(), std::string("Invoices to accounts payable"));
+    // Below level 5 the polling fields are not checked at all.
+    Store().SetMeta("server_level", "4");
+    TheSession()->Login();
+    RouteEditor editor(Request("RouteName", QStringLiteral("acc-in")));
+    editor.Type("edtComment", QStringLiteral("Invoices"));
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    QCOMPARE(Store().GetRoute("acc-in").comment(), std::string("Invoices"));
+}
+
+void TestRouteEditor::TakenRouteNameNoCreatesNothing() {
+    const auto before = Store().ListRoutes().size();
+    const int64_t version = Store().GetRoute("night").version();
+    RouteEditor editor(NewRequest());
+    editor.Type("edtRouteName", QStringLiteral("night"));
+    fx_->prompter.Answer(Answer::No);
+    editor.Key("edtRouteName", Qt::Key_Return);
+    QCOMPARE(editor.Field("edtRouteName")->text(), QStringLiteral("night"));
+    QCOMPARE(editor.dialog.State(), EditorState::NewKey);
+    editor.Click("cmdCancel");
+    QCOMPARE(EditorDriver::Answer(), QStringLiteral("0"));
+    QCOMPARE(Store().ListRoutes().size(), before);
+    QCOMPARE(Store().GetRoute("night").version(), version);
+}
+
+void TestRouteEditor::ReferenceDeletedMeanwhileKeepsTheEdits() {
+    RouteEditor editor(Request("RouteName", QStringLiteral("orders")));
+    WhenChoosing<frmGroupSelection>("lvGroups", QStringLiteral("Legal"));
+    editor.Click("cmdGroupSelection");
+    editor.Type("edtComment", QStringLiteral("To legal now"));
+    // Another console changes the route that named the group, then deletes
+    // the group.
+    Store().DeleteRoute("legal-in", Store().GetRoute("legal-in").version());
+    Store().DeleteGroup("Legal", Store().GetGroup("Legal").version());
+    fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    const Prompt& refused = fx_->prompter.LastPrompt();
+    QVERIFY2(refused.text.contains(QStringLiteral("(81010007)")), qPrintable(refused.text));
+    QVERIFY(refused.text.contains(QStringLiteral("'Legal'")));
+    QVERIFY(editor.dialog.isVisible());
+    QCOMPARE(editor.Field("edtGroup")->text(), QStringLiteral("Legal"));
+    QCOMPARE(editor.Field("edtComment")->text(), QStringLiteral("To legal now"));
+    QCOMPARE(Store().GetRoute("orders").group(), std::string("SalesTeam"));
+}
+
+void TestRouteEditor::NamedUserIsNotDeletedFromTheExplorer() {
+    // "night" delivers to reception@fxmaster.
+    auto main = fx_->OpenMain();
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("fxmasterUsers")));
+    QVERIFY(ClickRow(*main, QStringLiteral("reception")));
+    fx_->prompter.Answer({Answer::Yes, Answer::OK});
+    main->MenuEntry(QStringLiteral("mnuFileDelete"))->trigger();
+    const Prompt& refused = fx_->prompter.LastPrompt();
+    QVERIFY2(refused.text.contains(QStringLiteral("(81010011)")), qPrintable(refused.text));
+    QVERIFY(refused.text.contains(QStringLiteral("'night'")));
+    QCOMPARE(refused.buttons, PromptButtons::OK);
+    QVERIFY(!Store().GetUser("fxmaster", "reception").is_new());
+    QVERIFY(RowOf(*main, QStringLiteral("reception")) >= 0);
+}
+
+void TestRouteEditor::MappingNeedsReplaceAndShowsTheStoredOne() {
+    MappingEditor editor(NewRequest());
+    editor.Type("edtMatch", QStringLiteral("00"));
+    fx_->prompter.Answer(Answer::Yes);
+    editor.Key("edtMatch", Qt::Key_Return);
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("MapExist")));
+    QCOMPARE(editor.dialog.State(), EditorState::Shown);
+    QCOMPARE(editor.Field("edtReplace")->text(), QStringLiteral("+"));
+
+    editor.Type("edtReplace", QString());
+    fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    QCOMPARE(fx_->prompter.LastPrompt().text, EmptyMessage("Replace"));
+    QVERIFY(editor.dialog.isVisible());
+    QCOMPARE(Store().GetNumberMapping("00").replace(), std::string("+"));
+    // The replace text takes 20 characters of any kind.
+    editor.Type("edtReplace", QStringLiteral("+(41) 44 555 1000 99"));
+    QTest::keyClicks(editor.Field("edtReplace"), QStringLiteral("9"));
+    QCOMPARE(editor.Field("edtReplace")->text(), QStringLiteral("+(41) 44 555 1000 99"));
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    QCOMPARE(Store().GetNumberMapping("00").replace(), std::string("+(41) 44 555 1000 99"));
+}
+
+void TestRouteEditor::CreateFromTheExplorer() {
+    auto main = fx_->OpenMain();
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Routes")));
+    WhenShown<frmRouteDetails>([](frmRouteDetails& dialog) {
+        EditorDriver editor(dialog);
+        QTRY_COMPARE(dialog.State(), EditorState::NewKey);
+        editor.Type("edtRouteName", QStringLiteral("support"));
+        editor.Key("edtRouteName", Qt::Key_Return);
+        editor.Set("edtComment=Help desk calls");
+        editor.Set("edtMatchExt=300");
+        editor.Set("edtPollDocument=NONE");
+        editor.Click("cmdOK");
+    });
+    main->MenuEntry(QStringLiteral("mnuFileNew"))->trigger();
+    const auto route = Store().GetRoute("support");
+    QVERIFY(!route.is_new());
+    QCOMPARE(route.match_extension(), std::string("300"));
+    QTRY_COMPARE(SelectedRowText(*main), QStringLiteral("support"));
+
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("NumberMappings")));
+    WhenShown<frmNumberMappingsDetails>([](frmNumberMappingsDetails& dialog) {
+        EditorDriver editor(dialog);
+        QTRY_COMPARE(dialog.State(), EditorState::NewKey);
+        editor.Type("edtMatch", QStringLiteral("0033"));
+        editor.Key("edtMatch", Qt::Key_Return);
+        editor.Set("edtReplace=+33");
+        editor.Click("cmdOK");
+    });
+    main->MenuEntry(QStringLiteral("mnuFileNew"))->trigger();
+    QCOMPARE(Store().GetNumberMapping("0033").replace(), std::string("+33"));
+    QTRY_COMPARE(SelectedRowText(*main), QStringLiteral("0033"));
+}
+
+QTEST_MAIN(TestRouteEditor)
+#include "tst_routeeditor.moc"
