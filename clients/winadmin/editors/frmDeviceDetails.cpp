@@ -23,6 +23,8 @@ bool SameSettings(const LineSettingsRecord& a, const LineSettingsRecord& b) {
 frmDeviceDetails::frmDeviceDetails(QWidget* parent)
     : RecordEditor(parent), ui(std::make_unique<Ui::frmDeviceDetails>()) {
     ui->setupUi(this);
+    // Line names such as "1 B-channel (primary)" are shown whole.
+    ui->cboLine->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     ui->updMaxLines->Bind(ui->edtMaxLines, 1, 1);
     // A button without a caption of its own says what it does.
     ui->cmdUserServer->setToolTip(GetLabel(QStringLiteral("Select Server")));
