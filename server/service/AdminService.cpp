@@ -330,8 +330,9 @@ grpc::Status AdminService::CommitRate(grpc::ServerContext* c, const pb::Rate* ra
 }
 grpc::Status AdminService::DeleteRate(grpc::ServerContext* c, const pb::DeleteRequest* d,
                                       pb::Empty*) {
-    return Guard(
-        c, [&] { store_.DeleteRate(d->key().parent(), d->key().index(), d->expected_version()); });
+    return Guard(c, [&] {
+        store_.DeleteRate(d->key().parent(), d->key().index(), d->expected_version(), d->id());
+    });
 }
 grpc::Status AdminService::GetDestination(grpc::ServerContext* c, const pb::Key* k,
                                           pb::Destination* r) {
@@ -348,7 +349,8 @@ grpc::Status AdminService::CommitDestination(grpc::ServerContext* c, const pb::D
 grpc::Status AdminService::DeleteDestination(grpc::ServerContext* c, const pb::DeleteRequest* d,
                                              pb::Empty*) {
     return Guard(c, [&] {
-        store_.DeleteDestination(d->key().parent(), d->key().index(), d->expected_version());
+        store_.DeleteDestination(d->key().parent(), d->key().index(), d->expected_version(),
+                                 d->id());
     });
 }
 grpc::Status AdminService::ReloadLcr(grpc::ServerContext* c, const pb::Empty*, pb::Empty*) {

@@ -1,5 +1,9 @@
 // Least-cost routing: zones in their list order, each with its rates and
-// destinations addressed by 1-based position within the zone.
+// destinations shown by 1-based position within the zone. Positions move when
+// a row before them is deleted, so a rate or destination is identified by its
+// row id, and every zone, rate and destination takes its versions from one
+// counter: a version names one state of one record, never another record's,
+// and a request that names a moved or deleted record is refused as a conflict.
 
 #include "store/Store.h"
 #include "store/StoreDetail.h"
@@ -43,14 +47,50 @@ struct ZoneRow {
     int64_t id = 0;
     int64_t version = 0;
     std::string body;
+    int position = 0;
 };
 
+// The next version for a zone, rate or destination: above every version any
+// of them ever had, since the counter survives deletions.
+int64_t NextLcrVersion(Database& db) {
+    auto st = db.Prepare(
+        "SELECT MAX(v) FROM (SELECT CAST(value AS INTEGER) AS v FROM meta WHERE key = "
+        "'lcr_version' UNION ALL SELECT MAX(version) FROM zones UNION ALL SELECT MAX(version) "
+        "FROM rates UNION ALL SELECT MAX(version) FROM destinations)");
+    const int64_t next = (st.Step() ? st.Int(0) : 0) + 1;
+    db.Prepare("INSERT OR REPLACE INTO meta(key, value) VALUES('lcr_version', ?)")
+        .Bind(1, std::to_string(next))
+        .Run();
+    return next;
+}
+
+ZoneRow ReadZoneRow(Statement& st) {
+    ZoneRow row;
+    if (st.Step()) row = {st.Int(0), st.Int(1), st.Blob(2), static_cast<int>(st.Int(3))};
+    return row;
+}
+
 ZoneRow FindZoneRow(Database& db, const char* table, int64_t zone, int index) {
-    auto st = db.Prepare(std::string("SELECT id, version, body FROM ") + table +
+    auto st = db.Prepare(std::string("SELECT id, version, body, position FROM ") + table +
                          " WHERE zone_id = ? AND position = ?");
     st.Bind(1, zone).Bind(2, index);
-    ZoneRow row;
-    if (st.Step()) row = {st.Int(0), st.Int(1), st.Blob(2)};
+    return ReadZoneRow(st);
+}
+
+ZoneRow FindZoneRowById(Database& db, const char* table, int64_t zone, int64_t id) {
+    auto st = db.Prepare(std::string("SELECT id, version, body, position FROM ") + table +
+                         " WHERE zone_id = ? AND id = ?");
+    st.Bind(1, zone).Bind(2, id);
+    return ReadZoneRow(st);
+}
+
+// The row a request names: by identity when it carries one (a row that is no
+// longer in the zone is a conflict, whatever now stands at the index), else
+// by position.
+ZoneRow NamedZoneRow(Database& db, const char* table, int64_t zone, int index, int64_t id) {
+    if (!id) return FindZoneRow(db, table, zone, index);
+    ZoneRow row = FindZoneRowById(db, table, zone, id);
+    if (!row.id) ThrowConflict();
     return row;
 }
 
@@ -58,7 +98,7 @@ template <class M>
 std::vector<M> ListZoneRows(Database& db, const char* table, const std::string& zoneName) {
     int64_t zone = RequireZone(db, zoneName);
     std::vector<M> result;
-    auto st = db.Prepare(std::string("SELECT position, version, body FROM ") + table +
+    auto st = db.Prepare(std::string("SELECT position, version, body, id FROM ") + table +
                          " WHERE zone_id = ? ORDER BY position");
     st.Bind(1, zone);
     while (st.Step()) {
@@ -66,6 +106,7 @@ std::vector<M> ListZoneRows(Database& db, const char* table, const std::string& 
         m.set_zone(zoneName);
         m.set_index(static_cast<int32_t>(st.Int(0)));
         m.set_version(st.Int(1));
+        m.set_id(st.Int(3));
         result.push_back(std::move(m));
     }
     return result;
@@ -79,6 +120,7 @@ M GetZoneRow(Database& db, const char* table, const std::string& zoneName, int i
         m = ParseBody<M>(row.body);
         m.set_index(index);
         m.set_version(row.version);
+        m.set_id(row.id);
     } else {
         m.set_is_new(true);
     }
@@ -86,18 +128,33 @@ M GetZoneRow(Database& db, const char* table, const std::string& zoneName, int i
     return m;
 }
 
-// Inserts a new row at the end of the zone or updates the row at m.index().
+// Inserts a new row at the end of the zone, or updates the row that m names
+// (by identity, else at m.index()).
 template <class M>
 int64_t CommitZoneRow(Database& db, const char* table, const FieldCheck& check, int64_t zone,
                       const M& m, int* index) {
     M body = m;
     body.clear_zone();
     body.clear_index();
+    body.clear_id();
     int position = m.index();
-    int64_t version;
+    int64_t rowId = 0;
     if (m.is_new()) {
         position = static_cast<int>(CountIn(db, table, zone)) + 1;
-        version = 1;
+    } else {
+        const ZoneRow row = NamedZoneRow(db, table, zone, m.index(), m.id());
+        NextVersion(check, false, row.id, row.version, m.version());
+        rowId = row.id;
+        position = row.position;
+    }
+    const int64_t version = NextLcrVersion(db);
+    if (rowId) {
+        db.Prepare(std::string("UPDATE ") + table + " SET version = ?, body = ? WHERE id = ?")
+            .Bind(1, version)
+            .BindBlob(2, Body(body))
+            .Bind(3, rowId)
+            .Run();
+    } else {
         db.Prepare(std::string("INSERT INTO ") + table +
                    "(zone_id, position, version, body) VALUES(?, ?, ?, ?)")
             .Bind(1, zone)
@@ -105,30 +162,22 @@ int64_t CommitZoneRow(Database& db, const char* table, const FieldCheck& check, 
             .Bind(3, version)
             .BindBlob(4, Body(body))
             .Run();
-    } else {
-        auto row = FindZoneRow(db, table, zone, position);
-        version = NextVersion(check, false, row.id, row.version, m.version());
-        db.Prepare(std::string("UPDATE ") + table + " SET version = ?, body = ? WHERE id = ?")
-            .Bind(1, version)
-            .BindBlob(2, Body(body))
-            .Bind(3, row.id)
-            .Run();
     }
     if (index) *index = position;
     return version;
 }
 
 void DeleteZoneRow(Database& db, const char* table, const FieldCheck& check,
-                   const std::string& zoneName, int index, int64_t expectedVersion) {
+                   const std::string& zoneName, int index, int64_t expectedVersion, int64_t id) {
     int64_t zone = RequireZone(db, zoneName);
-    auto row = FindZoneRow(db, table, zone, index);
+    const ZoneRow row = NamedZoneRow(db, table, zone, index, id);
     CheckDelete(check, row.id, row.version, expectedVersion);
     db.Prepare(std::string("DELETE FROM ") + table + " WHERE id = ?").Bind(1, row.id).Run();
     // Keep positions contiguous so that indices stay 1..count.
     db.Prepare(std::string("UPDATE ") + table +
                " SET position = position - 1 WHERE zone_id = ? AND position > ?")
         .Bind(1, zone)
-        .Bind(2, index)
+        .Bind(2, row.position)
         .Run();
 }
 
@@ -185,8 +234,12 @@ int64_t Store::CommitZone(const pb::Zone& z) {
                    &pb::Zone::clear_destination_count})
         (body.*f)();
     int64_t id = 0;
-    int64_t version =
-        Upsert(*db_, kZones, 0, z.name(), check, z.is_new(), z.version(), Body(body), &id);
+    Upsert(*db_, kZones, 0, z.name(), check, z.is_new(), z.version(), Body(body), &id);
+    // Upsert checked the sent version; the stored one comes from the counter,
+    // so that a zone deleted and created again under its name is not taken
+    // for the one a console loaded before.
+    const int64_t version = NextLcrVersion(*db_);
+    db_->Prepare("UPDATE zones SET version = ? WHERE id = ?").Bind(1, version).Bind(2, id).Run();
     if (z.is_new())
         db_->Prepare(
                "UPDATE zones SET position = (SELECT COALESCE(MAX(position), 0) + 1 "
@@ -242,10 +295,10 @@ int64_t Store::CommitRate(const pb::Rate& r, int* index) {
     return version;
 }
 
-void Store::DeleteRate(const std::string& zone, int index, int64_t expectedVersion) {
+void Store::DeleteRate(const std::string& zone, int index, int64_t expectedVersion, int64_t id) {
     std::lock_guard lock(mutex_);
     Transaction tx(*db_);
-    DeleteZoneRow(*db_, "rates", RowCheck("rate", zone, index), zone, index, expectedVersion);
+    DeleteZoneRow(*db_, "rates", RowCheck("rate", zone, index), zone, index, expectedVersion, id);
     tx.Commit();
 }
 
@@ -271,8 +324,8 @@ int64_t Store::CommitDestination(const pb::Destination& d, int* index) {
     Transaction tx(*db_);
     int64_t zone = RequireZone(*db_, d.zone());
     for (const auto& other : ListZoneRows<pb::Destination>(*db_, "destinations", d.zone()))
-        if ((d.is_new() || other.index() != d.index()) && other.prefix() == d.prefix() &&
-            other.type() == d.type())
+        if ((d.is_new() || (d.id() ? other.id() != d.id() : other.index() != d.index())) &&
+            other.prefix() == d.prefix() && other.type() == d.type())
             check.Fail(pb::ERROR_ALREADY_EXISTS,
                        "a destination with this prefix and type already exists");
     int64_t version = CommitZoneRow(*db_, "destinations", check, zone, d, index);
@@ -280,11 +333,12 @@ int64_t Store::CommitDestination(const pb::Destination& d, int* index) {
     return version;
 }
 
-void Store::DeleteDestination(const std::string& zone, int index, int64_t expectedVersion) {
+void Store::DeleteDestination(const std::string& zone, int index, int64_t expectedVersion,
+                              int64_t id) {
     std::lock_guard lock(mutex_);
     Transaction tx(*db_);
     DeleteZoneRow(*db_, "destinations", RowCheck("destination", zone, index), zone, index,
-                  expectedVersion);
+                  expectedVersion, id);
     tx.Commit();
 }
 

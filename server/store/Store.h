@@ -142,11 +142,13 @@ public:
     pb::Rate GetRate(const std::string& zone, int index);
     // Answers the rate's index after the commit in *index when given.
     int64_t CommitRate(const pb::Rate& r, int* index = nullptr);
-    void DeleteRate(const std::string& zone, int index, int64_t expectedVersion = 0);
+    void DeleteRate(const std::string& zone, int index, int64_t expectedVersion = 0,
+                    int64_t id = 0);
     std::vector<pb::Destination> ListDestinations(const std::string& zone);
     pb::Destination GetDestination(const std::string& zone, int index);
     int64_t CommitDestination(const pb::Destination& d, int* index = nullptr);
-    void DeleteDestination(const std::string& zone, int index, int64_t expectedVersion = 0);
+    void DeleteDestination(const std::string& zone, int index, int64_t expectedVersion = 0,
+                           int64_t id = 0);
 
 private:
     std::recursive_mutex mutex_;

@@ -71,6 +71,11 @@ std::vector<const ZoneRecord*> WalkZones(const ZoneListRecord& zones) {
     return walked;
 }
 
+const ZoneRecord* ZoneAtPlace(const ZoneListRecord& zones, int place) {
+    const std::vector<const ZoneRecord*> walked = WalkZones(zones);
+    return place >= 1 && place <= int(walked.size()) ? walked[size_t(place - 1)] : nullptr;
+}
+
 QString ZoneKey(int index) {
     return kZonePrefix + QString::number(index);
 }

@@ -28,6 +28,8 @@ std::vector<NodeDef> FolderChildren(const QString& kind, const QString& key);
 // zone's link to the next. A link to a zone not in the list, or back to one
 // already walked, ends the walk. Zone index i (from 1) is element i - 1.
 std::vector<const ZoneRecord*> WalkZones(const ZoneListRecord& zones);
+// The zone at a 1-based place of that walk; nullptr when there is none.
+const ZoneRecord* ZoneAtPlace(const ZoneListRecord& zones, int place);
 
 // "zone" + index and its inverse (0 when the key is no zone key).
 QString ZoneKey(int index);

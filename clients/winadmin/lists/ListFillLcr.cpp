@@ -47,6 +47,7 @@ std::vector<ListRow> ZoneRows(const ZoneListRecord& zones) {
                      UserRefText(zone.daemon())};
         row.iconKey = kind;
         row.key = ZoneKey(int(i) + 1);
+        row.version = zone.version();
     }
     return rows;
 }
@@ -86,6 +87,8 @@ std::vector<ListRow> RateRows(const std::vector<RateRecord>& rates) {
         row.cells = {RateDaysText(rate), RateStartText(rate), RateStopText(rate)};
         row.iconKey = kind;
         row.key = QString::number(rate.index()) + kind;
+        row.id = rate.id();
+        row.version = rate.version();
     }
     return rows;
 }
@@ -108,6 +111,8 @@ std::vector<ListRow> DestinationRows(const std::vector<DestinationRecord>& desti
                      YesNoText(destination.external()), Text(destination.name())};
         row.iconKey = kind;
         row.key = QString::number(destination.index()) + kind;
+        row.id = destination.id();
+        row.version = destination.version();
     }
     return rows;
 }

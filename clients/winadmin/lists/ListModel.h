@@ -72,6 +72,11 @@ struct ListRow {
     QString iconKey;  // the kind word: "User", "Rate", ...
     QString tag;      // the owning server, for server-scoped kinds
     QString key;      // index + kind word for rates and destinations
+    // What the row showed of a record addressed by its place (zones, rates,
+    // destinations): its identity and version, so that a command acts on
+    // that record even after another console moved it. 0 for other kinds.
+    int64_t id = 0;
+    int64_t version = 0;
 };
 
 class ListModel : public QAbstractTableModel {

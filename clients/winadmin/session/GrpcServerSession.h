@@ -123,11 +123,13 @@ public:
     std::vector<RateRecord> Rates(const QString& zone) override;
     RateRecord GetRate(const QString& zone, int index) override;
     IndexedCommit CommitRate(const RateRecord& rate) override;
-    void DeleteRate(const QString& zone, int index, int64_t expectedVersion = 0) override;
+    void DeleteRate(const QString& zone, int index, int64_t expectedVersion = 0,
+                    int64_t id = 0) override;
     std::vector<DestinationRecord> Destinations(const QString& zone) override;
     DestinationRecord GetDestination(const QString& zone, int index) override;
     IndexedCommit CommitDestination(const DestinationRecord& destination) override;
-    void DeleteDestination(const QString& zone, int index, int64_t expectedVersion = 0) override;
+    void DeleteDestination(const QString& zone, int index, int64_t expectedVersion = 0,
+                           int64_t id = 0) override;
     void ReloadLcr() override;
 
 private:

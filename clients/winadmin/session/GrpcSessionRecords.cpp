@@ -25,10 +25,11 @@ pb::Key IndexKey(const QString& parent, int index) {
     return key;
 }
 
-pb::DeleteRequest Deletion(pb::Key key, int64_t expectedVersion) {
+pb::DeleteRequest Deletion(pb::Key key, int64_t expectedVersion, int64_t id = 0) {
     pb::DeleteRequest request;
     *request.mutable_key() = std::move(key);
     request.set_expected_version(expectedVersion);
+    request.set_id(id);
     return request;
 }
 
@@ -377,8 +378,9 @@ IndexedCommit GrpcServerSession::CommitRate(const RateRecord& rate) {
     return {reply.version(), reply.index()};
 }
 
-void GrpcServerSession::DeleteRate(const QString& zone, int index, int64_t expectedVersion) {
-    VELDRANO_ACTION(DeleteRate, Deletion(IndexKey(zone, index), expectedVersion));
+void GrpcServerSession::DeleteRate(const QString& zone, int index, int64_t expectedVersion,
+                                   int64_t id) {
+    VELDRANO_ACTION(DeleteRate, Deletion(IndexKey(zone, index), expectedVersion, id));
 }
 
 std::vector<DestinationRecord> GrpcServerSession::Destinations(const QString& zone) {
@@ -395,8 +397,9 @@ IndexedCommit GrpcServerSession::CommitDestination(const DestinationRecord& dest
     return {reply.version(), reply.index()};
 }
 
-void GrpcServerSession::DeleteDestination(const QString& zone, int index, int64_t expectedVersion) {
-    VELDRANO_ACTION(DeleteDestination, Deletion(IndexKey(zone, index), expectedVersion));
+void GrpcServerSession::DeleteDestination(const QString& zone, int index, int64_t expectedVersion,
+                                          int64_t id) {
+    VELDRANO_ACTION(DeleteDestination, Deletion(IndexKey(zone, index), expectedVersion, id));
 }
 
 void GrpcServerSession::ReloadLcr() {

@@ -171,16 +171,22 @@ public:
     virtual int64_t CommitZone(const ZoneRecord& zone) = 0;
     virtual void DeleteZone(const QString& name, int64_t expectedVersion = 0) = 0;
 
-    // Rates and destinations are addressed by their 1-based index in the zone.
+    // Rates and destinations are shown and fetched by their 1-based index in
+    // the zone, which moves when an earlier one goes; the records carry
+    // their identity (id), which does not. A commit of a loaded record, and
+    // a delete given the id, act on that record whatever its index is now,
+    // and are refused as a conflict when it is gone or changed.
     virtual std::vector<RateRecord> Rates(const QString& zone) = 0;
     virtual RateRecord GetRate(const QString& zone, int index) = 0;
     virtual IndexedCommit CommitRate(const RateRecord& rate) = 0;
-    virtual void DeleteRate(const QString& zone, int index, int64_t expectedVersion = 0) = 0;
+    virtual void DeleteRate(const QString& zone, int index, int64_t expectedVersion = 0,
+                            int64_t id = 0) = 0;
 
     virtual std::vector<DestinationRecord> Destinations(const QString& zone) = 0;
     virtual DestinationRecord GetDestination(const QString& zone, int index) = 0;
     virtual IndexedCommit CommitDestination(const DestinationRecord& destination) = 0;
-    virtual void DeleteDestination(const QString& zone, int index, int64_t expectedVersion = 0) = 0;
+    virtual void DeleteDestination(const QString& zone, int index, int64_t expectedVersion = 0,
+                                   int64_t id = 0) = 0;
 
     // Makes the routing engine read its tables again.
     virtual void ReloadLcr() = 0;

@@ -130,6 +130,7 @@ void BuildExplorerTree(QTreeWidget* tree, const ExplorerTreeData& data) {
         const QString key = ZoneKey(int(i) + 1);
         QTreeWidgetItem* zone =
             MakeExplorerNode({key, QString::fromStdString(zones[i]->name()), kZone});
+        zone->setData(0, NodeVersionRole, qint64(zones[i]->version()));
         AddChildren(zone, FolderChildren(kZone, key));
         zoneNodes.append(zone);
     }

@@ -24,7 +24,8 @@ namespace winadmin {
 
 class ServerSession;
 
-enum ExplorerNodeRole { NodeKeyRole = Qt::UserRole + 1, NodeKindRole };
+// A zone node also keeps the version of the zone it showed (NodeVersionRole).
+enum ExplorerNodeRole { NodeKeyRole = Qt::UserRole + 1, NodeKindRole, NodeVersionRole };
 
 // What the tree shows of the installation.
 struct ExplorerTreeData {

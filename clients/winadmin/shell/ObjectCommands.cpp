@@ -10,9 +10,8 @@ namespace {
 // The zone at a place in the routing list, as the tree numbers zones.
 QString ZoneNameAt(ServerSession& session, int index) {
     const ZoneListRecord zones = session.Zones();
-    const std::vector<const ZoneRecord*> walked = WalkZones(zones);
-    if (index < 1 || index > int(walked.size())) return {};
-    return QString::fromStdString(walked[size_t(index - 1)]->name());
+    const ZoneRecord* zone = ZoneAtPlace(zones, index);
+    return zone ? QString::fromStdString(zone->name()) : QString();
 }
 
 }  // namespace
@@ -43,17 +42,15 @@ bool DeleteExplorerObject(ServerSession& session, const ObjectAddress& object) {
     else if (kind == QLatin1String("Device"))
         session.DeleteDevice(object.server, object.name);
     else if (kind == QLatin1String("Zone")) {
-        // A zone is addressed by its place in the list; a name is taken as
-        // it is (the tree's zone node carries both).
-        bool isIndex = false;
-        const int index = object.name.toInt(&isIndex);
-        session.DeleteZone(isIndex ? ZoneNameAt(session, index) : object.name);
+        // By its name, the zone's key, which does not move.
+        session.DeleteZone(object.name, object.version);
     } else if (kind == QLatin1String("Rate") || kind == QLatin1String("Destination")) {
-        const QString zone = ZoneNameAt(session, object.zoneIndex);
+        const QString zone =
+            object.zone.isEmpty() ? ZoneNameAt(session, object.zoneIndex) : object.zone;
         if (kind == QLatin1String("Rate"))
-            session.DeleteRate(zone, object.name.toInt());
+            session.DeleteRate(zone, object.name.toInt(), object.version, object.id);
         else
-            session.DeleteDestination(zone, object.name.toInt());
+            session.DeleteDestination(zone, object.name.toInt(), object.version, object.id);
     } else {
         return false;
     }

@@ -16,6 +16,12 @@ struct ObjectAddress {
     QString server;     // users, printers, devices
     QString gateway;    // gateway users
     int zoneIndex = 0;  // rates and destinations: their zone's place in the list
+    QString zone;       // and its name as the explorer showed it ("" to look it up)
+    // Zones, rates, destinations: the version the explorer showed, and for
+    // rates and destinations their identity; with them a record that another
+    // console changed, moved or deleted meanwhile is refused, not mistaken.
+    int64_t id = 0;
+    int64_t version = 0;
 };
 
 // Deletes one object of the kinds "Group", "Route", "NumberMapping",

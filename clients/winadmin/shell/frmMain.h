@@ -87,6 +87,9 @@ public:
         QString key;
         QString text;
         QString tag;  // the row's server
+        // Zones, rates, destinations: the record the row or node showed.
+        int64_t id = 0;
+        int64_t version = 0;
         // The tree node the list shows (or the selected node itself): its
         // server and its object (zone, gateway, printer, device).
         NodeScope scope;

@@ -122,11 +122,14 @@ frmMain::Selection frmMain::SelectedObject() const {
         selection.key = row.key;
         selection.text = row.cells.value(0);
         selection.tag = row.tag;
+        selection.id = row.id;
+        selection.version = row.version;
     } else if (node) {
         selection.control = QStringLiteral("TreeView");
         selection.kind = node->data(0, NodeKindRole).toString();
         selection.key = selection.nodeKey;
         selection.text = node->text(0);
+        selection.version = node->data(0, NodeVersionRole).toLongLong();
     }
     return selection;
 }
@@ -187,6 +190,12 @@ void frmMain::DeleteSelection() {
     object.server = selection.Server();
     object.gateway = selection.scope.object;
     object.zoneIndex = selection.zoneIndex;
+    object.id = selection.id;
+    object.version = selection.version;
+    // A zone goes by its name, which is its key; its rates and destinations
+    // by the name of the zone the tree showed them under.
+    if (selection.kind == QLatin1String("Zone")) object.name = selection.text;
+    if (object.zoneIndex) object.zone = selection.scope.object;
     ServerSession* session = TheSession();
     if (!session) return;
     if (CallSession([&] { DeleteExplorerObject(*session, object); })) RefreshExplorer();

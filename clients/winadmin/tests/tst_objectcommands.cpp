@@ -58,7 +58,8 @@ void TestObjectCommands::DeleteReachesEveryKind() {
         // Zones, rates and destinations by their place in the list.
         {{"Destination", "1", {}, {}, 2},
          [&] { return store.ListDestinations("Germany national").size() == destinations - 1; }},
-        {{"Zone", "1"}, [&] { return store.GetZone(firstZone).is_new(); }},
+        {{"Zone", QString::fromStdString(firstZone)},
+         [&] { return store.GetZone(firstZone).is_new(); }},
         {{"Server", "fxbackup"}, [&] { return store.GetServer("fxbackup").is_new(); }},
     };
     for (const Case& each : cases) {
