@@ -16,6 +16,7 @@
 #include "common/Labels.h"
 #include "common/Pages.h"
 #include "common/UserReferenceField.h"
+#include "lists/ExplorerNodes.h"
 #include "session/CallSession.h"
 #include "session/ServerSession.h"
 
@@ -270,6 +271,19 @@ bool EditorFrame::FindOwningServer(const QString& host, const QString& captionKe
     return false;
 }
 
+QString EditorFrame::FindOwningZone(const QString& captionKey) {
+    const int place = FormParameterValue(QStringLiteral("ZoneIndex")).toInt();
+    QString zone;
+    if (!CallSession([&] {
+            const ZoneListRecord zones = TheSession()->Zones();
+            if (const ZoneRecord* found = ZoneAtPlace(zones, place)) zone = Text(found->name());
+        }))
+        return {};
+    setWindowTitle(AppendParenthesized(GetLabel(captionKey), zone));
+    if (zone.isEmpty()) Warn(QStringLiteral("ZoneNotExist"));
+    return zone;
+}
+
 bool EditorFrame::MarkModified() {
     if (loading_) return false;
     if (state_ == EditorState::Shown) SetEditorState(EditorState::Changed);
@@ -287,7 +301,11 @@ bool EditorFrame::ApplyAction(Action action, Confirmation* confirmation) {
     Committed committed;
     if (!CallSession([&] { committed = CommitRecord(action); })) return false;
     AcceptCommit(committed);
-    if (action == Insert && controls_.identity == Identity::Position) index_ = committed.index;
+    // A record kept by its place is shown again from where it stands now: a
+    // new one at the end, a saved one perhaps moved up by another console's
+    // delete.
+    if (controls_.identity == Identity::Position && action != Delete && committed.index)
+        index_ = committed.index;
     saved_ = -1;
     return true;
 }

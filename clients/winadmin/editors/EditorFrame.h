@@ -145,6 +145,10 @@ protected:
     // the server in the caption and answers whether it is there, after
     // "ServerNotExist" when it is not (or when the request names none).
     bool FindOwningServer(const QString& host, const QString& captionKey);
+    // For the editor of a zone's rates or destinations: the zone at the
+    // request's place ("ZoneIndex"), named in the caption; "" after
+    // "ZoneNotExist" when there is none.
+    QString FindOwningZone(const QString& captionKey);
 
     // The name that the delete question quotes.
     virtual QString ObjectName() const { return Key(); }

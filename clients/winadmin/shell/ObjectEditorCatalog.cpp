@@ -2,14 +2,17 @@
 // viewer adds its one line here.
 
 #include "editors/frmAdministratorDetails.h"
+#include "editors/frmDestination.h"
 #include "editors/frmDeviceDetails.h"
 #include "editors/frmGatewayUser.h"
 #include "editors/frmGroupDetails.h"
 #include "editors/frmNumberMappingsDetails.h"
 #include "editors/frmPrinterDetails.h"
+#include "editors/frmRateDetails.h"
 #include "editors/frmRouteDetails.h"
 #include "editors/frmServerDetails.h"
 #include "editors/frmUserDetails.h"
+#include "editors/frmZoneDetails.h"
 #include "monitor/frmEvents.h"
 #include "monitor/frmProcesses.h"
 #include "shell/ObjectEditors.h"
@@ -36,6 +39,15 @@ const std::vector<ObjectWindow>& ObjectWindowCatalog() {
         {{QStringLiteral("NumberMapping"), QStringLiteral("NumberMappings")},
          QStringLiteral("NumMapMatch"),
          &OpenEditor<frmNumberMappingsDetails>},
+        {{QStringLiteral("Zone"), QStringLiteral("LCR")},
+         QStringLiteral("ZoneModify"),
+         &OpenEditor<frmZoneDetails>},
+        {{QStringLiteral("Rate"), QStringLiteral("Rates")},
+         QStringLiteral("RateModify"),
+         &OpenEditor<frmRateDetails>},
+        {{QStringLiteral("Destination"), QStringLiteral("Destinations")},
+         QStringLiteral("DestinationModify"),
+         &OpenEditor<frmDestination>},
         {{QStringLiteral("Device"), QStringLiteral("Devices")},
          QStringLiteral("DeviceName"),
          &OpenEditor<frmDeviceDetails>},

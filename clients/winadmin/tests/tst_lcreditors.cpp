@@ -1,0 +1,393 @@
+// The least-cost-routing editors against the demo installation's five zones:
+// the zone's three ways of being served, the rate's times and days, the
+// destination's uniqueness within its zone, and what happens when another
+// console moves or deletes the row a dialog or the explorer shows.
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QTest>
+#include <QToolButton>
+#include <QTreeWidget>
+
+#include "common/FormParameters.h"
+#include "common/Labels.h"
+#include "common/TimeField.h"
+#include "common/UserReferenceField.h"
+#include "editors/frmDestination.h"
+#include "editors/frmRateDetails.h"
+#include "editors/frmZoneDetails.h"
+#include "lists/ListModel.h"
+#include "shell/frmMain.h"
+#include "store/Store.h"
+#include "support/EditorDriver.h"
+#include "support/EditorLifecycle.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+
+namespace {
+
+// The demo zones in their list order.
+const std::string kGermany = "Germany national";  // place 2, hosts fxmaster and fxline01
+const std::string kOverseas = "Overseas, least cost daemon";  // place 4
+
+FormParameterList Zone(const char* place) {
+    return {{QStringLiteral("ZoneModify"), QLatin1String(place)}};
+}
+FormParameterList InZone(const char* key, const char* place, const char* zone = "2") {
+    FormParameterList request;
+    if (key)
+        request.append({QLatin1String(key), QLatin1String(place)});
+    else
+        request.append({QStringLiteral("New"), QString()});
+    request.append({QStringLiteral("ZoneIndex"), QLatin1String(zone)});
+    return request;
+}
+
+using ZoneEditor = ShownEditor<frmZoneDetails>;
+using RateEditor = ShownEditor<frmRateDetails>;
+using DestinationEditor = ShownEditor<frmDestination>;
+
+bool Enabled(EditorDriver& editor, const char* control) {
+    return editor.Field<QWidget>(control)->isEnabled();
+}
+
+// A box clicked as a person does from the keyboard.
+void Toggle(EditorDriver& editor, const char* box) {
+    QTest::keyClick(editor.Field<QCheckBox>(box), Qt::Key_Space);
+}
+
+// Types a time over the whole text: the colon goes only by backspace, so the
+// selection is taken away first.
+void TypeTime(EditorDriver& editor, const char* field, const QString& time) {
+    QLineEdit* edit = editor.Field(field);
+    edit->selectAll();
+    QTest::keyClick(edit, Qt::Key_Backspace);
+    QTest::keyClicks(edit, time);
+    QCOMPARE(edit->text(), time);
+}
+
+}  // namespace
+
+class TestLcrEditors : public ExplorerSuite {
+    Q_OBJECT
+
+private slots:
+    void Lifecycles();
+    void ZoneIsLocalDaemonOrHostPair();
+    void ZoneChecks();
+    void DaemonTypedAsUserAtHost();
+    void RateTimesAndDays();
+    void DestinationsAreUniqueByPrefixAndType();
+    void ASaveReachesItsOwnRowAfterAnotherConsoleDeletedOne();
+    void ExplorerDeleteOfAChangedRowIsRefused();
+    void CreateFromTheExplorer();
+};
+
+void TestLcrEditors::Lifecycles() {
+    LifecycleSubject zone;
+    zone.make = [] { return std::make_unique<frmZoneDetails>(); };
+    zone.open = Zone("2");
+    zone.missing = Zone("9");
+    zone.notExistText = GetLabel(QStringLiteral("ZoneNotExist"));
+    zone.edit = [](EditorDriver& editor) {
+        const bool backup = editor.Field<QComboBox>("cboSecondHost")->currentText() == "fxbackup";
+        editor.Set(backup ? "cboSecondHost=fxsales" : "cboSecondHost=fxbackup");
+    };
+    zone.storedVersion = [this] { return Store().GetZone(kGermany).version(); };
+    CheckLifecycle(zone, fx_->prompter);
+    if (QTest::currentTestFailed()) return;
+
+    LifecycleSubject rate;
+    rate.make = [] { return std::make_unique<frmRateDetails>(); };
+    rate.open = InZone("RateModify", "2");
+    rate.missing = InZone("RateModify", "9");
+    rate.notExistText = GetLabel(QStringLiteral("RateNotExist"));
+    // Whatever the last edit left, one more click changes the rate.
+    rate.edit = [](EditorDriver& editor) { Toggle(editor, "chkSaturday"); };
+    rate.storedVersion = [this] { return Store().GetRate(kGermany, 2).version(); };
+    CheckLifecycle(rate, fx_->prompter);
+    if (QTest::currentTestFailed()) return;
+
+    LifecycleSubject destination;
+    destination.make = [] { return std::make_unique<frmDestination>(); };
+    destination.open = InZone("DestinationModify", "1");
+    destination.missing = InZone("DestinationModify", "9");
+    destination.notExistText = GetLabel(QStringLiteral("DestinationNotExist"));
+    int edits = 0;
+    destination.edit = [&edits](EditorDriver& editor) {
+        editor.Type("edtDestComment", QStringLiteral("Landlines %1").arg(++edits));
+    };
+    destination.storedVersion = [this] { return Store().GetDestination(kGermany, 1).version(); };
+    CheckLifecycle(destination, fx_->prompter);
+}
+
+void TestLcrEditors::ZoneIsLocalDaemonOrHostPair() {
+    ZoneEditor editor(Zone("4"));
+    QVERIFY(editor.Field<QCheckBox>("chkIsDaemon")->isChecked());
+    QCOMPARE(editor.Field("edtDaemon")->text(), QStringLiteral("treasury@remote-hq.example.net"));
+    QVERIFY(Enabled(editor, "edtDaemon") && !Enabled(editor, "cboPrimHost"));
+    // The name is the zone's key: fixed once stored.
+    QVERIFY(editor.Field("edtZoneName")->isReadOnly());
+    // Local clears the daemon and takes every host field away.
+    Toggle(editor, "chkIsLocal");
+    QVERIFY(!editor.Field<QCheckBox>("chkIsDaemon")->isChecked());
+    QVERIFY(!Enabled(editor, "edtDaemon") && !Enabled(editor, "cmdDaemonSelection"));
+    QVERIFY(!Enabled(editor, "cboPrimHost") && !Enabled(editor, "cboSecondHost"));
+    QCOMPARE(editor.dialog.State(), EditorState::Changed);
+    // Neither: the host pair.
+    Toggle(editor, "chkIsLocal");
+    QVERIFY(Enabled(editor, "cboPrimHost") && Enabled(editor, "cboSecondHost"));
+    QVERIFY(!Enabled(editor, "edtDaemon"));
+    // Daemon again clears local and the hosts.
+    Toggle(editor, "chkIsLocal");
+    Toggle(editor, "chkIsDaemon");
+    QVERIFY(!editor.Field<QCheckBox>("chkIsLocal")->isChecked());
+    QVERIFY(Enabled(editor, "edtDaemon") && !Enabled(editor, "cboPrimHost"));
+}
+
+void TestLcrEditors::ZoneChecks() {
+    const int zones = Store().ListZones().zones_size();
+    ZoneEditor editor({{QStringLiteral("New"), QString()}});
+    QCOMPARE(editor.dialog.State(), EditorState::NewObject);
+    QVERIFY(!editor.Field("edtZoneName")->isReadOnly());
+    fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    QCOMPARE(fx_->prompter.LastPrompt().text, EmptyMessage("Zone Name"));
+
+    // Neither local nor daemon: a primary host is needed, the secondary not.
+    editor.Type("edtZoneName", QStringLiteral("Nordics"));
+    QCOMPARE(editor.Field<QComboBox>("cboPrimHost")->currentText(), NoneText());
+    fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("PrimaryHostMissing")));
+    QCOMPARE(fx_->prompter.LastPrompt().icon, PromptIcon::Exclamation);
+    QCOMPARE(editor.dialog.focusWidget(), editor.Field<QWidget>("cboPrimHost"));
+
+    // A daemon zone needs its user.
+    editor.Set("chkIsDaemon=1");
+    fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("DaemonUserMissing")));
+    QVERIFY(Store().GetZone("Nordics").is_new());
+
+    editor.Set("chkIsDaemon=0");
+    editor.Set("cboPrimHost=fxline01");
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    const ZoneRecord stored = Store().GetZone("Nordics");
+    QCOMPARE(stored.primary_host(), std::string("fxline01"));
+    QVERIFY(stored.secondary_host().empty());
+    QCOMPARE(Store().ListZones().zones_size(), zones + 1);
+}
+
+void TestLcrEditors::DaemonTypedAsUserAtHost() {
+    ZoneEditor editor(Zone("4"));
+    auto* daemon = editor.Field<UserReferenceField>("edtDaemon");
+    // Leaving the field with a user but no host asks for user@host and
+    // keeps the focus there.
+    daemon->setFocus();
+    daemon->selectAll();
+    QTest::keyClicks(daemon, QStringLiteral("treasury"));
+    fx_->prompter.Answer(Answer::OK);
+    editor.Field<QWidget>("edtZoneName")->setFocus();
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("ProvideUser@Host")));
+    QCOMPARE(fx_->prompter.LastPrompt().buttons, PromptButtons::OK);
+    QCOMPARE(editor.dialog.focusWidget(), static_cast<QWidget*>(daemon));
+    // OK refuses it the same way.
+    fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("ProvideUser@Host")));
+    QVERIFY(editor.dialog.isVisible());
+    // Typed whole, it is stored as user and host.
+    editor.Type("edtDaemon", QStringLiteral("admin@fxmaster"));
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    const ZoneRecord stored = Store().GetZone(kOverseas);
+    QCOMPARE(stored.daemon().user_name(), std::string("admin"));
+    QCOMPARE(stored.daemon().host_name(), std::string("fxmaster"));
+}
+
+void TestLcrEditors::RateTimesAndDays() {
+    RateEditor editor(InZone("RateModify", "1"));
+    QCOMPARE(editor.dialog.windowTitle(), QStringLiteral("Rate Details (Germany national)"));
+    QCOMPARE(editor.Field("medtStartTime")->text(), QStringLiteral("08:00"));
+    QCOMPARE(editor.Field("medtStopTime")->text(), QStringLiteral("18:00"));
+    // The start hour spins through 24, which a start time cannot be.
+    auto* start = editor.Field<TimeField>("medtStartTime");
+    TypeTime(editor, "medtStartTime", QStringLiteral("23:00"));
+    start->setCursorPosition(0);
+    editor.Key("updStartTime", Qt::Key_Up);
+    QCOMPARE(start->text(), QStringLiteral("24:00"));
+    const auto refused = [&](const char* key, const char* focus) {
+        fx_->prompter.Answer(Answer::OK);
+        editor.Click("cmdOK");
+        QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QLatin1String(key)));
+        QCOMPARE(editor.dialog.focusWidget(), editor.Field<QWidget>(focus));
+        QVERIFY(editor.dialog.isVisible());
+    };
+    // The focus goes to the field's spin box, which holds the field.
+    refused("InvalidStartTime", "updStartTime");
+    TypeTime(editor, "medtStartTime", QStringLiteral("20:15"));
+    TypeTime(editor, "medtStopTime", QStringLiteral("25:00"));
+    refused("InvalidStopTime", "updStopTime");
+    // No day: refused even with both times valid.
+    TypeTime(editor, "medtStopTime", QStringLiteral("24:00"));
+    for (const char* day : {"chkMonday", "chkTuesday", "chkWednesday", "chkThursday", "chkFriday"})
+        editor.Set(QLatin1String(day) + QLatin1String("=0"));
+    refused("AtLeastOneDayShouldBeSelected", "chkMonday");
+    QCOMPARE(Store().GetRate(kGermany, 1).start_hour(), 8);
+
+    // The end of the day is stored as 24:00; a stop before the start is
+    // kept as it is.
+    editor.Set("chkSunday=1");
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    RateRecord stored = Store().GetRate(kGermany, 1);
+    QCOMPARE(std::pair(stored.start_hour(), stored.start_minute()), std::pair(20, 15));
+    QCOMPARE(std::pair(stored.stop_hour(), stored.stop_minute()), std::pair(24, 0));
+    QVERIFY(stored.sunday() && !stored.monday());
+
+    RateEditor again(InZone("RateModify", "1"));
+    QCOMPARE(again.Field("medtStopTime")->text(), QStringLiteral("24:00"));
+    TypeTime(again, "medtStopTime", QStringLiteral("06:00"));
+    again.Click("cmdOK");
+    QVERIFY(!again.dialog.isVisible());
+    stored = Store().GetRate(kGermany, 1);
+    QCOMPARE(std::pair(stored.stop_hour(), stored.start_hour()), std::pair(6, 20));
+}
+
+void TestLcrEditors::DestinationsAreUniqueByPrefixAndType() {
+    // Germany national has "German landlines", FAX +49.
+    DestinationEditor editor(InZone(nullptr, nullptr));
+    QCOMPARE(editor.Field<QComboBox>("ddlType")->itemText(3), QStringLiteral("SMS"));
+    // An empty name is refused before the uniqueness is looked at.
+    editor.Set("ddlType=FAX");
+    editor.Type("edtPrefix", QStringLiteral("+49"));
+    fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    QCOMPARE(fx_->prompter.LastPrompt().text, EmptyMessage("Destination Name"));
+    // A second FAX destination with the prefix is refused, an SMS one not.
+    editor.Type("edtDestComment", QStringLiteral("German numbers by SMS"));
+    fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    QCOMPARE(fx_->prompter.LastPrompt().text,
+             GetLabel(QStringLiteral("This Destination already exists")));
+    QCOMPARE(editor.dialog.focusWidget(), editor.Field<QWidget>("edtPrefix"));
+    editor.Set("ddlType=SMS");
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    const auto stored = Store().ListDestinations(kGermany);
+    QCOMPARE(stored.back().type(), pb::DEST_SMS);
+    QCOMPARE(stored.back().prefix(), std::string("+49"));
+
+    // 30 characters at most in prefix and name; a destination saved with
+    // its own prefix and type is no clash with itself.
+    DestinationEditor first(InZone("DestinationModify", "1"));
+    const QString thirty(30, QLatin1Char('9'));
+    first.Type("edtPrefix", thirty);
+    QTest::keyClicks(first.Field("edtPrefix"), QStringLiteral("9"));
+    QCOMPARE(first.Field("edtPrefix")->text(), thirty);
+    first.Type("edtPrefix", QStringLiteral("+49"));
+    first.Type("edtDestComment", QString(30, QLatin1Char('n')));
+    QTest::keyClicks(first.Field("edtDestComment"), QStringLiteral("n"));
+    QCOMPARE(first.Field("edtDestComment")->text().size(), 30);
+    first.Click("cmdOK");
+    QVERIFY(!first.dialog.isVisible());
+    QCOMPARE(Store().GetDestination(kGermany, 1).name(), std::string(30, 'n'));
+}
+
+void TestLcrEditors::ASaveReachesItsOwnRowAfterAnotherConsoleDeletedOne() {
+    // This console opens the third rate (the weekend); another deletes the
+    // second meanwhile. The save changes the weekend rate, now second.
+    RateEditor editor(InZone("RateModify", "3"));
+    QVERIFY(editor.Field<QCheckBox>("chkSunday")->isChecked());
+    const RateRecord second = Store().GetRate(kGermany, 2);
+    Store().DeleteRate(kGermany, 2, second.version(), second.id());
+    TypeTime(editor, "medtStartTime", QStringLiteral("01:00"));
+    editor.Click("cmdOK");
+    QVERIFY(!editor.dialog.isVisible());
+    const auto rates = Store().ListRates(kGermany);
+    QCOMPARE(rates.size(), size_t(2));
+    QCOMPARE(rates[0].start_hour(), 8);
+    QCOMPARE(rates[1].start_hour(), 1);
+    QVERIFY(rates[1].sunday());
+
+    // A dialog whose destination was deleted meanwhile saves nothing.
+    DestinationEditor gone(InZone("DestinationModify", "2"));
+    const DestinationRecord telex = Store().GetDestination(kGermany, 2);
+    Store().DeleteDestination(kGermany, 2, telex.version(), telex.id());
+    const auto before = Store().ListDestinations(kGermany);
+    gone.Type("edtDestComment", QStringLiteral("Telex, renamed"));
+    fx_->prompter.Answer(Answer::OK);
+    gone.Click("cmdOK");
+    QVERIFY(fx_->prompter.LastPrompt().text.contains(QStringLiteral("(8101000E)")));
+    QVERIFY(gone.dialog.isVisible());
+    const auto after = Store().ListDestinations(kGermany);
+    QCOMPARE(after.size(), before.size());
+    for (size_t i = 0; i < after.size(); ++i) QCOMPARE(after[i].name(), before[i].name());
+}
+
+void TestLcrEditors::ExplorerDeleteOfAChangedRowIsRefused() {
+    auto main = fx_->OpenMain();
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Rates2")));
+    // The row shows the second rate; another console deletes the first, so
+    // the row's index now names the third.
+    QVERIFY(ClickRow(*main, main->ListRows()->FindKey(QStringLiteral("2Rate"))));
+    const RateRecord first = Store().GetRate(kGermany, 1);
+    Store().DeleteRate(kGermany, 1, first.version(), first.id());
+    const auto before = Store().ListRates(kGermany);
+    fx_->prompter.Answer({Answer::Yes});
+    main->MenuEntry(QStringLiteral("mnuRateDel"))->trigger();
+    // The rate the row showed went, not the one now at its index.
+    auto after = Store().ListRates(kGermany);
+    QCOMPARE(after.size(), size_t(1));
+    QCOMPARE(after[0].version(), before[1].version());
+
+    // A zone changed by another console after the tree showed it is not
+    // deleted from the tree.
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("zone4")));
+    ZoneRecord changed = Store().GetZone(kOverseas);
+    changed.set_secondary_host("fxbackup");
+    Store().CommitZone(changed);
+    fx_->prompter.Answer({Answer::Yes, Answer::OK});
+    main->MenuEntry(QStringLiteral("mnuFileDelete"))->trigger();
+    QVERIFY(fx_->prompter.LastPrompt().text.contains(QStringLiteral("(8101000E)")));
+    QVERIFY(!Store().GetZone(kOverseas).is_new());
+}
+
+void TestLcrEditors::CreateFromTheExplorer() {
+    auto main = fx_->OpenMain();
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("LCR")));
+    WhenShown<frmZoneDetails>([](frmZoneDetails& dialog) {
+        EditorDriver editor(dialog);
+        QTRY_COMPARE(dialog.State(), EditorState::NewObject);
+        editor.Type("edtZoneName", QStringLiteral("Austria"));
+        editor.Set("chkIsLocal=1");
+        editor.Click("cmdOK");
+    });
+    main->MenuEntry(QStringLiteral("mnuFileNew"))->trigger();
+    QVERIFY(Store().GetZone("Austria").is_local());
+    // The tree numbers the zones again: the new one is the sixth.
+    QTreeWidgetItem* zone = main->FindNode(QStringLiteral("zone6"));
+    QVERIFY(zone);
+    QCOMPARE(zone->text(0), QStringLiteral("Austria"));
+
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Rates6")));
+    WhenShown<frmRateDetails>([](frmRateDetails& dialog) {
+        EditorDriver editor(dialog);
+        QTRY_COMPARE(dialog.State(), EditorState::NewObject);
+        QCOMPARE(dialog.Zone(), QStringLiteral("Austria"));
+        TypeTime(editor, "medtStopTime", QStringLiteral("24:00"));
+        editor.Click("cmdOK");
+    });
+    main->MenuEntry(QStringLiteral("mnuFileNew"))->trigger();
+    const auto rates = Store().ListRates("Austria");
+    QCOMPARE(rates.size(), size_t(1));
+    QCOMPARE(rates[0].stop_hour(), 24);
+    QTRY_COMPARE(main->ListRows()->rowCount(), 1);
+    QCOMPARE(main->ListRows()->Row(0).cells.value(2), QStringLiteral("24:00"));
+}
+
+QTEST_MAIN(TestLcrEditors)
+#include "tst_lcreditors.moc"
