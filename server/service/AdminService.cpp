@@ -252,6 +252,10 @@ grpc::Status AdminService::ChangeDeviceType(grpc::ServerContext* c, const pb::De
                                                req->expected_version()));
     });
 }
+grpc::Status AdminService::TransferObject(grpc::ServerContext* c, const pb::TransferRequest* req,
+                                          pb::TransferReply* r) {
+    return Guard(c, [&] { r->set_outcome(store_.TransferObject(*req)); });
+}
 
 grpc::Status AdminService::GetRoute(grpc::ServerContext* c, const pb::Key* k, pb::Route* r) {
     return Guard(c, [&] { *r = store_.GetRoute(k->name()); });

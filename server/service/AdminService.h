@@ -58,6 +58,8 @@ public:
                                   pb::Empty*) override;
     grpc::Status ChangeDeviceType(grpc::ServerContext*, const pb::DeviceTypeChange*,
                                   pb::CommitReply*) override;
+    grpc::Status TransferObject(grpc::ServerContext*, const pb::TransferRequest*,
+                                pb::TransferReply*) override;
     grpc::Status GetRoute(grpc::ServerContext*, const pb::Key*, pb::Route*) override;
     grpc::Status CommitRoute(grpc::ServerContext*, const pb::Route*, pb::CommitReply*) override;
     grpc::Status DeleteRoute(grpc::ServerContext*, const pb::DeleteRequest*, pb::Empty*) override;

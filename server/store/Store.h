@@ -97,6 +97,13 @@ public:
     // into the type's range, against the device's version; answers the new one.
     int64_t ChangeDeviceType(const std::string& host, const std::string& device, int type,
                              int64_t expectedVersion);
+
+    // Copies or moves a user, printer, device or gateway user in one
+    // transaction, in the order the console's Paste promises: both ends
+    // there and not blocking, the object there; a cut object leaves the
+    // source; the copy is added unless the target has that name. A refusal
+    // (a reference the target lacks, a role it lacks) undoes all of it.
+    pb::TransferOutcome TransferObject(const pb::TransferRequest& request);
     void SetDeviceState(const std::string& host, const std::string& device,
                         pb::DeviceRunState state);
 

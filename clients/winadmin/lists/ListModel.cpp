@@ -239,6 +239,11 @@ Qt::DropActions ListModel::supportedDragActions() const {
     return Qt::MoveAction | Qt::CopyAction;
 }
 
+QStringList ListModel::DraggedRows(const QMimeData* data) {
+    if (!data || !data->hasFormat(DragFormat)) return {};
+    return QString::fromUtf8(data->data(DragFormat)).split(u'\n', Qt::SkipEmptyParts);
+}
+
 QString ListModel::DraggedKind(const QMimeData* data) {
     if (!data || !data->hasFormat(DragFormat)) return {};
     const QString text = QString::fromUtf8(data->data(DragFormat));

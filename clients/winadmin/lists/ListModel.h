@@ -107,6 +107,8 @@ public:
     static const QString DragFormat;
     // The kind word of the rows a drag carries; empty for foreign data.
     static QString DraggedKind(const QMimeData* data);
+    // Its rows, one "kind<Tab>server<Tab>name" each.
+    static QStringList DraggedRows(const QMimeData* data);
 
     // A click on a header: the same column again reverses the order, another
     // column sorts ascending. Answers the order now in effect.

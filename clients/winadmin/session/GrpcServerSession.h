@@ -131,6 +131,9 @@ public:
     void DeleteDestination(const QString& zone, int index, int64_t expectedVersion = 0,
                            int64_t id = 0) override;
     void ReloadLcr() override;
+    pb::TransferOutcome TransferObject(const QString& kind, const QString& source,
+                                       const QString& name, const QString& target,
+                                       bool cut) override;
 
 private:
     using Stub = veldrano::admin::v1::Administration::Stub;

@@ -406,6 +406,18 @@ void GrpcServerSession::ReloadLcr() {
     VELDRANO_ACTION(ReloadLcr, pb::Empty());
 }
 
+pb::TransferOutcome GrpcServerSession::TransferObject(const QString& kind, const QString& source,
+                                                      const QString& name, const QString& target,
+                                                      bool cut) {
+    pb::TransferRequest request;
+    request.set_kind(kind.toStdString());
+    request.set_source(source.toStdString());
+    request.set_name(name.toStdString());
+    request.set_target(target.toStdString());
+    request.set_cut(cut);
+    return VELDRANO_UNARY(pb::TransferReply, TransferObject, request).outcome();
+}
+
 #undef VELDRANO_UNARY
 #undef VELDRANO_LIST
 #undef VELDRANO_VERSION

@@ -190,6 +190,15 @@ public:
 
     // Makes the routing engine read its tables again.
     virtual void ReloadLcr() = 0;
+
+    // --- Copy and move ------------------------------------------------------
+    // Copies (or, cut, moves) the user, printer or device name from the
+    // server source to the server target, or the gateway user from the
+    // gateway source to the gateway target ("User", "Printer", "Device",
+    // "GatewayUser"); one request and one transaction on the server.
+    virtual pb::TransferOutcome TransferObject(const QString& kind, const QString& source,
+                                               const QString& name, const QString& target,
+                                               bool cut) = 0;
 };
 
 // The one session of the process: created by the login dialog, held until

@@ -196,6 +196,10 @@ QHash<QString, QTreeWidgetItem*> IndexNodesByKey(QTreeWidget* tree) {
     return index;
 }
 
+QString KindOf(const QTreeWidgetItem* node) {
+    return node ? node->data(0, NodeKindRole).toString() : QString();
+}
+
 bool AcceptsDrop(const QString& nodeKind, const QString& draggedKind) {
     if (draggedKind == QLatin1String("User")) return nodeKind == QLatin1String("Users");
     if (draggedKind == QLatin1String("Printer"))

@@ -55,5 +55,7 @@ QHash<QString, QTreeWidgetItem*> IndexNodesByKey(QTreeWidget* tree);
 // users onto "Users", printers onto "Printers" or a printer, devices onto
 // "Devices" or a device, gateway users onto a gateway.
 bool AcceptsDrop(const QString& nodeKind, const QString& draggedKind);
+// The node's kind word; "" for no node.
+QString KindOf(const QTreeWidgetItem* node);
 
 }  // namespace winadmin

@@ -50,6 +50,7 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent), ui(std::make_unique<Ui:
     ConnectExplorer();
     ConnectObjectCommands();
     ConnectStartStop();
+    ConnectClipboard();
     BuildTree();
     LoadViewSettings();
     // After the widths are read: the first list is laid out with them.

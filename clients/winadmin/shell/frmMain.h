@@ -8,11 +8,13 @@
 #include <QMainWindow>
 #include <QString>
 #include <memory>
+#include <optional>
 
 #include "lists/ColumnWidths.h"
 #include "shell/ExplorerTree.h"
 
 class QActionGroup;
+class QDropEvent;
 class QLabel;
 class QMenu;
 class QTreeWidget;
@@ -109,6 +111,22 @@ public:
     void OpenProperties();
     void DeleteSelection();
 
+    // The clipboard of objects (frmMainClipboard.cpp): Copy and Cut take the
+    // selected user, printer, device or gateway user; Paste copies or moves
+    // it to the selected tree node, as a drop of list rows on a node does.
+    struct ClipboardItem {
+        QString kind;    // "User", "Printer", "Device", "GatewayUser"
+        QString name;    // its name (a gateway user's mail address)
+        QString source;  // its server (a gateway user's gateway)
+    };
+    void CopyObject(bool cut);
+    void PasteObject();
+    const std::optional<ClipboardItem>& Clipboard() const { return clipboard_; }
+    bool ClipboardIsCut() const { return cut_; }
+    // Copies (or, cut, moves) item to the object of the node; answers
+    // whether anything was asked of the server.
+    bool TransferObject(const ClipboardItem& item, const QTreeWidgetItem* target, bool cut);
+
     // The list's pop-up menu and the start, stop and terminate commands
     // (frmMainStartStop.cpp). Action codes: 1 start, 2 stop, 3 terminate.
     void ShowListMenu(const QPoint& position);
@@ -168,6 +186,10 @@ private:
     // window is not in the catalog is not offered.
     void UpdateObjectCommands();
     void ConnectStartStop();
+    void ConnectClipboard();
+    void UpdateClipboardCommands();
+    // A drop of list rows on a tree node: a copy, or a move with Shift.
+    void DropOnTree(QDropEvent* event);
 
     std::unique_ptr<Ui::frmMain> ui;
     QActionGroup* viewModes_ = nullptr;
@@ -188,6 +210,8 @@ private:
     // Which of tree and list the commands act on (see Selection).
     QString activeControl_ = QStringLiteral("TreeView");
     bool shownOnce_ = false;
+    std::optional<ClipboardItem> clipboard_;
+    bool cut_ = false;
 };
 
 }  // namespace winadmin

@@ -32,10 +32,6 @@ QString KeyOf(const QTreeWidgetItem* node) {
     return node ? node->data(0, NodeKeyRole).toString() : QString();
 }
 
-QString KindOf(const QTreeWidgetItem* node) {
-    return node ? node->data(0, NodeKindRole).toString() : QString();
-}
-
 }  // namespace
 
 void frmMain::ConnectExplorer() {
@@ -232,7 +228,7 @@ bool frmMain::FilterTreeDrag(QEvent* event) {
             return true;
         }
         case QEvent::Drop:
-            event->ignore();
+            DropOnTree(static_cast<QDropEvent*>(event));
             return true;
         default:
             return false;

@@ -183,7 +183,6 @@ void TestExplorerInput::DragOverTheTreeMarksWhereObjectsMayGo() {
     };
     for (const auto& [from, onto, accepted] : drags)
         QVERIFY2(accepts(dragged(from).get(), onto) == accepted, onto);
-    const std::unique_ptr<QMimeData> user = dragged("fxmasterUsers");
 
     // Groups are not moved by dragging, and text from elsewhere is no object.
     Fx::Click(*main, QStringLiteral("Groups"));
@@ -192,14 +191,7 @@ void TestExplorerInput::DragOverTheTreeMarksWhereObjectsMayGo() {
     QMimeData text;
     text.setText(QStringLiteral("User\tfxmaster\tjmueller"));
     QVERIFY(!accepts(&text, "fxsalesUsers"));
-
-    // The drop itself is not taken yet: nothing moves.
-    const size_t users = Store().ListUsers("fxsales").size();
-    const QPoint at = main->Tree()->visualItemRect(main->FindNode("fxsalesUsers")).center();
-    QDropEvent drop(at, Qt::MoveAction, user.get(), Qt::LeftButton, {});
-    QApplication::sendEvent(viewport, &drop);
-    QVERIFY(!drop.isAccepted());
-    QCOMPARE(Store().ListUsers("fxsales").size(), users);
+    // What a drop does is the clipboard suite's.
 }
 
 void TestExplorerInput::RoutingPopupReloadsTheTables() {

@@ -1,0 +1,243 @@
+// Copy, cut and paste of users, printers, devices and gateway users in the
+// main window, by menu, by shortcut and by dragging list rows onto the tree,
+// against the demo installation.
+
+#include <QDropEvent>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QTest>
+#include <QTreeView>
+#include <QTreeWidget>
+
+#include "common/Labels.h"
+#include "lists/ExplorerListView.h"
+#include "lists/ListModel.h"
+#include "shell/frmMain.h"
+#include "store/Store.h"
+#include "support/EditorDriver.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+
+namespace {
+
+using Fx = ExplorerFixture;
+
+void Trigger(frmMain& main, const char* entry) {
+    main.MenuEntry(QLatin1String(entry))->trigger();
+}
+
+// Selects the row in the list of node and gives the list the focus.
+bool Pick(frmMain& main, const QString& node, const QString& row) {
+    return Fx::Click(main, node) && ClickRow(main, row) &&
+           QApplication::focusWidget() == main.List()->DetailsView();
+}
+
+// Drops the list's row on the tree node, as the mouse does, with the
+// keyboard modifiers held; answers whether the tree took the drop.
+bool Drop(frmMain& main, const QString& row, const QString& nodeKey,
+          Qt::KeyboardModifiers modifiers = {}) {
+    const int index = RowOf(main, row);
+    QTreeWidgetItem* node = main.FindNode(nodeKey);
+    if (index < 0 || !node) return false;
+    for (QTreeWidgetItem* parent = node->parent(); parent; parent = parent->parent())
+        parent->setExpanded(true);
+    std::unique_ptr<QMimeData> data(main.ListRows()->mimeData({main.ListRows()->index(index, 0)}));
+    main.Tree()->scrollToItem(node);
+    const QPoint at = main.Tree()->visualItemRect(node).center();
+    QDropEvent drop(at, Qt::CopyAction | Qt::MoveAction, data.get(), Qt::LeftButton, modifiers);
+    // Entered and moved over first, as a drag gets there.
+    QDragEnterEvent enter(at, Qt::CopyAction | Qt::MoveAction, data.get(), Qt::LeftButton,
+                          modifiers);
+    QApplication::sendEvent(main.Tree()->viewport(), &enter);
+    QDragMoveEvent move(at, Qt::CopyAction | Qt::MoveAction, data.get(), Qt::LeftButton, modifiers);
+    QApplication::sendEvent(main.Tree()->viewport(), &move);
+    QApplication::sendEvent(main.Tree()->viewport(), &drop);
+    return drop.isAccepted();
+}
+
+}  // namespace
+
+class TestClipboard : public ExplorerSuite {
+    Q_OBJECT
+
+private slots:
+    void CopyNeedsTheTreeOrTheListFocused();
+    void PasteOnlyOntoItsOwnKind();
+    void CopyAndCutBetweenServers();
+    void LocalToRemoteAsksFirst();
+    void TakenNameBeepsAndTheCutKeepsItsLoss();
+    void RefusedReferenceUndoesTheCut();
+    void DeviceWithItsLinesAndGatewayUser();
+    void DragAndDropCopiesAndShiftMoves();
+};
+
+void TestClipboard::CopyNeedsTheTreeOrTheListFocused() {
+    auto main = fx_->OpenMain();
+    QVERIFY(!Enabled(*main, "mnuEditCopy") && !Enabled(*main, "mnuEditPaste"));
+    QVERIFY(Pick(*main, QStringLiteral("fxmasterUsers"), QStringLiteral("phoffmann")));
+    QVERIFY(Enabled(*main, "mnuEditCopy") && Enabled(*main, "mnuEditCut"));
+    // Ctrl+C in the list.
+    QTest::keyClick(main->List()->DetailsView(), Qt::Key_C, Qt::ControlModifier);
+    QVERIFY(main->Clipboard());
+    QCOMPARE(main->Clipboard()->name, QStringLiteral("phoffmann"));
+    QCOMPARE(main->Clipboard()->source, QStringLiteral("fxmaster"));
+    QVERIFY(!main->ClipboardIsCut());
+    // The same with the focus elsewhere: a beep, the clipboard as it was.
+    QVERIFY(ClickRow(*main, QStringLiteral("kwagner")));
+    auto* other = new QLineEdit(main.get());
+    other->show();
+    other->setFocus();
+    QCOMPARE(QApplication::focusWidget(), other);
+    const int beeps = fx_->prompter.BeepCount();
+    Trigger(*main, "mnuEditCut");
+    QCOMPARE(fx_->prompter.BeepCount(), beeps + 1);
+    QCOMPARE(main->Clipboard()->name, QStringLiteral("phoffmann"));
+    QVERIFY(!main->ClipboardIsCut());
+}
+
+void TestClipboard::PasteOnlyOntoItsOwnKind() {
+    auto main = fx_->OpenMain();
+    QVERIFY(Pick(*main, QStringLiteral("fxmasterUsers"), QStringLiteral("phoffmann")));
+    Trigger(*main, "mnuEditCopy");
+    // A user onto a Printers node: nothing, and Paste is not offered.
+    QVERIFY(Fx::Click(*main, QStringLiteral("fxprint01Printers")));
+    QVERIFY(!Enabled(*main, "mnuEditPaste") && !Enabled(*main, "mnuPopup3Paste"));
+    const size_t printers = Store().ListPrinters("fxprint01").size();
+    Trigger(*main, "mnuEditPaste");
+    QCOMPARE(Store().ListPrinters("fxprint01").size(), printers);
+    QVERIFY(Fx::Click(*main, QStringLiteral("fxsalesUsers")));
+    QVERIFY(Enabled(*main, "mnuEditPaste") && Enabled(*main, "mnuPopup3Paste"));
+}
+
+void TestClipboard::CopyAndCutBetweenServers() {
+    auto main = fx_->OpenMain();
+    const UserRecord source = Store().GetUser("fxmaster", "phoffmann");
+    QVERIFY(Pick(*main, QStringLiteral("fxmasterUsers"), QStringLiteral("phoffmann")));
+    Trigger(*main, "mnuEditCopy");
+    QVERIFY(Fx::Click(*main, QStringLiteral("fxsalesUsers")));
+    QTest::keyClick(main->Tree(), Qt::Key_V, Qt::ControlModifier);
+    const UserRecord copy = Store().GetUser("fxsales", "phoffmann");
+    QVERIFY(!copy.is_new());
+    QCOMPARE(copy.comment(), source.comment());
+    QCOMPARE(copy.tsi(), source.tsi());
+    QCOMPARE(copy.extras_size(), source.extras_size());
+    QVERIFY(!Store().GetUser("fxmaster", "phoffmann").is_new());
+    QVERIFY(RowOf(*main, QStringLiteral("phoffmann")) >= 0);
+
+    // Cut moves: gone from the source, there on the target, the clipboard
+    // emptied.
+    QVERIFY(Pick(*main, QStringLiteral("fxmasterUsers"), QStringLiteral("kwagner")));
+    Trigger(*main, "mnuEditCut");
+    QVERIFY(main->ClipboardIsCut());
+    QVERIFY(Fx::Click(*main, QStringLiteral("fxsalesUsers")));
+    Trigger(*main, "mnuPopup3Paste");
+    QVERIFY(Store().GetUser("fxmaster", "kwagner").is_new());
+    QVERIFY(!Store().GetUser("fxsales", "kwagner").is_new());
+    QVERIFY(!main->Clipboard());
+}
+
+void TestClipboard::LocalToRemoteAsksFirst() {
+    auto main = fx_->OpenMain();
+    const QString remote = QStringLiteral("remote-hq.example.netUsers");
+    for (const char* command : {"mnuEditCopy", "mnuEditCut"}) {
+        QVERIFY(Pick(*main, QStringLiteral("fxmasterUsers"), QStringLiteral("phoffmann")));
+        Trigger(*main, command);
+        QVERIFY(Fx::Click(*main, remote));
+        fx_->prompter.Answer(Answer::No);
+        Trigger(*main, "mnuEditPaste");
+        const Prompt& asked = fx_->prompter.LastPrompt();
+        QCOMPARE(asked.text, GetLabel(QStringLiteral("UserFromLocalToRemote")));
+        QCOMPARE(asked.icon, PromptIcon::Exclamation);
+        QCOMPARE(asked.buttons, PromptButtons::YesNo);
+        QCOMPARE(asked.defaultButton, 2);
+        QVERIFY2(!Store().GetUser("fxmaster", "phoffmann").is_new(), command);
+        QVERIFY2(Store().GetUser("remote-hq.example.net", "phoffmann").is_new(), command);
+    }
+    fx_->prompter.Answer(Answer::Yes);
+    Trigger(*main, "mnuEditPaste");
+    QVERIFY(Store().GetUser("fxmaster", "phoffmann").is_new());
+    QVERIFY(!Store().GetUser("remote-hq.example.net", "phoffmann").is_new());
+}
+
+void TestClipboard::TakenNameBeepsAndTheCutKeepsItsLoss() {
+    auto main = fx_->OpenMain();
+    QVERIFY(Pick(*main, QStringLiteral("fxmasterUsers"), QStringLiteral("phoffmann")));
+    Trigger(*main, "mnuEditCopy");
+    QVERIFY(Fx::Click(*main, QStringLiteral("fxsalesUsers")));
+    Trigger(*main, "mnuEditPaste");
+    const int64_t copied = Store().GetUser("fxsales", "phoffmann").version();
+    // Again: the target has the name; a beep, and nothing changes there.
+    int beeps = fx_->prompter.BeepCount();
+    Trigger(*main, "mnuEditPaste");
+    QCOMPARE(fx_->prompter.BeepCount(), beeps + 1);
+    QCOMPARE(Store().GetUser("fxsales", "phoffmann").version(), copied);
+    QVERIFY(!Store().GetUser("fxmaster", "phoffmann").is_new());
+    // Cut onto the taken name: the source's user is gone and not added; the
+    // paste order has always done this, and it is kept.
+    QVERIFY(Pick(*main, QStringLiteral("fxmasterUsers"), QStringLiteral("phoffmann")));
+    Trigger(*main, "mnuEditCut");
+    QVERIFY(Fx::Click(*main, QStringLiteral("fxsalesUsers")));
+    beeps = fx_->prompter.BeepCount();
+    Trigger(*main, "mnuEditPaste");
+    QCOMPARE(fx_->prompter.BeepCount(), beeps + 1);
+    QVERIFY(Store().GetUser("fxmaster", "phoffmann").is_new());
+    QCOMPARE(Store().GetUser("fxsales", "phoffmann").version(), copied);
+}
+
+void TestClipboard::RefusedReferenceUndoesTheCut() {
+    // jmueller prints on lj-acc, which the sales server does not have.
+    auto main = fx_->OpenMain();
+    QVERIFY(Pick(*main, QStringLiteral("fxmasterUsers"), QStringLiteral("jmueller")));
+    Trigger(*main, "mnuEditCut");
+    QVERIFY(Fx::Click(*main, QStringLiteral("fxsalesUsers")));
+    fx_->prompter.Answer(Answer::OK);
+    Trigger(*main, "mnuEditPaste");
+    const Prompt& refused = fx_->prompter.LastPrompt();
+    QVERIFY2(refused.text.contains(QStringLiteral("(81010007)")), qPrintable(refused.text));
+    QVERIFY(!Store().GetUser("fxmaster", "jmueller").is_new());
+    QVERIFY(Store().GetUser("fxsales", "jmueller").is_new());
+}
+
+void TestClipboard::DeviceWithItsLinesAndGatewayUser() {
+    auto main = fx_->OpenMain();
+    // isdn5 of the sales server, with its configured lines.
+    const DeviceRecord source = Store().GetDevice("fxsales", "isdn5");
+    QVERIFY(source.secondary_lines_size() >= 2);
+    QVERIFY(Pick(*main, QStringLiteral("fxsalesDevices"), QStringLiteral("isdn5")));
+    Trigger(*main, "mnuEditCopy");
+    QVERIFY(Fx::Click(*main, QStringLiteral("fxline01Devices")));
+    Trigger(*main, "mnuEditPaste");
+    const DeviceRecord copy = Store().GetDevice("fxline01", "isdn5");
+    QVERIFY(!copy.is_new());
+    QCOMPARE(copy.secondary_lines_size(), source.secondary_lines_size());
+    QCOMPARE(copy.secondary_lines(0).settings().comment(),
+             source.secondary_lines(0).settings().comment());
+
+    QVERIFY(Pick(*main, QStringLiteral("smtp.example.com"), QStringLiteral("orders@example.com")));
+    Trigger(*main, "mnuEditCut");
+    QVERIFY(Fx::Click(*main, QStringLiteral("x400.example.net")));
+    Trigger(*main, "mnuEditPaste");
+    QCOMPARE(Store().GetGatewayUser("x400.example.net", "orders@example.com").extension(),
+             std::string("250"));
+    QVERIFY(Store().GetGatewayUser("smtp.example.com", "orders@example.com").is_new());
+}
+
+void TestClipboard::DragAndDropCopiesAndShiftMoves() {
+    auto main = fx_->OpenMain();
+    QVERIFY(Fx::Click(*main, QStringLiteral("fxmasterUsers")));
+    // Not onto a node of another kind.
+    QVERIFY(!Drop(*main, QStringLiteral("phoffmann"), QStringLiteral("fxprint01Printers")));
+    QVERIFY(Drop(*main, QStringLiteral("phoffmann"), QStringLiteral("fxsalesUsers")));
+    QTRY_VERIFY(!Store().GetUser("fxsales", "phoffmann").is_new());
+    QVERIFY(!Store().GetUser("fxmaster", "phoffmann").is_new());
+    QTRY_COMPARE(CurrentKey(*main), QStringLiteral("fxmasterUsers"));
+    QVERIFY(
+        Drop(*main, QStringLiteral("kwagner"), QStringLiteral("fxsalesUsers"), Qt::ShiftModifier));
+    QTRY_VERIFY(!Store().GetUser("fxsales", "kwagner").is_new());
+    QVERIFY(Store().GetUser("fxmaster", "kwagner").is_new());
+    QTRY_COMPARE(RowOf(*main, QStringLiteral("kwagner")), -1);
+}
+
+QTEST_MAIN(TestClipboard)
+#include "tst_clipboard.moc"

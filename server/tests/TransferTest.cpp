@@ -1,0 +1,142 @@
+// Copy and move between servers and gateways: one commit in the order the
+// console's Paste promises, everything rolled back on a refusal, and the one
+// loss that order keeps on purpose (a cut object whose name the target has).
+
+#include <gtest/gtest.h>
+
+#include "tests/DemoTestSupport.h"
+#include "tests/StoreFixtures.h"
+
+namespace veldrano::server::testing {
+namespace {
+
+pb::TransferRequest Transfer(const char* kind, const char* source, const char* name,
+                             const char* target, bool cut) {
+    pb::TransferRequest request;
+    request.set_kind(kind);
+    request.set_source(source);
+    request.set_name(name);
+    request.set_target(target);
+    request.set_cut(cut);
+    return request;
+}
+
+class TransferTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        SeedInstallation(*store);
+        store->SetUserPasswordHash("alpha", "alice", "hash-of-alice");
+    }
+    bool PasswordSet(const std::string& host, const std::string& name) {
+        return store->GetUser(host, name).password_set();
+    }
+    TempStore store;
+};
+
+TEST_F(TransferTest, ACopiedUserKeepsEveryPropertyAndItsPassword) {
+    EXPECT_EQ(store->TransferObject(Transfer("User", "alpha", "alice", "beta", false)),
+              pb::TRANSFERRED);
+    const pb::User source = store->GetUser("alpha", "alice");
+    pb::User copy = store->GetUser("beta", "alice");
+    ASSERT_FALSE(copy.is_new());
+    EXPECT_EQ(copy.comment(), source.comment());
+    ASSERT_EQ(copy.extras_size(), 1);
+    EXPECT_EQ(copy.extras(0).value(), "Sales");
+    EXPECT_TRUE(PasswordSet("beta", "alice"));
+    // Cut: the source goes, the target gets it.
+    EXPECT_EQ(store->TransferObject(Transfer("User", "beta", "bob", "alpha", true)),
+              pb::TRANSFERRED);
+    EXPECT_TRUE(store->GetUser("beta", "bob").is_new());
+    EXPECT_FALSE(store->GetUser("alpha", "bob").is_new());
+}
+
+TEST_F(TransferTest, MissingOrBlockingEndsStopChangeNothing) {
+    EXPECT_EQ(store->TransferObject(Transfer("User", "alpha", "nobody", "beta", true)),
+              pb::TRANSFER_STOPPED);
+    EXPECT_EQ(store->TransferObject(Transfer("User", "alpha", "alice", "omega", true)),
+              pb::TRANSFER_STOPPED);
+    store->SetServerOnline("beta", false);
+    EXPECT_EQ(store->TransferObject(Transfer("User", "alpha", "alice", "beta", true)),
+              pb::TRANSFER_STOPPED);
+    EXPECT_FALSE(store->GetUser("alpha", "alice").is_new());
+    EXPECT_REFUSED(store->TransferObject(Transfer("Group", "alpha", "Sales", "beta", false)),
+                   pb::ERROR_INVALID_ARGUMENT);
+}
+
+TEST_F(TransferTest, ACutOntoATakenNameLeavesTheSourceOnPurpose) {
+    // A copy onto a taken name adds nothing and removes nothing.
+    store->TransferObject(Transfer("User", "alpha", "alice", "beta", false));
+    const int64_t copied = store->GetUser("beta", "alice").version();
+    EXPECT_EQ(store->TransferObject(Transfer("User", "alpha", "alice", "beta", false)),
+              pb::TRANSFER_TARGET_EXISTS);
+    EXPECT_FALSE(store->GetUser("alpha", "alice").is_new());
+    // Cut: the source's user is gone, the target's is the one it had.
+    EXPECT_EQ(store->TransferObject(Transfer("User", "alpha", "alice", "beta", true)),
+              pb::TRANSFER_TARGET_EXISTS);
+    EXPECT_TRUE(store->GetUser("alpha", "alice").is_new());
+    EXPECT_EQ(store->GetUser("beta", "alice").version(), copied);
+}
+
+TEST_F(TransferTest, ARefusalOnTheTargetUndoesTheCut) {
+    // alice prints on laser1, which beta does not have.
+    auto alice = store->GetUser("alpha", "alice");
+    alice.set_printer("laser1");
+    store->CommitUser(alice);
+    EXPECT_REFUSED(store->TransferObject(Transfer("User", "alpha", "alice", "beta", true)),
+                   pb::ERROR_UNKNOWN_REFERENCE);
+    EXPECT_FALSE(store->GetUser("alpha", "alice").is_new());
+    EXPECT_TRUE(store->GetUser("beta", "alice").is_new());
+    EXPECT_EQ(store->GetGroup("Sales").members_size(), 2);
+    // A printer that a user prints on does not leave its server, and a copy
+    // onto a server without the printer role is refused.
+    EXPECT_REFUSED(store->TransferObject(Transfer("Printer", "alpha", "laser1", "gamma", true)),
+                   pb::ERROR_STILL_NAMED);
+    EXPECT_REFUSED(store->TransferObject(Transfer("Printer", "alpha", "laser1", "beta", false)),
+                   pb::ERROR_ROLE_MISSING);
+    EXPECT_FALSE(store->GetPrinter("alpha", "laser1").is_new());
+    EXPECT_TRUE(store->GetPrinter("gamma", "laser1").is_new());
+}
+
+TEST_F(TransferTest, PrintersDevicesWithTheirLinesAndGatewayUsers) {
+    EXPECT_EQ(store->TransferObject(Transfer("Printer", "alpha", "laser1", "gamma", true)),
+              pb::TRANSFERRED);
+    EXPECT_EQ(store->GetPrinter("gamma", "laser1").filter_command(), "lpr -P laser1");
+    EXPECT_TRUE(store->GetPrinter("alpha", "laser1").is_new());
+
+    // A device moves with its secondary line.
+    pb::DeviceLine line;
+    line.set_number(2);
+    line.mutable_settings()->set_comment("Second channel");
+    line.mutable_settings()->set_user_server("alpha");
+    line.mutable_settings()->set_reservation_timeout(1);
+    line.mutable_settings()->set_scanner_page_wait(1);
+    store->SaveDeviceLine("alpha", "isdn1", line);
+    auto gammaServer = store->GetServer("gamma");
+    gammaServer.set_device_server(true);
+    store->CommitServer(gammaServer);
+    EXPECT_EQ(store->TransferObject(Transfer("Device", "alpha", "isdn1", "gamma", false)),
+              pb::TRANSFERRED);
+    const pb::Device copy = store->GetDevice("gamma", "isdn1");
+    ASSERT_EQ(copy.secondary_lines_size(), 1);
+    EXPECT_EQ(copy.secondary_lines(0).settings().comment(), "Second channel");
+    EXPECT_EQ(copy.configured_lines(), store->GetDevice("alpha", "isdn1").configured_lines());
+
+    pb::Gateway smtp;
+    smtp.set_name("smtp.example.com");
+    smtp.set_is_new(true);
+    store->CommitGateway(smtp);
+    pb::Gateway x400 = smtp;
+    x400.set_name("x400.example.net");
+    store->CommitGateway(x400);
+    auto user = store->GetGatewayUser("smtp.example.com", "sales@example.com");
+    user.set_extension("200");
+    store->CommitGatewayUser(user);
+    EXPECT_EQ(store->TransferObject(Transfer("GatewayUser", "smtp.example.com", "sales@example.com",
+                                             "x400.example.net", true)),
+              pb::TRANSFERRED);
+    EXPECT_EQ(store->GetGatewayUser("x400.example.net", "sales@example.com").extension(), "200");
+    EXPECT_TRUE(store->GetGatewayUser("smtp.example.com", "sales@example.com").is_new());
+}
+
+}  // namespace
+}  // namespace veldrano::server::testing
