@@ -122,6 +122,9 @@ protected:
     // Keeps the typed key (selected) instead of clearing it when the dialog
     // goes back to NewKey or Empty.
     void SetKeepKey(bool keep) { keepKey_ = keep; }
+    // The field that takes the focus when the details open, where it
+    // depends on the record (a key typed only for a new object).
+    void SetFirstDetail(QWidget* field) { controls_.firstDetail = field; }
 
     // Changes of the field mark the dialog changed.
     void WatchField(QWidget* field);

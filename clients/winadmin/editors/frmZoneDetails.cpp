@@ -81,6 +81,7 @@ bool frmZoneDetails::ReadRequest() {
 void frmZoneDetails::LoadMore() {
     // The name is the zone's key: typed once, for a new zone.
     SetFieldLocked(ui->edtZoneName, !Kept().is_new());
+    SetFirstDetail(Kept().is_new() ? static_cast<QWidget*>(ui->edtZoneName) : ui->chkIsLocal);
 }
 
 void frmZoneDetails::EnableRules() {
