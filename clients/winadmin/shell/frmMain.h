@@ -124,7 +124,8 @@ public:
     const std::optional<ClipboardItem>& Clipboard() const { return clipboard_; }
     bool ClipboardIsCut() const { return cut_; }
     // Copies (or, cut, moves) item to the object of the node; answers
-    // whether anything was asked of the server.
+    // whether the server carried out the request (a refusal has been shown
+    // and changed nothing; a No to the question asked nothing).
     bool TransferObject(const ClipboardItem& item, const QTreeWidgetItem* target, bool cut);
 
     // The list's pop-up menu and the start, stop and terminate commands

@@ -130,14 +130,14 @@ bool frmMain::TransferObject(const ClipboardItem& item, const QTreeWidgetItem* t
     const QString to = gatewayUser ? scope.object : scope.server;
     if (to.isEmpty()) return false;
     pb::TransferOutcome outcome = pb::TRANSFER_STOPPED;
-    bool asked = false;
+    bool answered = false;
     CallSession([&] {
         if (item.kind == QLatin1String("User") && !MayTransferUser(item, to)) return;
-        asked = true;
         outcome = TheSession()->TransferObject(item.kind, item.source, item.name, to, cut);
+        answered = true;
     });
     if (outcome == pb::TRANSFER_TARGET_EXISTS) ThePrompter().Beep();
-    return asked;
+    return answered;
 }
 
 void frmMain::DropOnTree(QDropEvent* event) {

@@ -197,6 +197,8 @@ void TestClipboard::RefusedReferenceUndoesTheCut() {
     QVERIFY2(refused.text.contains(QStringLiteral("(81010007)")), qPrintable(refused.text));
     QVERIFY(!Store().GetUser("fxmaster", "jmueller").is_new());
     QVERIFY(Store().GetUser("fxsales", "jmueller").is_new());
+    // The cut is still on the clipboard, for another target.
+    QVERIFY(main->Clipboard() && main->ClipboardIsCut());
 }
 
 void TestClipboard::DeviceWithItsLinesAndGatewayUser() {
