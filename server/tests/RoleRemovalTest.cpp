@@ -22,13 +22,7 @@ protected:
     void SetUp() override {
         SeedInstallation(*store);
         // A secondary line, to see that lines go with their device.
-        pb::DeviceLine line;
-        line.set_number(2);
-        line.mutable_settings()->set_comment("Second channel");
-        line.mutable_settings()->set_user_server("alpha");
-        line.mutable_settings()->set_reservation_timeout(1);
-        line.mutable_settings()->set_scanner_page_wait(1);
-        store->SaveDeviceLine("alpha", "isdn1", line);
+        ConfigureSecondLine(*store);
         alpha = store->GetServer("alpha");
     }
 

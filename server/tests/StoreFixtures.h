@@ -91,4 +91,16 @@ inline void SeedInstallation(Store& store) {
     }
 }
 
+// Configures line 2 of the seeded ISDN device isdn1 of alpha, comment
+// "Second channel".
+inline void ConfigureSecondLine(Store& store) {
+    pb::DeviceLine line;
+    line.set_number(2);
+    line.mutable_settings()->set_comment("Second channel");
+    line.mutable_settings()->set_user_server("alpha");
+    line.mutable_settings()->set_reservation_timeout(1);
+    line.mutable_settings()->set_scanner_page_wait(1);
+    store.SaveDeviceLine("alpha", "isdn1", line);
+}
+
 }  // namespace veldrano::server::testing

@@ -104,13 +104,7 @@ TEST_F(TransferTest, PrintersDevicesWithTheirLinesAndGatewayUsers) {
     EXPECT_TRUE(store->GetPrinter("alpha", "laser1").is_new());
 
     // A device moves with its secondary line.
-    pb::DeviceLine line;
-    line.set_number(2);
-    line.mutable_settings()->set_comment("Second channel");
-    line.mutable_settings()->set_user_server("alpha");
-    line.mutable_settings()->set_reservation_timeout(1);
-    line.mutable_settings()->set_scanner_page_wait(1);
-    store->SaveDeviceLine("alpha", "isdn1", line);
+    ConfigureSecondLine(*store);
     auto gammaServer = store->GetServer("gamma");
     gammaServer.set_device_server(true);
     store->CommitServer(gammaServer);

@@ -12,12 +12,12 @@ namespace winadmin {
 
 const QString ListModel::DragFormat = QStringLiteral("application/x-veldrano-explorer-rows");
 
-namespace {
-
-bool IsDraggable(const QString& iconKey) {
+bool ListModel::IsDraggable(const QString& iconKey) {
     return iconKey == QLatin1String("User") || iconKey == QLatin1String("Printer") ||
            iconKey == QLatin1String("Device") || iconKey == QLatin1String("GatewayUser");
 }
+
+namespace {
 
 class Utf8Row final : public ListRecords {
 public:

@@ -105,6 +105,9 @@ public:
     // Rows of users, printers, devices and gateway users can be dragged onto
     // the tree; the drag carries their kind, server and text in this format.
     static const QString DragFormat;
+    // The kinds that move between servers (or gateways): by dragging, and
+    // by copy and paste.
+    static bool IsDraggable(const QString& iconKey);
     // The kind word of the rows a drag carries; empty for foreign data.
     static QString DraggedKind(const QMimeData* data);
     // Its rows, one "kind<Tab>server<Tab>name" each.

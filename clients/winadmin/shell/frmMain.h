@@ -188,7 +188,9 @@ private:
     void UpdateObjectCommands();
     void ConnectStartStop();
     void ConnectClipboard();
-    void UpdateClipboardCommands();
+    // Part of UpdateObjectCommands: Copy and Cut for a movable selection,
+    // Paste where the clipboard's object fits.
+    void UpdateClipboardCommands(const Selection& selection, const QString& nodeKind);
     // A drop of list rows on a tree node: a copy, or a move with Shift.
     void DropOnTree(QDropEvent* event);
 

@@ -26,11 +26,6 @@ namespace winadmin {
 
 namespace {
 
-bool IsTransferable(const QString& kind) {
-    return kind == QLatin1String("User") || kind == QLatin1String("Printer") ||
-           kind == QLatin1String("Device") || kind == QLatin1String("GatewayUser");
-}
-
 const ServerRecord* FindServer(const std::vector<ServerRecord>& servers, const QString& name) {
     for (const ServerRecord& server : servers)
         if (Text(server.name()) == name) return &server;
@@ -61,34 +56,13 @@ void frmMain::ConnectClipboard() {
     connect(ui->mnuEditCopy, &QAction::triggered, this, [this] { CopyObject(false); });
     connect(ui->mnuEditCut, &QAction::triggered, this, [this] { CopyObject(true); });
     connect(ui->mnuEditPaste, &QAction::triggered, this, &frmMain::PasteObject);
-    // The pop-up entries that forward to the three commands follow them.
-    for (QAction* target : {ui->mnuEditCopy, ui->mnuEditCut, ui->mnuEditPaste}) {
-        const QString suffix = target->objectName().mid(int(qstrlen("mnuEdit")));
-        for (QAction* entry : findChildren<QAction*>()) {
-            if (entry == target || !entry->objectName().endsWith(suffix)) continue;
-            entry->setEnabled(target->isEnabled());
-            connect(target, &QAction::enabledChanged, entry, &QAction::setEnabled);
-        }
-    }
-    connect(ui->tvTreeView, &QTreeWidget::currentItemChanged, this,
-            &frmMain::UpdateClipboardCommands);
-    connect(listModel_, &QAbstractItemModel::modelReset, this, [this] {
-        if (QItemSelectionModel* rows = ui->lvListView->SelectionModel())
-            connect(rows, &QItemSelectionModel::selectionChanged, this,
-                    &frmMain::UpdateClipboardCommands, Qt::UniqueConnection);
-        UpdateClipboardCommands();
-    });
-    connect(qApp, &QApplication::focusChanged, this, &frmMain::UpdateClipboardCommands);
-    UpdateClipboardCommands();
 }
 
-void frmMain::UpdateClipboardCommands() {
-    const Selection selection = SelectedObject();
-    const bool takes = !selection.IsEmpty() && IsTransferable(selection.kind);
+void frmMain::UpdateClipboardCommands(const Selection& selection, const QString& nodeKind) {
+    const bool takes = !selection.IsEmpty() && ListModel::IsDraggable(selection.kind);
     ui->mnuEditCopy->setEnabled(takes);
     ui->mnuEditCut->setEnabled(takes);
-    const QTreeWidgetItem* node = ui->tvTreeView->currentItem();
-    ui->mnuEditPaste->setEnabled(clipboard_ && node && AcceptsDrop(KindOf(node), clipboard_->kind));
+    ui->mnuEditPaste->setEnabled(clipboard_ && AcceptsDrop(nodeKind, clipboard_->kind));
 }
 
 void frmMain::CopyObject(bool cut) {
@@ -101,7 +75,7 @@ void frmMain::CopyObject(bool cut) {
     const Selection selection = SelectedObject();
     const bool fromFocus = (inTree && selection.control == QLatin1String("TreeView")) ||
                            (inList && selection.control == QLatin1String("ListView"));
-    if (!fromFocus || !IsTransferable(selection.kind)) {
+    if (!fromFocus || !ListModel::IsDraggable(selection.kind)) {
         ThePrompter().Beep();
         return;
     }
@@ -110,7 +84,7 @@ void frmMain::CopyObject(bool cut) {
         ClipboardItem{selection.kind, selection.text,
                       selection.kind == QLatin1String("GatewayUser") ? selection.scope.object
                                                                      : selection.Server()};
-    UpdateClipboardCommands();
+    UpdateObjectCommands();
 }
 
 void frmMain::PasteObject() {

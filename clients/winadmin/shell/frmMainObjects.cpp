@@ -90,8 +90,11 @@ void frmMain::ConnectObjectCommands() {
     if (QItemSelectionModel* rows = ui->lvListView->SelectionModel())
         connect(rows, &QItemSelectionModel::selectionChanged, this, &frmMain::UpdateObjectCommands);
 
-    // The pop-up entries that forward to the three commands follow them.
-    for (QAction* target : {ui->mnuFileNew, ui->mnuFileProperties, ui->mnuFileDelete}) {
+    // The pop-up entries that forward to the object and clipboard commands
+    // follow their state.
+    for (QAction* target : {ui->mnuFileNew, ui->mnuFileProperties, ui->mnuFileDelete,
+                            ui->mnuEditCopy, ui->mnuEditCut, ui->mnuEditPaste}) {
+        // "mnuFile" and "mnuEdit" are prefixes of one length.
         const QString suffix = target->objectName().mid(int(qstrlen("mnuFile")));
         for (QAction* entry : findChildren<QAction*>()) {
             const QString name = entry->objectName();
@@ -144,6 +147,7 @@ void frmMain::UpdateObjectCommands() {
     ui->mnuFileProperties->setEnabled(OpensFrom(selection.kind, fromTree) &&
                                       FindObjectWindow(selection.kind));
     ui->mnuFileDelete->setEnabled(DeletesFrom(selection.kind, fromTree));
+    UpdateClipboardCommands(selection, nodeKind);
 }
 
 void frmMain::NewObject() {

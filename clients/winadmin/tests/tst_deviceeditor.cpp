@@ -111,10 +111,6 @@ void ChooseServer(EditorDriver& editor, const QString& host) {
     editor.Click("cmdUserServer");
 }
 
-bool Enabled(EditorDriver& editor, const char* control) {
-    return editor.Field<QWidget>(control)->isEnabled();
-}
-
 }  // namespace
 
 class TestDeviceEditor : public ExplorerSuite {
@@ -364,7 +360,7 @@ void TestDeviceEditor::LineDelete() {
     DeviceEditor editor(Open(trunk));
     auto* lines = editor.Field<QComboBox>("cboLine");
     // The primary line cannot go.
-    QVERIFY(!Enabled(editor, "cmdDelete"));
+    QVERIFY(!editor.Enabled("cmdDelete"));
     // A line counted but not stored: said, nothing deleted.
     lines->setCurrentIndex(lines->count() - 1);
     fx_->prompter.Answer(Answer::OK);
@@ -426,7 +422,7 @@ void TestDeviceEditor::TypeChange() {
     auto* type = editor.Field<QComboBox>("cboDeviceType");
     type->setCurrentIndex(type->findData(9));
     QCOMPARE(editor.dialog.State(), EditorState::Changed);
-    QVERIFY(Enabled(editor, "picBuiltinPrinter"));
+    QVERIFY(editor.Enabled("picBuiltinPrinter"));
     editor.Click("cmdOK");
     QVERIFY(!editor.dialog.isVisible());
     QCOMPARE(Stored(Store(), fax).type(), 9);
@@ -457,10 +453,10 @@ void TestDeviceEditor::EnableRulesFollowTheType() {
         const DeviceId device = DeviceOfType(Store(), rules.type);
         DeviceEditor editor(Open(device));
         for (const QString& control : rules.enabled)
-            QVERIFY2(Enabled(editor, qPrintable(control)),
+            QVERIFY2(editor.Enabled(qPrintable(control)),
                      qPrintable(QStringLiteral("type %1: %2").arg(rules.type).arg(control)));
         for (const QString& control : rules.disabled)
-            QVERIFY2(!Enabled(editor, qPrintable(control)),
+            QVERIFY2(!editor.Enabled(qPrintable(control)),
                      qPrintable(QStringLiteral("type %1: %2").arg(rules.type).arg(control)));
         auto* sms = editor.Field<QWidget>("chkEnableSMS");
         QCOMPARE(sms->isEnabledTo(editor.Field<QWidget>("fraEnableOptions")), rules.type == 7);
@@ -472,22 +468,22 @@ void TestDeviceEditor::EnableRulesFollowTheType() {
     QVERIFY(recording->isEnabled());
     Set(voice, "chkEnableVoice=0");
     QVERIFY(!recording->isEnabled());
-    QVERIFY(!Enabled(voice, "chkEnableSilenceCompression"));
+    QVERIFY(!voice.Enabled("chkEnableSilenceCompression"));
     // A line without fax has no fax fields, and a disabled field is grey.
     const DeviceId faxId = DeviceOfType(Store(), 1);
     pb::Device noFax = Stored(Store(), faxId);
     noFax.mutable_primary()->set_enable_fax(false);
     Store().CommitDevice(noFax);
     DeviceEditor fax(Open(faxId));
-    QVERIFY(!Enabled(fax, "edtTSI") && !Enabled(fax, "edtGetExternalLine"));
+    QVERIFY(!fax.Enabled("edtTSI") && !fax.Enabled("edtGetExternalLine"));
     QCOMPARE(fax.Field("edtTSI")->palette().color(QPalette::Base),
              QApplication::palette().color(QPalette::Button));
     QCOMPARE(fax.Field("edtNumberPrefix")->palette().color(QPalette::Base),
              QApplication::palette().color(QPalette::Base));
     // The reservation time-out waits for a scanner user.
-    QVERIFY(!Enabled(fax, "edtReservationTimeout"));
+    QVERIFY(!fax.Enabled("edtReservationTimeout"));
     Set(fax, "edtScannerUser=pick");
-    QVERIFY(Enabled(fax, "edtReservationTimeout"));
+    QVERIFY(fax.Enabled("edtReservationTimeout"));
 }
 
 void TestDeviceEditor::OlderServersRetireFields() {
@@ -510,8 +506,8 @@ void TestDeviceEditor::OlderServersRetireFields() {
     {
         RestartAnswerer save("cmdSave");
         DeviceEditor editor(Open(fax));
-        QVERIFY(Enabled(editor, "picInboundRouting"));
-        QVERIFY(!Enabled(editor, "edtCsiPrefix"));
+        QVERIFY(editor.Enabled("picInboundRouting"));
+        QVERIFY(!editor.Enabled("edtCsiPrefix"));
         QCOMPARE(editor.Field("edtCsiPrefix")->text(), QString());
         editor.Type("edtComment", QStringLiteral("Older release"));
         editor.Click("cmdOK");
@@ -523,8 +519,8 @@ void TestDeviceEditor::OlderServersRetireFields() {
     Store().SetMeta("server_level", "4");
     TheSession()->Login();
     DeviceEditor editor(Open(fax));
-    QVERIFY(!Enabled(editor, "picInboundRouting") && !Enabled(editor, "picExtras"));
-    QVERIFY(Enabled(editor, "picAccounting"));
+    QVERIFY(!editor.Enabled("picInboundRouting") && !editor.Enabled("picExtras"));
+    QVERIFY(editor.Enabled("picAccounting"));
 }
 
 void TestDeviceEditor::NewDeviceAsTheServerMakesIt() {
@@ -532,7 +528,7 @@ void TestDeviceEditor::NewDeviceAsTheServerMakesIt() {
     const DeviceId fax = DeviceOfType(Store(), 1);
     DeviceEditor editor(New(fax.host));
     auto* type = editor.Field<QComboBox>("cboDeviceType");
-    QVERIFY(type->isEnabled() && !Enabled(editor, "cboLine"));
+    QVERIFY(type->isEnabled() && !editor.Enabled("cboLine"));
     type->setCurrentIndex(type->findData(4));
     editor.Type("edtDeviceName", QStringLiteral("(did)9"));
     QCOMPARE(editor.Field("edtDeviceName")->text(), QStringLiteral("did9"));

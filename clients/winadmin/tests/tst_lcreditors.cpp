@@ -48,10 +48,6 @@ using ZoneEditor = ShownEditor<frmZoneDetails>;
 using RateEditor = ShownEditor<frmRateDetails>;
 using DestinationEditor = ShownEditor<frmDestination>;
 
-bool Enabled(EditorDriver& editor, const char* control) {
-    return editor.Field<QWidget>(control)->isEnabled();
-}
-
 // A box clicked as a person does from the keyboard.
 void Toggle(EditorDriver& editor, const char* box) {
     QTest::keyClick(editor.Field<QCheckBox>(box), Qt::Key_Space);
@@ -126,24 +122,24 @@ void TestLcrEditors::ZoneIsLocalDaemonOrHostPair() {
     ZoneEditor editor(Zone("4"));
     QVERIFY(editor.Field<QCheckBox>("chkIsDaemon")->isChecked());
     QCOMPARE(editor.Field("edtDaemon")->text(), QStringLiteral("treasury@remote-hq.example.net"));
-    QVERIFY(Enabled(editor, "edtDaemon") && !Enabled(editor, "cboPrimHost"));
+    QVERIFY(editor.Enabled("edtDaemon") && !editor.Enabled("cboPrimHost"));
     // The name is the zone's key: fixed once stored.
     QVERIFY(editor.Field("edtZoneName")->isReadOnly());
     // Local clears the daemon and takes every host field away.
     Toggle(editor, "chkIsLocal");
     QVERIFY(!editor.Field<QCheckBox>("chkIsDaemon")->isChecked());
-    QVERIFY(!Enabled(editor, "edtDaemon") && !Enabled(editor, "cmdDaemonSelection"));
-    QVERIFY(!Enabled(editor, "cboPrimHost") && !Enabled(editor, "cboSecondHost"));
+    QVERIFY(!editor.Enabled("edtDaemon") && !editor.Enabled("cmdDaemonSelection"));
+    QVERIFY(!editor.Enabled("cboPrimHost") && !editor.Enabled("cboSecondHost"));
     QCOMPARE(editor.dialog.State(), EditorState::Changed);
     // Neither: the host pair.
     Toggle(editor, "chkIsLocal");
-    QVERIFY(Enabled(editor, "cboPrimHost") && Enabled(editor, "cboSecondHost"));
-    QVERIFY(!Enabled(editor, "edtDaemon"));
+    QVERIFY(editor.Enabled("cboPrimHost") && editor.Enabled("cboSecondHost"));
+    QVERIFY(!editor.Enabled("edtDaemon"));
     // Daemon again clears local and the hosts.
     Toggle(editor, "chkIsLocal");
     Toggle(editor, "chkIsDaemon");
     QVERIFY(!editor.Field<QCheckBox>("chkIsLocal")->isChecked());
-    QVERIFY(Enabled(editor, "edtDaemon") && !Enabled(editor, "cboPrimHost"));
+    QVERIFY(editor.Enabled("edtDaemon") && !editor.Enabled("cboPrimHost"));
 }
 
 void TestLcrEditors::ZoneChecks() {

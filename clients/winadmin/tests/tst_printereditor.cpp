@@ -35,10 +35,6 @@ QString TypeText(const char* key) {
     return GetLabel(QLatin1String(key));
 }
 
-bool Enabled(EditorDriver& editor, const char* control) {
-    return editor.Field<QWidget>(control)->isEnabled();
-}
-
 }  // namespace
 
 class TestPrinterEditor : public ExplorerSuite {
@@ -101,16 +97,16 @@ void TestPrinterEditor::TypeAndPaperListsKeepTheServersCodes() {
 
 void TestPrinterEditor::WindowsPrinterHasNoPaperSizeOrSplitPage() {
     PrinterEditor editor(OpenRequest(QStringLiteral("ps-board")));
-    QVERIFY(Enabled(editor, "cboPaperSize") && Enabled(editor, "edtSplitPage"));
+    QVERIFY(editor.Enabled("cboPaperSize") && editor.Enabled("edtSplitPage"));
     // An empty split page is not checked while the type has none.
     editor.Type("edtSplitPage", QString());
     editor.Set("cboPrinterType=" + TypeText("PRN_WINDOWS"));
     for (const char* control : {"cboPaperSize", "edtSplitPage", "updSplitPage"})
-        QVERIFY2(!Enabled(editor, control), control);
+        QVERIFY2(!editor.Enabled(control), control);
     QCOMPARE(editor.dialog.State(), EditorState::Changed);
     // Any other type brings them back, with their check.
     editor.Set("cboPrinterType=" + TypeText("PRN_PS"));
-    QVERIFY(Enabled(editor, "cboPaperSize") && Enabled(editor, "updSplitPage"));
+    QVERIFY(editor.Enabled("cboPaperSize") && editor.Enabled("updSplitPage"));
     fx_->prompter.Answer(Answer::OK);
     editor.Click("cmdOK");
     QCOMPARE(fx_->prompter.LastPrompt().text, EmptyMessage("Split Page"));
@@ -126,7 +122,7 @@ void TestPrinterEditor::WindowsPrinterHasNoPaperSizeOrSplitPage() {
 
     // Opened again, the stored Windows printer starts with them disabled.
     PrinterEditor again(OpenRequest(QStringLiteral("ps-board")));
-    QVERIFY(!Enabled(again, "cboPaperSize") && !Enabled(again, "edtSplitPage"));
+    QVERIFY(!again.Enabled("cboPaperSize") && !again.Enabled("edtSplitPage"));
 }
 
 void TestPrinterEditor::SplitPageStopsAt999() {

@@ -21,6 +21,7 @@ public:
     W* Field(const char* name) const {
         return Child<W>(window_, name);
     }
+    bool Enabled(const char* control) const { return Field<QWidget>(control)->isEnabled(); }
     void Type(const char* field, const QString& text) { Retype(Field(field), text); }
     void Key(const char* field, Qt::Key key);
     void Click(const char* button);
