@@ -3,6 +3,7 @@
 #include <ctime>
 
 #include "service/Labels.h"
+#include "service/Log.h"
 #include "sim/Simulator.h"
 #include "store/Store.h"
 
@@ -53,33 +54,92 @@ std::string TokenOf(grpc::ServerContext* context) {
 
 constexpr const char* kVersion = "1.0.0";
 
+// A detail quotes what the request brought ('a key', 'a name'). A quoted
+// value is cut to its first kEchoChars characters and the detail to about
+// kDetailBytes, so that a refusal of a huge value stays a small answer that
+// every client can read.
+constexpr size_t kEchoChars = 40;
+constexpr size_t kDetailBytes = 400;
+
+std::string ShortenEchoes(const std::string& detail) {
+    std::string out;
+    out.reserve(std::min(detail.size(), kDetailBytes + 8));
+    bool quoted = false, cut = false;
+    size_t chars = 0;
+    for (const char c : detail) {
+        const bool startsCharacter = (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+        if (startsCharacter && out.size() >= kDetailBytes) {
+            out += "...";
+            break;
+        }
+        if (c == '\'') {
+            if (quoted && cut) out += "...";
+            quoted = !quoted;
+            cut = false;
+            chars = 0;
+        } else if (quoted) {
+            if (startsCharacter) ++chars;
+            if (chars > kEchoChars) {
+                cut = true;
+                continue;
+            }
+        }
+        out += c;
+    }
+    return out;
+}
+
+bool IsCallerNoise(pb::Error code) {
+    return code == pb::ERROR_ACCESS_DENIED || code == pb::ERROR_THROTTLED ||
+           code == pb::ERROR_PROTOCOL;
+}
+
 }  // namespace
 
 grpc::Status ErrorStatus(pb::Error code, const std::string& detail) {
     auto info = DescribeError(code);
     pb::ErrorDetail error;
     error.set_number(info.number);
-    error.set_description(detail.empty() ? info.description : info.description + ": " + detail);
+    const std::string shortDetail = ShortenEchoes(detail);
+    error.set_description(shortDetail.empty() ? info.description
+                                              : info.description + ": " + shortDetail);
     error.set_source(info.source);
     return grpc::Status(TransportCode(code), error.description(), error.SerializeAsString());
 }
 
-AdminService::AdminService(Store& store, Auth& auth, Simulator& simulator)
-    : store_(store), auth_(auth), simulator_(simulator) {}
+AdminService::AdminService(Store& store, Auth& auth, Simulator& simulator,
+                           std::chrono::milliseconds writeTimeout)
+    : store_(store), auth_(auth), simulator_(simulator), watchdog_(writeTimeout) {}
 
 grpc::Status AdminService::Guard(grpc::ServerContext* context, const std::function<void()>& body,
-                                 bool needsToken) {
+                                 bool needsToken, const char* call) {
+    pb::Error code = pb::ERROR_NONE;
+    std::string detail;
     try {
         if (needsToken) auth_.Check(TokenOf(context));
         body();
         return grpc::Status::OK;
     } catch (const ServiceError& e) {
-        return ErrorStatus(e.code(), e.what());
+        code = e.code();
+        detail = e.what();
     } catch (const std::bad_alloc&) {
-        return ErrorStatus(pb::ERROR_REQUEST_TOO_LARGE, "");
+        code = pb::ERROR_REQUEST_TOO_LARGE;
     } catch (const std::exception& e) {
-        return ErrorStatus(pb::ERROR_STORE_FAILURE, e.what());
+        code = pb::ERROR_STORE_FAILURE;
+        detail = e.what();
     }
+    grpc::Status status = ErrorStatus(code, detail);
+    // Anyone who reaches the port can cause refusals without a session;
+    // those are rate-limited. The password is never part of a message.
+    const std::string line =
+        std::string(call) + " from " + context->peer() + " refused: " + status.error_message();
+    if (code == pb::ERROR_STORE_FAILURE)
+        Log(LogLevel::Error, line);
+    else if (IsCallerNoise(code))
+        LogNoise(needsToken ? LogLevel::Info : LogLevel::Warning, line);
+    else
+        Log(LogLevel::Info, line);
+    return status;
 }
 
 // ---------------------------------------------------------------------------
@@ -91,6 +151,7 @@ grpc::Status AdminService::Login(grpc::ServerContext* c, const pb::LoginRequest*
         c,
         [&] {
             reply->set_token(auth_.Login(ClientOf(c), req->password()));
+            Log(LogLevel::Notice, "login from " + c->peer() + " accepted");
             std::string host = req->host_name();
             host.erase(0, host.find_first_not_of(' '));
             host.erase(host.find_last_not_of(' ') + 1);
@@ -135,7 +196,11 @@ grpc::Status AdminService::GetLabels(grpc::ServerContext* c, const pb::LabelsReq
 grpc::Status AdminService::SetAdminPassword(grpc::ServerContext* c,
                                             const pb::ChangePasswordRequest* req, pb::Empty*) {
     // The caller keeps its session; every other console logs in again.
-    return Guard(c, [&] { auth_.ChangePassword(req->new_password(), TokenOf(c)); });
+    return Guard(c, [&] {
+        auth_.ChangePassword(req->new_password(), TokenOf(c));
+        Log(LogLevel::Notice,
+            "administrator password changed from " + c->peer() + "; every other session ended");
+    });
 }
 
 // ---------------------------------------------------------------------------

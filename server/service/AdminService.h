@@ -4,11 +4,13 @@
 // Login), every refusal becomes a status carrying an ErrorDetail, and no
 // exception ever escapes into gRPC.
 
+#include <chrono>
 #include <functional>
 #include <string>
 
 #include "admin.grpc.pb.h"
 #include "service/Auth.h"
+#include "service/WriteWatchdog.h"
 
 namespace veldrano::server {
 
@@ -19,7 +21,9 @@ namespace pb = veldrano::admin::v1;
 
 class AdminService final : public pb::Administration::Service {
 public:
-    AdminService(Store& store, Auth& auth, Simulator& simulator);
+    // A client that takes no page of a list for writeTimeout is cut off.
+    AdminService(Store& store, Auth& auth, Simulator& simulator,
+                 std::chrono::milliseconds writeTimeout = std::chrono::seconds(30));
 
     // Session
     grpc::Status Login(grpc::ServerContext*, const pb::LoginRequest*, pb::LoginReply*) override;
@@ -138,13 +142,15 @@ public:
     static constexpr size_t kPageBytes = 256 * 1024;
 
 private:
-    // Runs body after checking the caller's token; maps every failure.
+    // Runs body after checking the caller's token; maps every failure and
+    // logs each refusal with the call's name (the calling handler's).
     grpc::Status Guard(grpc::ServerContext* context, const std::function<void()>& body,
-                       bool needsToken = true);
+                       bool needsToken = true, const char* call = __builtin_FUNCTION());
 
     Store& store_;
     Auth& auth_;
     Simulator& simulator_;
+    WriteWatchdog watchdog_;
 };
 
 // A refusal as a gRPC status with the ErrorDetail in its binary details.

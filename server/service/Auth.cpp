@@ -51,8 +51,8 @@ std::string RandomPassword() {
     return ToHex(bytes, sizeof bytes);
 }
 
-Auth::Auth(Store& store, int failuresBeforeThrottle)
-    : store_(store), failuresBeforeThrottle_(failuresBeforeThrottle) {}
+Auth::Auth(Store& store, int attemptsPerWindow, std::chrono::milliseconds window)
+    : store_(store), attemptsPerWindow_(attemptsPerWindow), window_(window) {}
 
 bool Auth::HasPassword() {
     return !store_.GetMeta(kPasswordKey).empty();
@@ -84,29 +84,33 @@ void Auth::ChangePassword(const std::string& password, const std::string& keepTo
         it = it->first == keepToken ? std::next(it) : tokens_.erase(it);
 }
 
-std::string Auth::Login(const std::string& client, const std::string& password) {
-    {
-        std::lock_guard lock(mutex_);
-        auto it = failures_.find(client);
-        if (it != failures_.end() && Clock::now() < it->second.blockedUntil)
-            throw ServiceError(pb::ERROR_THROTTLED, "");  // the description says it all
-    }
-    // Hashing takes a while and much memory: do it outside the lock.
-    bool ok = VerifyPassword(store_.GetMeta(kPasswordKey), password);
+void Auth::CountAttempt(const std::string& client) {
     std::lock_guard lock(mutex_);
-    if (!ok) {
-        auto& f = failures_[client];
-        ++f.count;
-        if (f.count >= failuresBeforeThrottle_) {
-            int extra = std::min(f.count - failuresBeforeThrottle_, 6);
-            f.blockedUntil = Clock::now() + std::chrono::seconds(1 << extra);
-        }
-        throw ServiceError(pb::ERROR_ACCESS_DENIED, "the password was refused");
-    }
-    failures_.erase(client);
+    const auto now = Clock::now();
+    const auto expired = [&](const std::deque<Clock::time_point>& tries) {
+        return tries.empty() || now - tries.back() >= window_;
+    };
+    // Many addresses (a scan, a spoofing flood) must not grow the table
+    // without end: forget the ones whose attempts have all aged out.
+    if (tries_.size() > 4096)
+        std::erase_if(tries_, [&](const auto& entry) { return expired(entry.second); });
+    auto& tries = tries_[client];
+    while (!tries.empty() && now - tries.front() >= window_) tries.pop_front();
+    if (static_cast<int>(tries.size()) >= attemptsPerWindow_)
+        throw ServiceError(pb::ERROR_THROTTLED, "");  // the description says it all
+    tries.push_back(now);
+}
+
+std::string Auth::Login(const std::string& client, const std::string& password) {
+    CountAttempt(client);
+    // Hashing takes a while and much memory: do it outside the lock.
+    const bool ok = VerifyPassword(store_.GetMeta(kPasswordKey), password);
+    if (!ok) throw ServiceError(pb::ERROR_ACCESS_DENIED, "the password was refused");
     unsigned char bytes[32];
     randombytes_buf(bytes, sizeof bytes);
     std::string token = ToHex(bytes, sizeof bytes);
+    std::lock_guard lock(mutex_);
+    tries_.erase(client);
     tokens_[token] = Clock::now();
     return token;
 }

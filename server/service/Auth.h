@@ -4,9 +4,14 @@
 // The password is stored as an argon2id hash (libsodium, 19 MiB and two
 // passes at least). Tokens are random, live in memory, and expire after an
 // idle period; a restarted server therefore asks every console to log in again.
-// Repeated failures from one client are throttled with a growing delay.
+// Login attempts are throttled per client address: at most
+// kLoginAttemptsPerWindow password checks in any kLoginWindow. An attempt is
+// counted before its password is checked, so parallel guesses gain nothing;
+// attempts leave the count as they grow older than the window, and a
+// successful login clears it.
 
 #include <chrono>
+#include <deque>
 #include <map>
 #include <mutex>
 #include <string>
@@ -25,14 +30,18 @@ constexpr size_t kMinPasswordLength = 8;
 // with ERROR_PASSWORD_TOO_SHORT, and one over 256 bytes with ERROR_TOO_LONG.
 void CheckNewPassword(const std::string& password);
 
+constexpr int kLoginAttemptsPerWindow = 5;
+constexpr std::chrono::seconds kLoginWindow{60};
+
 class Auth {
 public:
     using Clock = std::chrono::steady_clock;
 
-    Auth(Store& store, int failuresBeforeThrottle);
+    explicit Auth(Store& store, int attemptsPerWindow = kLoginAttemptsPerWindow,
+                  std::chrono::milliseconds window = kLoginWindow);
 
     bool HasPassword();
-    // The password given at start-up.
+    // The password given at start-up, or by the offline reset.
     void SetPassword(const std::string& password);
     // A change through the protocol: checked with CheckNewPassword, and every
     // session but keepToken's ends, so that whoever knew the old password is
@@ -49,17 +58,16 @@ public:
     void SetIdleLimit(std::chrono::seconds limit) { idleLimit_ = limit; }
 
 private:
-    struct Failures {
-        int count = 0;
-        Clock::time_point blockedUntil{};
-    };
+    // Takes one attempt of client's allowance, or throws ERROR_THROTTLED.
+    void CountAttempt(const std::string& client);
 
     Store& store_;
-    int failuresBeforeThrottle_;
+    int attemptsPerWindow_;
+    std::chrono::milliseconds window_;
     std::chrono::seconds idleLimit_{8 * 3600};
     std::mutex mutex_;
-    std::map<std::string, Clock::time_point> tokens_;  // token -> last use
-    std::map<std::string, Failures> failures_;         // client -> recent failures
+    std::map<std::string, Clock::time_point> tokens_;             // token -> last use
+    std::map<std::string, std::deque<Clock::time_point>> tries_;  // client -> recent attempts
 };
 
 }  // namespace veldrano::server

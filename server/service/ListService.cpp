@@ -16,7 +16,9 @@ class PageWriter {
 public:
     using Adder = Record* (Page::*)();
 
-    PageWriter(grpc::ServerWriter<Page>* writer, Adder add) : writer_(writer), add_(add) {}
+    PageWriter(grpc::ServerContext* context, WriteWatchdog& watchdog,
+               grpc::ServerWriter<Page>* writer, Adder add)
+        : context_(context), watchdog_(watchdog), writer_(writer), add_(add) {}
 
     void Add(Record record) {
         size_t size = record.ByteSizeLong() + 8;
@@ -31,6 +33,7 @@ public:
 
 private:
     void Flush() {
+        WriteWatchdog::Watch watch(watchdog_, context_);
         if (!writer_->Write(page_))
             throw ServiceError(pb::ERROR_SERVER_BUSY, "the client stopped reading");
         written_ = true;
@@ -38,6 +41,8 @@ private:
         bytes_ = 0;
     }
 
+    grpc::ServerContext* context_;
+    WriteWatchdog& watchdog_;
     grpc::ServerWriter<Page>* writer_;
     Adder add_;
     Page page_;
@@ -46,8 +51,9 @@ private:
 };
 
 template <class Page, class Record, class Collection>
-void WriteAll(grpc::ServerWriter<Page>* writer, Record* (Page::*add)(), Collection&& records) {
-    PageWriter<Page, Record> pages(writer, add);
+void WriteAll(grpc::ServerContext* context, WriteWatchdog& watchdog,
+              grpc::ServerWriter<Page>* writer, Record* (Page::*add)(), Collection&& records) {
+    PageWriter<Page, Record> pages(context, watchdog, writer, add);
     for (auto& record : records) pages.Add(std::move(record));
     pages.Finish();
 }
@@ -56,13 +62,15 @@ void WriteAll(grpc::ServerWriter<Page>* writer, Record* (Page::*add)(), Collecti
 
 grpc::Status AdminService::ListServers(grpc::ServerContext* c, const pb::ListRequest*,
                                        grpc::ServerWriter<pb::ServerPage>* w) {
-    return Guard(c, [&] { WriteAll(w, &pb::ServerPage::add_servers, store_.ListServers()); });
+    return Guard(
+        c, [&] { WriteAll(c, watchdog_, w, &pb::ServerPage::add_servers, store_.ListServers()); });
 }
 
 grpc::Status AdminService::ListServerObjects(grpc::ServerContext* c, const pb::ListRequest*,
                                              grpc::ServerWriter<pb::ServerObjectsPage>* w) {
-    return Guard(
-        c, [&] { WriteAll(w, &pb::ServerObjectsPage::add_servers, store_.ListServerObjects()); });
+    return Guard(c, [&] {
+        WriteAll(c, watchdog_, w, &pb::ServerObjectsPage::add_servers, store_.ListServerObjects());
+    });
 }
 
 grpc::Status AdminService::ListUsers(grpc::ServerContext* c, const pb::ListRequest* req,
@@ -70,7 +78,7 @@ grpc::Status AdminService::ListUsers(grpc::ServerContext* c, const pb::ListReque
     return Guard(c, [&] {
         // Users can number hundreds of thousands: stream them straight from
         // the store instead of building the whole list first.
-        PageWriter<pb::UserPage, pb::User> pages(w, &pb::UserPage::add_users);
+        PageWriter<pb::UserPage, pb::User> pages(c, watchdog_, w, &pb::UserPage::add_users);
         store_.ForEachUser(req->host_name(), [&](pb::User& u) { pages.Add(std::move(u)); });
         pages.Finish();
     });
@@ -78,27 +86,31 @@ grpc::Status AdminService::ListUsers(grpc::ServerContext* c, const pb::ListReque
 
 grpc::Status AdminService::ListGroups(grpc::ServerContext* c, const pb::ListRequest*,
                                       grpc::ServerWriter<pb::GroupPage>* w) {
-    return Guard(c, [&] { WriteAll(w, &pb::GroupPage::add_groups, store_.ListGroups()); });
+    return Guard(
+        c, [&] { WriteAll(c, watchdog_, w, &pb::GroupPage::add_groups, store_.ListGroups()); });
 }
 
 grpc::Status AdminService::ListPrinters(grpc::ServerContext* c, const pb::ListRequest* req,
                                         grpc::ServerWriter<pb::PrinterPage>* w) {
     return Guard(c, [&] {
-        WriteAll(w, &pb::PrinterPage::add_printers, store_.ListPrinters(req->host_name()));
+        WriteAll(c, watchdog_, w, &pb::PrinterPage::add_printers,
+                 store_.ListPrinters(req->host_name()));
     });
 }
 
 grpc::Status AdminService::ListDevices(grpc::ServerContext* c, const pb::ListRequest* req,
                                        grpc::ServerWriter<pb::DevicePage>* w) {
     return Guard(c, [&] {
-        WriteAll(w, &pb::DevicePage::add_devices, store_.ListDevices(req->host_name()));
+        WriteAll(c, watchdog_, w, &pb::DevicePage::add_devices,
+                 store_.ListDevices(req->host_name()));
     });
 }
 
 grpc::Status AdminService::ListProcesses(grpc::ServerContext* c, const pb::ListRequest* req,
                                          grpc::ServerWriter<pb::ProcessPage>* w) {
     return Guard(c, [&] {
-        WriteAll(w, &pb::ProcessPage::add_processes, store_.ListProcesses(req->host_name()));
+        WriteAll(c, watchdog_, w, &pb::ProcessPage::add_processes,
+                 store_.ListProcesses(req->host_name()));
     });
 }
 
@@ -107,7 +119,7 @@ grpc::Status AdminService::ListEvents(grpc::ServerContext* c, const pb::EventReq
     return Guard(c, [&] {
         if (req->max_count() < 0)
             throw ServiceError(pb::ERROR_OUT_OF_RANGE, "the event count must not be negative");
-        PageWriter<pb::EventPage, pb::Event> pages(w, &pb::EventPage::add_events);
+        PageWriter<pb::EventPage, pb::Event> pages(c, watchdog_, w, &pb::EventPage::add_events);
         store_.ForEachEvent(*req, [&](const pb::Event& e) { pages.Add(e); });
         pages.Finish();
     });
@@ -115,37 +127,45 @@ grpc::Status AdminService::ListEvents(grpc::ServerContext* c, const pb::EventReq
 
 grpc::Status AdminService::ListRoutes(grpc::ServerContext* c, const pb::ListRequest*,
                                       grpc::ServerWriter<pb::RoutePage>* w) {
-    return Guard(c, [&] { WriteAll(w, &pb::RoutePage::add_routes, store_.ListRoutes()); });
+    return Guard(
+        c, [&] { WriteAll(c, watchdog_, w, &pb::RoutePage::add_routes, store_.ListRoutes()); });
 }
 
 grpc::Status AdminService::ListNumberMappings(grpc::ServerContext* c, const pb::ListRequest*,
                                               grpc::ServerWriter<pb::NumberMappingPage>* w) {
-    return Guard(
-        c, [&] { WriteAll(w, &pb::NumberMappingPage::add_mappings, store_.ListNumberMappings()); });
+    return Guard(c, [&] {
+        WriteAll(c, watchdog_, w, &pb::NumberMappingPage::add_mappings,
+                 store_.ListNumberMappings());
+    });
 }
 
 grpc::Status AdminService::ListGateways(grpc::ServerContext* c, const pb::ListRequest*,
                                         grpc::ServerWriter<pb::GatewayPage>* w) {
-    return Guard(c, [&] { WriteAll(w, &pb::GatewayPage::add_gateways, store_.ListGateways()); });
+    return Guard(c, [&] {
+        WriteAll(c, watchdog_, w, &pb::GatewayPage::add_gateways, store_.ListGateways());
+    });
 }
 
 grpc::Status AdminService::ListGatewayUsers(grpc::ServerContext* c, const pb::ListRequest* req,
                                             grpc::ServerWriter<pb::GatewayUserPage>* w) {
     return Guard(c, [&] {
-        WriteAll(w, &pb::GatewayUserPage::add_users, store_.ListGatewayUsers(req->parent()));
+        WriteAll(c, watchdog_, w, &pb::GatewayUserPage::add_users,
+                 store_.ListGatewayUsers(req->parent()));
     });
 }
 
 grpc::Status AdminService::ListRates(grpc::ServerContext* c, const pb::ListRequest* req,
                                      grpc::ServerWriter<pb::RatePage>* w) {
-    return Guard(c,
-                 [&] { WriteAll(w, &pb::RatePage::add_rates, store_.ListRates(req->parent())); });
+    return Guard(c, [&] {
+        WriteAll(c, watchdog_, w, &pb::RatePage::add_rates, store_.ListRates(req->parent()));
+    });
 }
 
 grpc::Status AdminService::ListDestinations(grpc::ServerContext* c, const pb::ListRequest* req,
                                             grpc::ServerWriter<pb::DestinationPage>* w) {
     return Guard(c, [&] {
-        WriteAll(w, &pb::DestinationPage::add_destinations, store_.ListDestinations(req->parent()));
+        WriteAll(c, watchdog_, w, &pb::DestinationPage::add_destinations,
+                 store_.ListDestinations(req->parent()));
     });
 }
 

@@ -1,5 +1,8 @@
 #include "store/Database.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "store/ServiceError.h"
 
 namespace veldrano::server {
@@ -76,10 +79,18 @@ bool Statement::IsNull(int column) const {
     return sqlite3_column_type(stmt_, column) == SQLITE_NULL;
 }
 
-Database::Database(const std::string& path) {
-    int rc = sqlite3_open_v2(path.c_str(), &db_,
-                             SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX,
-                             nullptr);
+Database::Database(const std::string& path, Mode mode) {
+    const bool readOnly = mode == Mode::ReadOnly;
+    if (!readOnly && path != ":memory:") {
+        // Created here rather than by SQLite, whose default mode follows the
+        // umask (often 0644).
+        const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        if (fd >= 0) ::close(fd);
+    }
+    const int flags =
+        (readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) |
+        SQLITE_OPEN_FULLMUTEX;
+    int rc = sqlite3_open_v2(path.c_str(), &db_, flags, nullptr);
     if (rc != SQLITE_OK) {
         std::string message = "cannot open store " + path + ": " + sqlite3_errmsg(db_);
         sqlite3_close(db_);
@@ -87,6 +98,7 @@ Database::Database(const std::string& path) {
         throw ServiceError(pb::ERROR_STORE_FAILURE, message);
     }
     sqlite3_busy_timeout(db_, 5000);
+    if (readOnly) return;  // the writer has set the journal mode, which is kept in the file
     // WAL with full sync: an acknowledged commit is on disk before the reply
     // leaves, so it survives a killed server process and a power cut alike.
     Exec("PRAGMA journal_mode=WAL");

@@ -41,7 +41,11 @@ private:
 
 class Database {
 public:
-    explicit Database(const std::string& path);
+    enum class Mode { ReadWrite, ReadOnly };
+    // A read-write open creates a missing file readable by its owner only:
+    // the store holds the password hash and every user's settings, and
+    // SQLite gives its WAL and shared-memory files the same permissions.
+    explicit Database(const std::string& path, Mode mode = Mode::ReadWrite);
     ~Database();
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;

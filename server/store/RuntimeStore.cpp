@@ -52,12 +52,12 @@ int64_t Store::AppendEvent(const std::string& host, const pb::Event& e) {
 
 void Store::ForEachEvent(const pb::EventRequest& req,
                          const std::function<void(const pb::Event&)>& f) {
-    std::lock_guard lock(mutex_);
-    int64_t server = RequireServer(*db_, req.host_name());
+    Snapshot snapshot(*this);
+    int64_t server = RequireServer(snapshot.db(), req.host_name());
     int64_t limit = req.max_count() > 0 ? req.max_count() : 10000;
     // The (server_id, id) index walks the log in order and the limit stops the
     // walk, so a filtered, capped read never touches the whole log.
-    auto st = db_->Prepare(
+    auto st = snapshot.db().Prepare(
         std::string(
             "SELECT id, time, severity, originator_id, originator_type, message_class, text "
             "FROM events WHERE server_id = ? AND severity >= ? ORDER BY id ") +

@@ -147,8 +147,33 @@ void RequireRole(Database& db, int64_t serverId, bool (pb::Server::*role)() cons
 
 }  // namespace detail
 
-Store::Store(const std::string& path) : db_(std::make_unique<Database>(path)) {
+Store::Store(const std::string& path) : path_(path), db_(std::make_unique<Database>(path)) {
     Migrate(*db_, LatestSchemaVersion());
+}
+
+Store::Snapshot::Snapshot(Store& store) : store_(store) {
+    {
+        std::lock_guard lock(store_.readersMutex_);
+        if (!store_.idleReaders_.empty()) {
+            db_ = std::move(store_.idleReaders_.back());
+            store_.idleReaders_.pop_back();
+        }
+    }
+    if (!db_) db_ = std::make_unique<Database>(store_.path_, Database::Mode::ReadOnly);
+    db_->Exec("BEGIN");
+}
+
+Store::Snapshot::~Snapshot() {
+    try {
+        db_->Exec("COMMIT");
+    } catch (...) {
+        return;  // a connection that cannot end its read is not reused
+    }
+    // A few idle connections cover the usual handful of consoles; more
+    // would only hold file handles.
+    constexpr size_t kIdleReaders = 4;
+    std::lock_guard lock(store_.readersMutex_);
+    if (store_.idleReaders_.size() < kIdleReaders) store_.idleReaders_.push_back(std::move(db_));
 }
 
 Store::~Store() = default;

@@ -157,9 +157,29 @@ public:
     void DeleteDestination(const std::string& zone, int index, int64_t expectedVersion = 0,
                            int64_t id = 0);
 
+    // A read transaction on a connection of its own: it sees the store as it
+    // was when it began and holds no lock that writers, logins or other
+    // readers wait for, so a client that reads a long list slowly (or stops
+    // reading) delays nobody else.
+    class Snapshot {
+    public:
+        explicit Snapshot(Store& store);
+        ~Snapshot();
+        Snapshot(const Snapshot&) = delete;
+        Snapshot& operator=(const Snapshot&) = delete;
+        Database& db() { return *db_; }
+
+    private:
+        Store& store_;
+        std::unique_ptr<Database> db_;
+    };
+
 private:
+    std::string path_;
     std::recursive_mutex mutex_;
     std::unique_ptr<Database> db_;
+    std::mutex readersMutex_;
+    std::vector<std::unique_ptr<Database>> idleReaders_;
 };
 
 }  // namespace veldrano::server

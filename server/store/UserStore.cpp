@@ -47,9 +47,10 @@ pb::User ReadUser(Statement& st, const std::string& host) {
 }  // namespace
 
 void Store::ForEachUser(const std::string& host, const std::function<void(pb::User&)>& f) {
-    std::lock_guard lock(mutex_);
-    int64_t server = RequireServer(*db_, host);
-    auto st = db_->Prepare(std::string(kUserColumns) + "WHERE u.server_id = ? ORDER BY u.name");
+    Snapshot snapshot(*this);
+    int64_t server = RequireServer(snapshot.db(), host);
+    auto st =
+        snapshot.db().Prepare(std::string(kUserColumns) + "WHERE u.server_id = ? ORDER BY u.name");
     st.Bind(1, server);
     while (st.Step()) {
         auto u = ReadUser(st, host);

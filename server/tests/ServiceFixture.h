@@ -32,7 +32,7 @@ protected:
         options.listen = "";
         options.password = kPassword;
         options.simulate = false;
-        options.loginFailuresBeforeThrottle = failuresBeforeThrottle;
+        options.loginAttemptsPerWindow = failuresBeforeThrottle;
         host_ = std::make_unique<ServerHost>(options);
         SeedInstallation(host_->GetStore());
         host_->GetSimulator().EnsureProcessSlots();
