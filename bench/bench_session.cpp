@@ -3,9 +3,11 @@
 //
 // Measures, side by side in one run: fetching a large user list over loopback
 // TCP and over gRPC's in-process channel, the number of calls one list costs,
-// and the latency of small calls. Prints "name: value" lines and the ratios to
-// the goals (100,000 users within 250 ms over loopback; small call p50 within
-// 0.3 ms).
+// the latency of small calls, and the same latency while another client has
+// stopped reading in the middle of the user list. Prints "name: value" lines
+// and the ratios to the goals (100,000 users within 250 ms over loopback;
+// small call p50 within 0.3 ms; small call p99 with a stalled reader within
+// twice the quiet p99).
 //
 // Usage: bench-session [users] [small-calls]
 
@@ -16,6 +18,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "BenchSupport.h"
@@ -30,6 +33,7 @@ using namespace bench;
 
 constexpr double UsersGoalMs = 250.0;
 constexpr double SmallCallGoalMs = 0.3;
+constexpr double StalledFactorGoal = 2.0;
 constexpr int ListRuns = 5;
 // The value below which the given share of the samples lies.
 double Percentile(std::vector<double> sorted, double share) {
@@ -101,6 +105,40 @@ double TimeRawUsers(const std::shared_ptr<grpc::Channel>& channel, const QString
     return Median(runs);
 }
 
+// A client that starts the user list, takes its first page and then reads
+// no more: small flow-control windows, so that the server soon waits on it
+// with most of the list unsent. Cancelled when it goes.
+class StalledReader {
+public:
+    StalledReader(int port, const QString& host) {
+        namespace pb = veldrano::admin::v1;
+        grpc::ChannelArguments args;
+        args.SetInt(GRPC_ARG_HTTP2_BDP_PROBE, 0);
+        args.SetInt(GRPC_ARG_HTTP2_STREAM_LOOKAHEAD_BYTES, 16 * 1024);
+        stub_ = pb::Administration::NewStub(grpc::CreateCustomChannel(
+            "127.0.0.1:" + std::to_string(port), grpc::InsecureChannelCredentials(), args));
+        pb::LoginRequest login;
+        login.set_password(Password.toStdString());
+        pb::LoginReply reply;
+        grpc::ClientContext loginContext;
+        if (!stub_->Login(&loginContext, login, &reply).ok()) return;
+        context_.AddMetadata("veldrano-token", reply.token());
+        pb::ListRequest request;
+        request.set_host_name(host.toStdString());
+        reader_ = stub_->ListUsers(&context_, request);
+        pb::UserPage page;
+        stalled_ = reader_->Read(&page);
+    }
+    ~StalledReader() { context_.TryCancel(); }
+    bool Stalled() const { return stalled_; }
+
+private:
+    std::unique_ptr<veldrano::admin::v1::Administration::Stub> stub_;
+    grpc::ClientContext context_;
+    std::unique_ptr<grpc::ClientReader<veldrano::admin::v1::UserPage>> reader_;
+    bool stalled_ = false;
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -153,6 +191,29 @@ int main(int argc, char** argv) {
         const std::vector<double> smallUser =
             TimeSmallCalls(smallCalls, [&] { loopback.GetUser(host, user); });
 
+        // The same small calls while another client sits in the middle of
+        // the user list without reading.
+        double stalledP99 = -1, loginStalledMs = -1;
+        {
+            StalledReader stalled(server.Port(), host);
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+            if (stalled.Stalled()) {
+                stalledP99 = Percentile(TimeSmallCalls(smallCalls, getServer), 0.99);
+                winadmin::GrpcServerSession fresh;
+                fresh.SetHostName(QStringLiteral("127.0.0.1:%1").arg(server.Port()));
+                fresh.SetPassword(Password);
+                const Clock::time_point loginStart = Clock::now();
+                fresh.Login();
+                loginStalledMs = MillisecondsSince(loginStart);
+            }
+        }
+        const Clock::time_point loginStart = Clock::now();
+        winadmin::GrpcServerSession quietLogin;
+        quietLogin.SetHostName(QStringLiteral("127.0.0.1:%1").arg(server.Port()));
+        quietLogin.SetPassword(Password);
+        quietLogin.Login();
+        const double loginQuietMs = MillisecondsSince(loginStart);
+
         Print("users", static_cast<long long>(overTcp.count));
         Print("users_payload_mb", double(overTcp.bytes) / (1024.0 * 1024.0));
         Print("generate_ms", generateMs);
@@ -170,6 +231,12 @@ int main(int argc, char** argv) {
         Print("users_loopback_vs_goal",
               overTcp.medianMs / UsersGoalMs * (100000.0 / std::max<size_t>(1, overTcp.count)));
         Print("small_call_p50_vs_goal", Percentile(small, 0.50) / SmallCallGoalMs);
+        Print("small_call_p99_stalled_reader_ms", stalledP99);
+        Print("login_quiet_ms", loginQuietMs);
+        Print("login_stalled_reader_ms", loginStalledMs);
+        // Goal: the p99 with a stalled reader within twice the quiet one.
+        Print("small_call_p99_stalled_vs_goal",
+              stalledP99 / (StalledFactorGoal * Percentile(small, 0.99)));
         Print("loopback_vs_inprocess", overTcp.medianMs / overInProcess.medianMs);
     } catch (const winadmin::SessionError& error) {
         std::fprintf(stderr, "session error %X: %s\n", error.Number(),

@@ -107,10 +107,21 @@ ProbeResult Probe(const std::string& host, int port, int timeoutMs) {
     SSL_set1_host(ssl.get(), host.c_str());
     SSL_set_fd(ssl.get(), socket.fd);
     ERR_clear_error();
-    if (SSL_connect(ssl.get()) != 1) {
+    errno = 0;
+    if (const int rc = SSL_connect(ssl.get()); rc != 1) {
+        const int saved = errno;
+        const int error = SSL_get_error(ssl.get(), rc);
+        // The socket's time-out ends a read as "try again": a host that
+        // took the connection and never spoke is silent, not plain text.
+        if (error == SSL_ERROR_WANT_READ || error == SSL_ERROR_WANT_WRITE ||
+            (error == SSL_ERROR_SYSCALL && (saved == EAGAIN || saved == EWOULDBLOCK))) {
+            result.outcome = Outcome::NoAnswer;
+            result.detail = "no answer within the time-out";
+            return result;
+        }
         result.outcome = Outcome::NotEncrypted;
-        const unsigned long error = ERR_get_error();
-        const char* reason = error ? ERR_reason_error_string(error) : nullptr;
+        const unsigned long queued = ERR_get_error();
+        const char* reason = queued ? ERR_reason_error_string(queued) : nullptr;
         result.detail = reason ? reason : "the connection ended before a TLS handshake";
         return result;
     }

@@ -10,6 +10,7 @@ struct ProbeResult {
     enum class Outcome {
         Encrypted,     // the handshake finished; certificatePem is the server's
         NotEncrypted,  // the host answered, but not with TLS
+        NoAnswer,      // connected, but the host said nothing within the time-out
         Unreachable,   // no connection (name unknown, refused, timed out)
     };
     Outcome outcome = Outcome::Unreachable;

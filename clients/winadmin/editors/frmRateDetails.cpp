@@ -28,7 +28,7 @@ frmRateDetails::frmRateDetails(QWidget* parent)
                 (rate.*setHour)(time->hour);
                 (rate.*setMinute)(time->minute);
             });
-        Check([=] { return field->IsValid() || Warn(QLatin1String(invalid), field); });
+        Check([=, this] { return field->IsValid() || Warn(QLatin1String(invalid), field); });
     };
     bindTime(ui->medtStartTime, ui->labelStartHour, &R::start_hour, &R::start_minute,
              &R::set_start_hour, &R::set_start_minute, "InvalidStartTime");

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "common/Prompter.h"
+#include "session/SecureChannel.h"
 
 namespace winadmin {
 
@@ -101,7 +102,7 @@ void GrpcServerSession::EnsureChannel() {
     if (target.empty())
         throw SessionError::FromCode(veldrano::admin::v1::ERROR_HOST_UNREACHABLE, hostText_);
     if (target == channelTarget_ && stub_) return;
-    channel_ = grpc::CreateChannel(target, grpc::InsecureChannelCredentials());
+    channel_ = OpenTrustedChannel(target, grpc::ChannelArguments(), timeoutSeconds_);
     channelTarget_ = target;
     stub_ = veldrano::admin::v1::Administration::NewStub(channel_);
 }

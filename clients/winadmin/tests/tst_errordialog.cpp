@@ -120,7 +120,9 @@ void TestErrorDialog::ShowsSessionErrorOverBusyWork() {
 }
 
 void TestErrorDialog::TitleIsTheProductTitleOfTheSessionsBrand() {
-    TestServer server(TestServer::Options{false, "quorel", ""});
+    TestServer::Options options;
+    options.brand = "quorel";
+    TestServer server(options);
     ScriptedPrompter prompter;
     const QString title = QStringLiteral("Quorel Administrator");
     {

@@ -16,7 +16,7 @@ TestServer::TestServer() : TestServer(Options{}) {}
 TestServer::TestServer(Options options) : options_(std::move(options)) {
     if (!dir_.isValid())
         throw std::runtime_error("cannot create a temporary directory for the store");
-    Start(options_.tcp ? "127.0.0.1:0" : "", Password);
+    Start(options_.tls ? "0.0.0.0:0" : options_.tcp ? "127.0.0.1:0" : "", Password);
     port_ = host_->Port();
 }
 
@@ -29,6 +29,8 @@ void TestServer::Start(const std::string& listen, const QString& password) {
     options.brand = options_.brand;
     options.language = options_.language;
     options.password = password.toStdString();
+    options.certificateFile = options_.certificateFile;
+    options.keyFile = options_.keyFile;
     // Tests need a server that changes only when they change it.
     options.simulate = false;
     host_ = std::make_unique<veldrano::server::ServerHost>(options);
@@ -67,7 +69,8 @@ void TestServer::Shutdown() {
 
 void TestServer::Restart(const QString& password) {
     host_.reset();
-    Start(port_ ? "127.0.0.1:" + std::to_string(port_) : "", password);
+    const std::string host = options_.tls ? "0.0.0.0:" : "127.0.0.1:";
+    Start(port_ ? host + std::to_string(port_) : "", password);
 }
 
 void TestServer::AddUserServer(const QString& name) {

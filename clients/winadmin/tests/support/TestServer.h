@@ -22,6 +22,10 @@ public:
         bool tcp = false;      // also listen on a loopback port
         std::string brand;     // server default when empty
         std::string language;  // server default when empty
+        // Listen on every address instead, which the server serves with TLS
+        // only: with the given certificate and key files, or its own.
+        bool tls = false;
+        std::string certificateFile, keyFile;
     };
 
     static const QString Password;
@@ -37,6 +41,8 @@ public:
     std::shared_ptr<grpc::Channel> Channel();
     // "127.0.0.1:port" of the TCP listener; empty without one.
     QString TcpHost() const;
+    // The folder of the store (and of the server's own certificate).
+    QString DataDirectory() const { return dir_.path(); }
 
     // A session logged in with the known password through the in-process channel.
     std::unique_ptr<GrpcServerSession> Login();

@@ -1,0 +1,197 @@
+// The console reaching a server that serves TLS: the unknown certificate
+// asked about once and pinned, a declined or changed one refused, one that
+// the system trusts taken without a question, and the plan for each probe.
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+#include <cstdlib>
+
+#include "common/Settings.h"
+#include "service/ServerHost.h"
+#include "session/SecureChannel.h"
+#include "session/SessionError.h"
+#include "support/ScriptedPrompter.h"
+#include "support/TestServer.h"
+#include "tls/Certificates.h"
+
+using namespace winadmin;
+namespace pb = veldrano::admin::v1;
+
+namespace {
+
+TestServer::Options TlsOptions() {
+    TestServer::Options options;
+    options.tls = true;
+    return options;
+}
+
+std::unique_ptr<GrpcServerSession> SessionTo(TestServer& server) {
+    auto session = std::make_unique<GrpcServerSession>();
+    session->SetHostName(server.TcpHost());
+    session->SetPassword(TestServer::Password);
+    return session;
+}
+
+// The number of the SessionError that f throws; 0 when it throws none.
+template <class F>
+uint32_t RefusalNumber(F&& f) {
+    try {
+        f();
+    } catch (const SessionError& error) {
+        return error.Number();
+    }
+    return 0;
+}
+
+QString Fingerprint(TestServer& server) {
+    return QString::fromStdString(veldrano::tls::Fingerprint(server.Host().CertificatePem()));
+}
+
+QString PinOf(TestServer& server) {
+    return GetSetting(kVendor,
+                      PinnedFingerprintKey(GrpcServerSession::ChannelTarget(server.TcpHost())), {});
+}
+
+}  // namespace
+
+class TestTls : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void AnUnknownCertificateIsAskedAboutOnceThenPinned();
+    void ADeclinedCertificateConnectsNothingAndPinsNothing();
+    void AChangedCertificateIsRefusedWithoutAQuestion();
+    void ACertificateTheSystemTrustsNeedsNoQuestion();
+    void PlansFollowTheProbe();
+
+private:
+    std::unique_ptr<QTemporaryDir> settings_;
+};
+
+void TestTls::init() {
+    settings_ = std::make_unique<QTemporaryDir>();
+    UseSettingsFile(settings_->filePath(QStringLiteral("settings.ini")));
+}
+
+void TestTls::AnUnknownCertificateIsAskedAboutOnceThenPinned() {
+    TestServer server(TlsOptions());
+    QVERIFY(server.Host().Encrypted());
+    server.AddUserServer(QStringLiteral("alpha"));
+    ScriptedPrompter prompter;
+    prompter.Answer(Answer::Yes);
+    auto session = SessionTo(server);
+    session->Login();
+    QVERIFY(session->IsLoggedIn());
+    QCOMPARE(prompter.Prompts().size(), 1);
+    const Prompt& asked = prompter.LastPrompt();
+    QVERIFY2(asked.text.contains(Fingerprint(server)), qPrintable(asked.text));
+    QCOMPARE(asked.buttons, PromptButtons::YesNo);
+    QCOMPARE(asked.defaultButton, 2);
+    QCOMPARE(PinOf(server), Fingerprint(server));
+    QCOMPARE(session->Servers().size(), size_t(1));
+
+    // The next console on this workstation knows the server already.
+    auto again = SessionTo(server);
+    again->Login();
+    QCOMPARE(prompter.Prompts().size(), 1);
+}
+
+void TestTls::ADeclinedCertificateConnectsNothingAndPinsNothing() {
+    TestServer server(TlsOptions());
+    ScriptedPrompter prompter;
+    prompter.Answer(Answer::No);
+    auto session = SessionTo(server);
+    QCOMPARE(RefusalNumber([&] { session->Login(); }),
+             ErrorNumber(pb::ERROR_CERTIFICATE_NOT_TRUSTED));
+    QVERIFY(!session->IsLoggedIn());
+    QCOMPARE(PinOf(server), QString());
+}
+
+void TestTls::AChangedCertificateIsRefusedWithoutAQuestion() {
+    TestServer server(TlsOptions());
+    ScriptedPrompter prompter;
+    prompter.Answer(Answer::Yes);
+    SessionTo(server)->Login();
+    const QString pinned = PinOf(server);
+
+    // The server gets a new certificate (its files removed, it makes new
+    // ones at the restart): whoever answers now is not the server trusted.
+    QVERIFY(QFile::remove(server.DataDirectory() + QStringLiteral("/server.crt")));
+    QVERIFY(QFile::remove(server.DataDirectory() + QStringLiteral("/server.key")));
+    server.Restart();
+    QVERIFY(Fingerprint(server) != pinned);
+    auto session = SessionTo(server);
+    try {
+        session->Login();
+        QFAIL("a changed certificate was accepted");
+    } catch (const SessionError& error) {
+        QCOMPARE(error.Number(), ErrorNumber(pb::ERROR_CERTIFICATE_CHANGED));
+        QVERIFY2(error.Description().contains(pinned) &&
+                     error.Description().contains(Fingerprint(server)),
+                 qPrintable(error.Description()));
+    }
+    QCOMPARE(prompter.Prompts().size(), 1);
+    QCOMPARE(PinOf(server), pinned);
+}
+
+void TestTls::ACertificateTheSystemTrustsNeedsNoQuestion() {
+    // A certificate in the trust store that OpenSSL reads (SSL_CERT_FILE
+    // points at it), naming the address the console uses.
+    QTemporaryDir dir;
+    const auto identity = veldrano::tls::CreateSelfSigned({"localhost", "127.0.0.1"});
+    const QString cert = dir.filePath(QStringLiteral("trusted.crt"));
+    const QString key = dir.filePath(QStringLiteral("trusted.key"));
+    for (const auto& [path, text] :
+         {std::pair{cert, identity.certificatePem}, std::pair{key, identity.privateKeyPem}}) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(text.data(), qint64(text.size()));
+    }
+    TestServer::Options options = TlsOptions();
+    options.certificateFile = cert.toStdString();
+    options.keyFile = key.toStdString();
+    TestServer server(options);
+
+    qputenv("SSL_CERT_FILE", cert.toLocal8Bit());
+    ScriptedPrompter prompter;
+    auto session = SessionTo(server);
+    session->Login();
+    qunsetenv("SSL_CERT_FILE");
+    QVERIFY(session->IsLoggedIn());
+    QCOMPARE(prompter.Prompts().size(), 0);
+    QCOMPARE(PinOf(server), QString());
+}
+
+void TestTls::PlansFollowTheProbe() {
+    using Kind = ChannelPlan::Kind;
+    using Outcome = veldrano::tls::ProbeResult::Outcome;
+    const auto certificate = veldrano::tls::CreateSelfSigned({"srv"}).certificatePem;
+    const QString fingerprint = QString::fromStdString(veldrano::tls::Fingerprint(certificate));
+    veldrano::tls::ProbeResult plain{Outcome::NotEncrypted, {}, false, {}};
+    veldrano::tls::ProbeResult encrypted{Outcome::Encrypted, certificate, false, {}};
+    veldrano::tls::ProbeResult trusted{Outcome::Encrypted, certificate, true, {}};
+    veldrano::tls::ProbeResult gone{Outcome::Unreachable, {}, false, {}};
+    veldrano::tls::ProbeResult silent{Outcome::NoAnswer, {}, false, {}};
+
+    QCOMPARE(PlanChannel(plain, true, {}).kind, Kind::Plain);
+    QCOMPARE(PlanChannel(plain, false, {}).refusal, pb::ERROR_NOT_ENCRYPTED);
+    QCOMPARE(PlanChannel(gone, true, {}).refusal, pb::ERROR_HOST_UNREACHABLE);
+    QCOMPARE(PlanChannel(silent, false, {}).refusal, pb::ERROR_TIMEOUT);
+    QCOMPARE(PlanChannel(trusted, false, QStringLiteral("AA:BB")).kind, Kind::SystemTrust);
+    QCOMPARE(PlanChannel(encrypted, false, {}).kind, Kind::AskFirst);
+    QCOMPARE(PlanChannel(encrypted, false, fingerprint.toLower()).kind, Kind::Pinned);
+    const ChannelPlan changed = PlanChannel(encrypted, true, QStringLiteral("AA:BB"));
+    QCOMPARE(changed.kind, Kind::Refuse);
+    QCOMPARE(changed.refusal, pb::ERROR_CERTIFICATE_CHANGED);
+    QCOMPARE(changed.fingerprint, fingerprint);
+
+    QVERIFY(IsLoopbackHost("127.0.0.1") && IsLoopbackHost("127.9.9.9") &&
+            IsLoopbackHost("localhost") && IsLoopbackHost("::1"));
+    QVERIFY(!IsLoopbackHost("10.0.0.1") && !IsLoopbackHost("localhost.example.net") &&
+            !IsLoopbackHost("::"));
+}
+
+QTEST_GUILESS_MAIN(TestTls)
+#include "tst_tls.moc"
