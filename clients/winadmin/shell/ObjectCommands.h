@@ -13,10 +13,10 @@ class ServerSession;
 struct ObjectAddress {
     QString kind;
     QString name;
-    QString server;     // users, printers, devices
-    QString gateway;    // gateway users
+    QString server{};   // users, printers, devices
+    QString gateway{};  // gateway users
     int zoneIndex = 0;  // rates and destinations: their zone's place in the list
-    QString zone;       // and its name as the explorer showed it ("" to look it up)
+    QString zone{};     // and its name as the explorer showed it ("" to look it up)
     // Zones, rates, destinations: the version the explorer showed, and for
     // rates and destinations their identity; with them a record that another
     // console changed, moved or deleted meanwhile is refused, not mistaken.

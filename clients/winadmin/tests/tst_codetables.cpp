@@ -83,7 +83,7 @@ void TestCodeTables::CountsAndFlags() {
 
 void TestCodeTables::TextsFollowALanguageChangeAtOnce() {
     const QString english = SeverityText(3);
-    TestServer german({false, "", "de"});
+    TestServer german(ServerOptions("", "de"));
     auto germanSession = german.Login();
     SetLabelSource(germanSession.get());
     QCOMPARE(SeverityText(3), germanSession->GetLabel(QStringLiteral("SeverityError")));

@@ -165,7 +165,7 @@ void TestListFill::ServersAndTheirObjects() {
              QStringList({L("PRN_ASCII"), L("PRN_HP_LJ_FAST"), L("PRN_WINDOWS")}));
     QVERIFY(AllRows(printers, "Printer", "alpha"));
     // Code texts follow the labels of the moment, not those of an earlier fill.
-    TestServer german({false, "", "de"});
+    TestServer german(ServerOptions("", "de"));
     auto germanLabels = german.Login();
     SetLabelSource(germanLabels.get());
     const QString windows = Fill("Printers", QStringLiteral("alphaPrinters")).back().cells.at(2);

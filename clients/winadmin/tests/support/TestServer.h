@@ -25,7 +25,7 @@ public:
         // Listen on every address instead, which the server serves with TLS
         // only: with the given certificate and key files, or its own.
         bool tls = false;
-        std::string certificateFile, keyFile;
+        std::string certificateFile{}, keyFile{};
     };
 
     static const QString Password;
