@@ -89,6 +89,24 @@ QString GrpcServerSession::GetLabel(const QString& key) const {
     return found == labels_.cend() ? key : found.value();
 }
 
+grpc::ChannelArguments GrpcServerSession::ChannelArguments() {
+    grpc::ChannelArguments arguments;
+    // gRPC waits ever longer between attempts to reach a server that went
+    // away (seconds after a restart of a minute); an administrator who
+    // presses Retry once the server is back must not wait for that.
+    arguments.SetInt(GRPC_ARG_INITIAL_RECONNECT_BACKOFF_MS, kReconnectFirstMs);
+    arguments.SetInt(GRPC_ARG_MAX_RECONNECT_BACKOFF_MS, kReconnectLongestMs);
+    // Channels of one process share their connections by default, waiting
+    // state included: a channel made new to cut the wait would inherit it.
+    arguments.SetInt(GRPC_ARG_USE_LOCAL_SUBCHANNEL_POOL, 1);
+    return arguments;
+}
+
+bool GrpcServerSession::ChannelFailed() const {
+    return channel_ && !fixedChannel_ &&
+           channel_->GetState(false) == GRPC_CHANNEL_TRANSIENT_FAILURE;
+}
+
 void GrpcServerSession::EnsureChannel() {
     if (fixedChannel_) {
         if (!stub_) {
@@ -100,8 +118,9 @@ void GrpcServerSession::EnsureChannel() {
     const std::string target = ChannelTarget(hostText_);
     if (target.empty())
         throw SessionError::FromCode(veldrano::admin::v1::ERROR_HOST_UNREACHABLE, hostText_);
-    if (target == channelTarget_ && stub_) return;
-    channel_ = grpc::CreateChannel(target, grpc::InsecureChannelCredentials());
+    if (target == channelTarget_ && stub_ && !ChannelFailed()) return;
+    channel_ =
+        grpc::CreateCustomChannel(target, grpc::InsecureChannelCredentials(), ChannelArguments());
     channelTarget_ = target;
     stub_ = veldrano::admin::v1::Administration::NewStub(channel_);
 }
@@ -120,7 +139,7 @@ veldrano::admin::v1::LoginReply GrpcServerSession::CallLogin(bool atLogin) {
     PrepareContext(context, false);
     ++rpcCount_;
     const grpc::Status status = stub_->Login(&context, request, &reply);
-    if (!status.ok()) throw MapStatus(status, atLogin);
+    if (!status.ok()) throw MapStatus(status, atLogin, GetHostName());
     return reply;
 }
 
@@ -183,6 +202,10 @@ void GrpcServerSession::Run(const CallBody& body) {
     if (!stub_)
         throw SessionError::FromCode(veldrano::admin::v1::ERROR_ACCESS_DENIED,
                                      QStringLiteral("not logged in"));
+    // A channel that failed to reach the server waits out its back-off
+    // before it tries again and fails every call meanwhile; a new one tries
+    // at once, so a call after the server is back goes through.
+    if (ChannelFailed()) EnsureChannel();
     const uint32_t accessDenied = ErrorNumber(veldrano::admin::v1::ERROR_ACCESS_DENIED);
     for (bool retried = false;; retried = true) {
         grpc::ClientContext context;
@@ -190,7 +213,7 @@ void GrpcServerSession::Run(const CallBody& body) {
         ++rpcCount_;
         const grpc::Status status = body(context);
         if (status.ok()) return;
-        SessionError error = MapStatus(status, false);
+        SessionError error = MapStatus(status, false, GetHostName());
         // A token ends when the server restarts or the session sat idle too
         // long; the administrator should not have to log in again for that.
         if (retried || !loggedIn_ || error.Number() != accessDenied) throw error;
@@ -216,7 +239,8 @@ std::string GrpcServerSession::LogInAgain(const SessionError& refused) {
     }
 }
 
-SessionError GrpcServerSession::MapStatus(const grpc::Status& status, bool atLogin) const {
+SessionError GrpcServerSession::MapStatus(const grpc::Status& status, bool atLogin,
+                                          const QString& host) {
     namespace pb = veldrano::admin::v1;
     pb::ErrorDetail detail;
     if (!status.error_details().empty() && detail.ParseFromString(status.error_details()) &&
@@ -233,9 +257,18 @@ SessionError GrpcServerSession::MapStatus(const grpc::Status& status, bool atLog
         case grpc::StatusCode::DEADLINE_EXCEEDED:
             return SessionError::FromCode(pb::ERROR_TIMEOUT);
         case grpc::StatusCode::UNAVAILABLE:
-            if (atLogin) return SessionError::FromCode(pb::ERROR_HOST_UNREACHABLE, GetHostName());
+            if (atLogin) return SessionError::FromCode(pb::ERROR_HOST_UNREACHABLE, host);
+            return SessionError::FromCode(pb::ERROR_SERVER_BUSY);
+        case grpc::StatusCode::CANCELLED:
+            // The console cancels none of its calls: this one was cut by the
+            // server going down, and repeating it once the server is back
+            // is what cures it.
             return SessionError::FromCode(pb::ERROR_SERVER_BUSY);
         case grpc::StatusCode::RESOURCE_EXHAUSTED:
+            // gRPC's size limit on one message; the same request or answer
+            // would be refused again however often it is repeated.
+            if (message.contains(QLatin1String("larger than max")))
+                return SessionError::FromCode(pb::ERROR_MESSAGE_TOO_LARGE);
             return SessionError::FromCode(pb::ERROR_SERVER_BUSY, message);
         default:
             return SessionError::FromCode(pb::ERROR_PROTOCOL, message);

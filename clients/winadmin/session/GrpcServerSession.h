@@ -30,6 +30,15 @@ public:
     // target with the default port filled in; "" when the text names no host.
     static std::string ChannelTarget(const QString& host);
 
+    // The arguments of every channel the console opens to a server: reconnect
+    // quickly after the server went away. Credentials are the caller's.
+    static grpc::ChannelArguments ChannelArguments();
+
+    // The administrator's error for a failed call: the server's own numbered
+    // error when it sent one, else one for what the transport reports. host
+    // names the server in the error of a login that cannot reach it.
+    static SessionError MapStatus(const grpc::Status& status, bool atLogin, const QString& host);
+
     // Calls issued on the wire so far, logins included. Lets tests and
     // benchmarks prove that a collection costs one call and a label none.
     uint64_t RpcCount() const { return rpcCount_; }
@@ -139,7 +148,12 @@ private:
     using Stub = veldrano::admin::v1::Administration::Stub;
     using CallBody = std::function<grpc::Status(grpc::ClientContext&)>;
 
+    static constexpr int kReconnectFirstMs = 200;
+    static constexpr int kReconnectLongestMs = 1000;
+
     void EnsureChannel();
+    // Whether the session's own channel gave up reaching the server for now.
+    bool ChannelFailed() const;
     void PrepareContext(grpc::ClientContext& context, bool withToken) const;
     veldrano::admin::v1::LoginReply CallLogin(bool atLogin);
     // A fresh token after the server refused the session's one; asks the
@@ -149,7 +163,6 @@ private:
     // Runs one call with deadline and token; logs in again once when the
     // server no longer knows the token.
     void Run(const CallBody& body);
-    SessionError MapStatus(const grpc::Status& status, bool atLogin) const;
 
     template <class Reply, class Body>
     Reply Unary(Body&& body);
