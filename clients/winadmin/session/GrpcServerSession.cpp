@@ -1,10 +1,19 @@
 #include "session/GrpcServerSession.h"
 
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QGuiApplication>
 #include <QRegularExpression>
+#include <QThread>
+#include <QTimer>
 #include <algorithm>
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
 #include <utility>
 
+#include "common/FieldHelpers.h"
 #include "common/Prompter.h"
 
 namespace winadmin {
@@ -12,6 +21,12 @@ namespace winadmin {
 namespace {
 
 constexpr char TokenHeader[] = "veldrano-token";
+// How long a call may wait before the pointer says so: quicker answers
+// would only make it flicker.
+constexpr int kWaitPointerMs = 500;
+// How long a call blocks before the event loop goes on meanwhile: too short
+// for anyone to see the window stand still.
+constexpr int kQuietWaitMs = 30;
 
 std::string Utf8(const QString& text) {
     return text.toStdString();
@@ -25,10 +40,14 @@ bool ValidPort(const QString& text) {
 
 }  // namespace
 
-GrpcServerSession::GrpcServerSession() = default;
+GrpcServerSession::GrpcServerSession() {
+    worker_.setMaxThreadCount(1);
+}
 
 GrpcServerSession::GrpcServerSession(std::shared_ptr<grpc::Channel> channel)
-    : fixedChannel_(std::move(channel)) {}
+    : fixedChannel_(std::move(channel)) {
+    worker_.setMaxThreadCount(1);
+}
 
 GrpcServerSession::~GrpcServerSession() = default;
 
@@ -138,7 +157,8 @@ veldrano::admin::v1::LoginReply GrpcServerSession::CallLogin(bool atLogin) {
     grpc::ClientContext context;
     PrepareContext(context, false);
     ++rpcCount_;
-    const grpc::Status status = stub_->Login(&context, request, &reply);
+    const grpc::Status status = Await(
+        [&](grpc::ClientContext& call) { return stub_->Login(&call, request, &reply); }, context);
     if (!status.ok()) throw MapStatus(status, atLogin, GetHostName());
     return reply;
 }
@@ -204,14 +224,15 @@ void GrpcServerSession::Run(const CallBody& body) {
                                      QStringLiteral("not logged in"));
     // A channel that failed to reach the server waits out its back-off
     // before it tries again and fails every call meanwhile; a new one tries
-    // at once, so a call after the server is back goes through.
-    if (ChannelFailed()) EnsureChannel();
+    // at once, so a call after the server is back goes through. Not while
+    // another call waits: that one still uses the channel.
+    if (!callInProgress_ && ChannelFailed()) EnsureChannel();
     const uint32_t accessDenied = ErrorNumber(veldrano::admin::v1::ERROR_ACCESS_DENIED);
     for (bool retried = false;; retried = true) {
         grpc::ClientContext context;
         PrepareContext(context, true);
         ++rpcCount_;
-        const grpc::Status status = body(context);
+        const grpc::Status status = Await(body, context);
         if (status.ok()) return;
         SessionError error = MapStatus(status, false, GetHostName());
         // A token ends when the server restarts or the session sat idle too
@@ -219,6 +240,56 @@ void GrpcServerSession::Run(const CallBody& body) {
         if (retried || !loggedIn_ || error.Number() != accessDenied) throw error;
         token_ = LogInAgain(error);
     }
+}
+
+grpc::Status GrpcServerSession::Await(const CallBody& body, grpc::ClientContext& context) {
+    // Without an event loop of this thread to keep going, and for a call
+    // that a timer makes while another one waits, the call simply blocks.
+    const QCoreApplication* application = QCoreApplication::instance();
+    if (!application || QThread::currentThread() != application->thread() || callInProgress_)
+        return body(context);
+
+    // A server that hangs must not make the console look hung: the windows
+    // keep painting, timers run, and only the administrator's input waits
+    // for the answer. The deadline in the context still ends the call.
+    callInProgress_ = true;
+    grpc::Status status;
+    QEventLoop loop;
+    std::mutex mutex;
+    std::condition_variable finished;
+    bool done = false;
+    worker_.start([&] {
+        grpc::Status answer = body(context);
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            status = std::move(answer);
+            done = true;
+        }
+        finished.notify_one();
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    });
+    // Most calls answer at once; for them the loop would only cost time and
+    // let timers in where nothing needs them.
+    bool answered = false;
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        answered =
+            finished.wait_for(lock, std::chrono::milliseconds(kQuietWaitMs), [&] { return done; });
+    }
+    if (!answered) {
+        std::optional<BusyPointer> pointer;
+        QTimer::singleShot(kWaitPointerMs - kQuietWaitMs, &loop, [&] {
+            if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) &&
+                !QGuiApplication::overrideCursor())
+                pointer.emplace();
+        });
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    }
+    // The loop also ends when the application quits; the call's locals must
+    // outlive the worker all the same.
+    worker_.waitForDone();
+    callInProgress_ = false;
+    return status;
 }
 
 std::string GrpcServerSession::LogInAgain(const SessionError& refused) {

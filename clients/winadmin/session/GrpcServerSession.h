@@ -4,6 +4,7 @@
 #include <grpcpp/grpcpp.h>
 
 #include <QHash>
+#include <QThreadPool>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -53,6 +54,7 @@ public:
     void ReloadLabels() override;
     int GetTimeout() const override { return timeoutSeconds_; }
     void SetTimeout(int seconds) override;
+    bool CallInProgress() const override { return callInProgress_; }
     int ServerLevel() const override { return info_.server_level(); }
     int SecondVersion() const override { return info_.second_version(); }
     void SetAdminPassword(const QString& password) override;
@@ -163,6 +165,9 @@ private:
     // Runs one call with deadline and token; logs in again once when the
     // server no longer knows the token.
     void Run(const CallBody& body);
+    // Makes the blocking call of body on a worker while this thread's event
+    // loop goes on (without user input), when there is one to go on.
+    grpc::Status Await(const CallBody& body, grpc::ClientContext& context);
 
     template <class Reply, class Body>
     Reply Unary(Body&& body);
@@ -188,6 +193,10 @@ private:
     QHash<QString, QString> labels_;
     std::vector<DeviceTypeRecord> deviceTypes_;
     uint64_t rpcCount_ = 0;
+    bool callInProgress_ = false;
+    // The one worker of the waiting call; a call made while one waits
+    // blocks on its own thread instead.
+    QThreadPool worker_;
 };
 
 // Every record call goes through Run, so deadline, token, re-login and error
