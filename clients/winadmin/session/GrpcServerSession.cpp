@@ -7,10 +7,12 @@
 #include <QThread>
 #include <QTimer>
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
+#include <thread>
 #include <utility>
 
 #include "common/FieldHelpers.h"
@@ -27,6 +29,8 @@ constexpr int kWaitPointerMs = 500;
 // How long a call blocks before the event loop goes on meanwhile: too short
 // for anyone to see the window stand still.
 constexpr int kQuietWaitMs = 30;
+// Of which the first part yields instead of sleeping (see Await).
+constexpr int kSpinMs = 2;
 
 std::string Utf8(const QString& text) {
     return text.toStdString();
@@ -257,7 +261,7 @@ grpc::Status GrpcServerSession::Await(const CallBody& body, grpc::ClientContext&
     QEventLoop loop;
     std::mutex mutex;
     std::condition_variable finished;
-    bool done = false;
+    std::atomic<bool> done = false;
     worker_.start([&] {
         grpc::Status answer = body(context);
         {
@@ -269,12 +273,17 @@ grpc::Status GrpcServerSession::Await(const CallBody& body, grpc::ClientContext&
         QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
     });
     // Most calls answer at once; for them the loop would only cost time and
-    // let timers in where nothing needs them.
-    bool answered = false;
-    {
+    // let timers in where nothing needs them. The first moments are spent
+    // yielding rather than asleep: on a busy machine, waking a sleeping
+    // thread takes longer than a small call (a spin without yielding would
+    // take the processor from the worker and the server alike).
+    const auto spinUntil = std::chrono::steady_clock::now() + std::chrono::milliseconds(kSpinMs);
+    while (!done && std::chrono::steady_clock::now() < spinUntil) std::this_thread::yield();
+    bool answered = done;
+    if (!answered) {
         std::unique_lock<std::mutex> lock(mutex);
-        answered =
-            finished.wait_for(lock, std::chrono::milliseconds(kQuietWaitMs), [&] { return done; });
+        answered = finished.wait_for(lock, std::chrono::milliseconds(kQuietWaitMs - kSpinMs),
+                                     [&] { return done.load(); });
     }
     if (!answered) {
         std::optional<BusyPointer> pointer;
