@@ -177,8 +177,9 @@ int RunProgram(const std::string& arguments, const std::string& input, std::stri
     const char* bin = std::getenv("VELDRANO_SERVER_BIN");
     TempDirectory scratch("veldrano-run");
     WriteText(scratch.File("in"), input);
-    const std::string command = std::string(bin ? bin : "server/veldrano-server") + " " +
-                                arguments + " < " + scratch.File("in") + " > " +
+    // A program that starts serving by mistake is stopped, not waited for.
+    const std::string command = "timeout 20 " + std::string(bin ? bin : "server/veldrano-server") +
+                                " " + arguments + " < " + scratch.File("in") + " > " +
                                 scratch.File("out") + " 2>&1";
     const int status = std::system(command.c_str());
     std::ifstream in(scratch.File("out"));
@@ -203,6 +204,14 @@ TEST(ProgramOptionsTest, PasswordResetIsOfflineCheckedAndTakesEffect) {
         EXPECT_NE(output.find("in use by process " + std::to_string(getpid())), std::string::npos)
             << output;
     }
+
+    // The first password of a new store follows the same rule.
+    WriteText(dir.File("short"), "x\n");
+    EXPECT_EQ(RunProgram("--data " + dir.File("new.db") + " --password-file " + dir.File("short") +
+                             " --listen 127.0.0.1:0",
+                         "", &output),
+              1);
+    EXPECT_NE(output.find("at least 8 characters"), std::string::npos) << output;
 
     EXPECT_EQ(RunProgram("--data=" + store + " --set-password", "a new password\n", &output), 0)
         << output;

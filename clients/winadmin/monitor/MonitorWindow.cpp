@@ -144,6 +144,9 @@ int MonitorWindow::UpdatePeriod() const {
 
 void MonitorWindow::Tick() {
     if (busy_ || fillingViewers > 0 || closed_) return;
+    // The timer fires while another window's call waits for the server; a
+    // second call would only queue behind it. The next period tries again.
+    if (const ServerSession* session = TheSession(); session && session->CallInProgress()) return;
     QPointer<MonitorWindow> alive(this);
     busy_ = true;
     ++fillingViewers;

@@ -1,10 +1,21 @@
 #include "session/GrpcServerSession.h"
 
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QGuiApplication>
 #include <QRegularExpression>
+#include <QThread>
+#include <QTimer>
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <thread>
 #include <utility>
 
+#include "common/FieldHelpers.h"
 #include "common/Prompter.h"
 #include "session/SecureChannel.h"
 
@@ -13,6 +24,14 @@ namespace winadmin {
 namespace {
 
 constexpr char TokenHeader[] = "veldrano-token";
+// How long a call may wait before the pointer says so: quicker answers
+// would only make it flicker.
+constexpr int kWaitPointerMs = 500;
+// How long a call blocks before the event loop goes on meanwhile: too short
+// for anyone to see the window stand still.
+constexpr int kQuietWaitMs = 30;
+// Of which the first part yields instead of sleeping (see Await).
+constexpr int kSpinMs = 2;
 
 std::string Utf8(const QString& text) {
     return text.toStdString();
@@ -26,10 +45,14 @@ bool ValidPort(const QString& text) {
 
 }  // namespace
 
-GrpcServerSession::GrpcServerSession() = default;
+GrpcServerSession::GrpcServerSession() {
+    worker_.setMaxThreadCount(1);
+}
 
 GrpcServerSession::GrpcServerSession(std::shared_ptr<grpc::Channel> channel)
-    : fixedChannel_(std::move(channel)) {}
+    : fixedChannel_(std::move(channel)) {
+    worker_.setMaxThreadCount(1);
+}
 
 GrpcServerSession::~GrpcServerSession() = default;
 
@@ -90,6 +113,24 @@ QString GrpcServerSession::GetLabel(const QString& key) const {
     return found == labels_.cend() ? key : found.value();
 }
 
+grpc::ChannelArguments GrpcServerSession::ChannelArguments() {
+    grpc::ChannelArguments arguments;
+    // gRPC waits ever longer between attempts to reach a server that went
+    // away (seconds after a restart of a minute); an administrator who
+    // presses Retry once the server is back must not wait for that.
+    arguments.SetInt(GRPC_ARG_INITIAL_RECONNECT_BACKOFF_MS, kReconnectFirstMs);
+    arguments.SetInt(GRPC_ARG_MAX_RECONNECT_BACKOFF_MS, kReconnectLongestMs);
+    // Channels of one process share their connections by default, waiting
+    // state included: a channel made new to cut the wait would inherit it.
+    arguments.SetInt(GRPC_ARG_USE_LOCAL_SUBCHANNEL_POOL, 1);
+    return arguments;
+}
+
+bool GrpcServerSession::ChannelFailed() const {
+    return channel_ && !fixedChannel_ &&
+           channel_->GetState(false) == GRPC_CHANNEL_TRANSIENT_FAILURE;
+}
+
 void GrpcServerSession::EnsureChannel() {
     if (fixedChannel_) {
         if (!stub_) {
@@ -101,8 +142,8 @@ void GrpcServerSession::EnsureChannel() {
     const std::string target = ChannelTarget(hostText_);
     if (target.empty())
         throw SessionError::FromCode(veldrano::admin::v1::ERROR_HOST_UNREACHABLE, hostText_);
-    if (target == channelTarget_ && stub_) return;
-    channel_ = OpenTrustedChannel(target, grpc::ChannelArguments(), timeoutSeconds_);
+    if (target == channelTarget_ && stub_ && !ChannelFailed()) return;
+    channel_ = OpenTrustedChannel(target, ChannelArguments(), timeoutSeconds_);
     channelTarget_ = target;
     stub_ = veldrano::admin::v1::Administration::NewStub(channel_);
 }
@@ -120,8 +161,9 @@ veldrano::admin::v1::LoginReply GrpcServerSession::CallLogin(bool atLogin) {
     grpc::ClientContext context;
     PrepareContext(context, false);
     ++rpcCount_;
-    const grpc::Status status = stub_->Login(&context, request, &reply);
-    if (!status.ok()) throw MapStatus(status, atLogin);
+    const grpc::Status status = Await(
+        [&](grpc::ClientContext& call) { return stub_->Login(&call, request, &reply); }, context);
+    if (!status.ok()) throw MapStatus(status, atLogin, GetHostName());
     return reply;
 }
 
@@ -184,19 +226,79 @@ void GrpcServerSession::Run(const CallBody& body) {
     if (!stub_)
         throw SessionError::FromCode(veldrano::admin::v1::ERROR_ACCESS_DENIED,
                                      QStringLiteral("not logged in"));
+    // A channel that failed to reach the server waits out its back-off
+    // before it tries again and fails every call meanwhile; a new one tries
+    // at once, so a call after the server is back goes through. Not while
+    // another call waits: that one still uses the channel.
+    if (!callInProgress_ && ChannelFailed()) EnsureChannel();
     const uint32_t accessDenied = ErrorNumber(veldrano::admin::v1::ERROR_ACCESS_DENIED);
     for (bool retried = false;; retried = true) {
         grpc::ClientContext context;
         PrepareContext(context, true);
         ++rpcCount_;
-        const grpc::Status status = body(context);
+        const grpc::Status status = Await(body, context);
         if (status.ok()) return;
-        SessionError error = MapStatus(status, false);
+        SessionError error = MapStatus(status, false, GetHostName());
         // A token ends when the server restarts or the session sat idle too
         // long; the administrator should not have to log in again for that.
         if (retried || !loggedIn_ || error.Number() != accessDenied) throw error;
         token_ = LogInAgain(error);
     }
+}
+
+grpc::Status GrpcServerSession::Await(const CallBody& body, grpc::ClientContext& context) {
+    // Without an event loop of this thread to keep going, and for a call
+    // that a timer makes while another one waits, the call simply blocks.
+    const QCoreApplication* application = QCoreApplication::instance();
+    if (!application || QThread::currentThread() != application->thread() || callInProgress_)
+        return body(context);
+
+    // A server that hangs must not make the console look hung: the windows
+    // keep painting, timers run, and only the administrator's input waits
+    // for the answer. The deadline in the context still ends the call.
+    callInProgress_ = true;
+    grpc::Status status;
+    QEventLoop loop;
+    std::mutex mutex;
+    std::condition_variable finished;
+    std::atomic<bool> done = false;
+    worker_.start([&] {
+        grpc::Status answer = body(context);
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            status = std::move(answer);
+            done = true;
+        }
+        finished.notify_one();
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    });
+    // Most calls answer at once; for them the loop would only cost time and
+    // let timers in where nothing needs them. The first moments are spent
+    // yielding rather than asleep: on a busy machine, waking a sleeping
+    // thread takes longer than a small call (a spin without yielding would
+    // take the processor from the worker and the server alike).
+    const auto spinUntil = std::chrono::steady_clock::now() + std::chrono::milliseconds(kSpinMs);
+    while (!done && std::chrono::steady_clock::now() < spinUntil) std::this_thread::yield();
+    bool answered = done;
+    if (!answered) {
+        std::unique_lock<std::mutex> lock(mutex);
+        answered = finished.wait_for(lock, std::chrono::milliseconds(kQuietWaitMs - kSpinMs),
+                                     [&] { return done.load(); });
+    }
+    if (!answered) {
+        std::optional<BusyPointer> pointer;
+        QTimer::singleShot(kWaitPointerMs - kQuietWaitMs, &loop, [&] {
+            if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) &&
+                !QGuiApplication::overrideCursor())
+                pointer.emplace();
+        });
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    }
+    // The loop also ends when the application quits; the call's locals must
+    // outlive the worker all the same.
+    worker_.waitForDone();
+    callInProgress_ = false;
+    return status;
 }
 
 std::string GrpcServerSession::LogInAgain(const SessionError& refused) {
@@ -217,7 +319,8 @@ std::string GrpcServerSession::LogInAgain(const SessionError& refused) {
     }
 }
 
-SessionError GrpcServerSession::MapStatus(const grpc::Status& status, bool atLogin) const {
+SessionError GrpcServerSession::MapStatus(const grpc::Status& status, bool atLogin,
+                                          const QString& host) {
     namespace pb = veldrano::admin::v1;
     pb::ErrorDetail detail;
     if (!status.error_details().empty() && detail.ParseFromString(status.error_details()) &&
@@ -234,9 +337,18 @@ SessionError GrpcServerSession::MapStatus(const grpc::Status& status, bool atLog
         case grpc::StatusCode::DEADLINE_EXCEEDED:
             return SessionError::FromCode(pb::ERROR_TIMEOUT);
         case grpc::StatusCode::UNAVAILABLE:
-            if (atLogin) return SessionError::FromCode(pb::ERROR_HOST_UNREACHABLE, GetHostName());
+            if (atLogin) return SessionError::FromCode(pb::ERROR_HOST_UNREACHABLE, host);
+            return SessionError::FromCode(pb::ERROR_SERVER_BUSY);
+        case grpc::StatusCode::CANCELLED:
+            // The console cancels none of its calls: this one was cut by the
+            // server going down, and repeating it once the server is back
+            // is what cures it.
             return SessionError::FromCode(pb::ERROR_SERVER_BUSY);
         case grpc::StatusCode::RESOURCE_EXHAUSTED:
+            // gRPC's size limit on one message; the same request or answer
+            // would be refused again however often it is repeated.
+            if (message.contains(QLatin1String("larger than max")))
+                return SessionError::FromCode(pb::ERROR_MESSAGE_TOO_LARGE);
             return SessionError::FromCode(pb::ERROR_SERVER_BUSY, message);
         default:
             return SessionError::FromCode(pb::ERROR_PROTOCOL, message);

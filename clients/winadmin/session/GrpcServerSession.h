@@ -4,6 +4,7 @@
 #include <grpcpp/grpcpp.h>
 
 #include <QHash>
+#include <QThreadPool>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -30,6 +31,15 @@ public:
     // target with the default port filled in; "" when the text names no host.
     static std::string ChannelTarget(const QString& host);
 
+    // The arguments of every channel the console opens to a server: reconnect
+    // quickly after the server went away. Credentials are the caller's.
+    static grpc::ChannelArguments ChannelArguments();
+
+    // The administrator's error for a failed call: the server's own numbered
+    // error when it sent one, else one for what the transport reports. host
+    // names the server in the error of a login that cannot reach it.
+    static SessionError MapStatus(const grpc::Status& status, bool atLogin, const QString& host);
+
     // Calls issued on the wire so far, logins included. Lets tests and
     // benchmarks prove that a collection costs one call and a label none.
     uint64_t RpcCount() const { return rpcCount_; }
@@ -44,6 +54,7 @@ public:
     void ReloadLabels() override;
     int GetTimeout() const override { return timeoutSeconds_; }
     void SetTimeout(int seconds) override;
+    bool CallInProgress() const override { return callInProgress_; }
     int ServerLevel() const override { return info_.server_level(); }
     int SecondVersion() const override { return info_.second_version(); }
     void SetAdminPassword(const QString& password) override;
@@ -139,7 +150,12 @@ private:
     using Stub = veldrano::admin::v1::Administration::Stub;
     using CallBody = std::function<grpc::Status(grpc::ClientContext&)>;
 
+    static constexpr int kReconnectFirstMs = 200;
+    static constexpr int kReconnectLongestMs = 1000;
+
     void EnsureChannel();
+    // Whether the session's own channel gave up reaching the server for now.
+    bool ChannelFailed() const;
     void PrepareContext(grpc::ClientContext& context, bool withToken) const;
     veldrano::admin::v1::LoginReply CallLogin(bool atLogin);
     // A fresh token after the server refused the session's one; asks the
@@ -149,7 +165,9 @@ private:
     // Runs one call with deadline and token; logs in again once when the
     // server no longer knows the token.
     void Run(const CallBody& body);
-    SessionError MapStatus(const grpc::Status& status, bool atLogin) const;
+    // Makes the blocking call of body on a worker while this thread's event
+    // loop goes on (without user input), when there is one to go on.
+    grpc::Status Await(const CallBody& body, grpc::ClientContext& context);
 
     template <class Reply, class Body>
     Reply Unary(Body&& body);
@@ -175,6 +193,10 @@ private:
     QHash<QString, QString> labels_;
     std::vector<DeviceTypeRecord> deviceTypes_;
     uint64_t rpcCount_ = 0;
+    bool callInProgress_ = false;
+    // The one worker of the waiting call; a call made while one waits
+    // blocks on its own thread instead.
+    QThreadPool worker_;
 };
 
 // Every record call goes through Run, so deadline, token, re-login and error

@@ -52,6 +52,10 @@ public:
     // default unless the administrator chose a value.
     virtual int GetTimeout() const = 0;
     virtual void SetTimeout(int seconds) = 0;
+    // Whether a call is waiting for the server. The window keeps painting
+    // and its timers keep running meanwhile; periodic work skips its turn
+    // rather than start a second call behind the first.
+    virtual bool CallInProgress() const = 0;
 
     virtual int ServerLevel() const = 0;
     virtual int SecondVersion() const = 0;

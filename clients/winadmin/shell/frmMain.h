@@ -44,8 +44,9 @@ public:
 
     // Builds the tree anew from the session and makes the root current; the
     // list is left as it is (RefreshExplorer keeps both in step). A session
-    // that cannot be read leaves the root and its fixed branches.
-    void BuildTree();
+    // that cannot be read leaves the root and its fixed branches, or, when
+    // keepOnFailure, the tree as it was. Answers whether the session was read.
+    bool BuildTree(bool keepOnFailure = false);
     QTreeWidgetItem* AddNode(QTreeWidgetItem* parent, const QString& key, const QString& text,
                              const QString& kind);
     QTreeWidgetItem* FindNode(const QString& key) const;
@@ -57,6 +58,8 @@ public:
     // Rebuilds tree and list from the session and keeps the view: expanded
     // nodes, the selected node, the selected row and the list's order. A
     // saved name selects the row of that name instead (an editor's object).
+    // When the session cannot be read, the failure is shown once and tree
+    // and list stay as they were.
     void RefreshExplorer(const QString& savedName = {});
     // The rows the list shows, in every mode.
     ListModel* ListRows() const { return listModel_; }

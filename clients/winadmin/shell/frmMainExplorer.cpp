@@ -77,14 +77,17 @@ void frmMain::ConnectExplorer() {
     connect(ui->mnuViewRefresh, &QAction::triggered, this, [this] { RefreshExplorer(); });
 }
 
-void frmMain::BuildTree() {
+bool frmMain::BuildTree(bool keepOnFailure) {
     ExplorerTreeData data;
+    bool fetched = true;
     if (ServerSession* session = TheSession())
-        CallSession([&] { data = FetchExplorerTree(*session); });
+        fetched = CallSession([&] { data = FetchExplorerTree(*session); });
+    if (!fetched && keepOnFailure) return false;
     treeQuiet_ = true;
     BuildExplorerTree(ui->tvTreeView, data);
     ui->tvTreeView->setCurrentItem(ui->tvTreeView->topLevelItem(0));
     treeQuiet_ = false;
+    return fetched;
 }
 
 void frmMain::ShowNode(QTreeWidgetItem* node) {
@@ -178,7 +181,10 @@ void frmMain::RefreshExplorer(const QString& savedName) {
         rowKind = row.iconKey;
     }
 
-    BuildTree();
+    // A tree stripped to its fixed branches would lose the administrator's
+    // place, and the list of a server that does not answer would only
+    // report the same failure a second time.
+    if (!BuildTree(true)) return;
     const QHash<QString, QTreeWidgetItem*> nodes = IndexNodesByKey(tree);
     treeQuiet_ = true;
     // A fresh tree has only its root expanded.

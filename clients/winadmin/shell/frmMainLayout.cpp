@@ -9,6 +9,7 @@
 
 #include "common/Twips.h"
 #include "lists/ExplorerListView.h"
+#include "shell/WindowPlacement.h"
 #include "shell/frmMain.h"
 #include "ui_frmMain.h"
 
@@ -45,21 +46,22 @@ void frmMain::ApplyBounds(int leftTwips, int topTwips, int widthTwips, int heigh
 }
 
 void frmMain::KeepOnScreen() {
-    // Whatever was stored (another monitor's position, a size from a larger
-    // screen, nonsense), the window opens whole on the screen that is there.
-    // The frame counts as part of the window; its size is only known once the
-    // window exists, so the first show checks again.
-    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    // Whatever was stored (a monitor no longer there, a size from a larger
+    // screen, nonsense), the window opens whole on a screen that is there;
+    // a position on another monitor than the primary one is kept. The frame
+    // counts as part of the window; its size is only known once the window
+    // exists, so the first show checks again.
+    QList<QRect> screens;
+    if (const QScreen* primary = QGuiApplication::primaryScreen())
+        screens.append(primary->availableGeometry());
+    for (const QScreen* screen : QGuiApplication::screens())
+        if (screen != QGuiApplication::primaryScreen()) screens.append(screen->availableGeometry());
     const QRect frame = frameGeometry();
-    if (screen.contains(frame) && width() >= minimumWidth() && height() >= minimumHeight()) return;
-    const int frameWidth = frame.width() - width();
-    const int frameHeight = frame.height() - height();
-    const int width = qBound(minimumWidth(), this->width(), screen.width() - frameWidth);
-    const int height = qBound(minimumHeight(), this->height(), screen.height() - frameHeight);
-    const int left = qBound(screen.left(), frame.left(), screen.right() + 1 - width - frameWidth);
-    const int top = qBound(screen.top(), frame.top(), screen.bottom() + 1 - height - frameHeight);
-    resize(width, height);
-    move(left, top);
+    const QSize border = frame.size() - size();
+    const QRect placed = PlaceOnScreens(frame, minimumSize() + border, screens);
+    if (placed == frame) return;
+    resize(placed.size() - border);
+    move(placed.topLeft());
 }
 
 void frmMain::showEvent(QShowEvent* event) {

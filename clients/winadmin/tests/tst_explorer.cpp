@@ -37,6 +37,13 @@ QStringList Headers(const QAbstractItemModel* model) {
     return headers;
 }
 
+// Every node's key, in the tree's order.
+QStringList NodeKeys(QTreeWidget* tree) {
+    QStringList keys;
+    for (QTreeWidgetItemIterator it(tree); *it; ++it) keys << Key(*it);
+    return keys;
+}
+
 }  // namespace
 
 class TestExplorer : public ExplorerSuite {
@@ -47,6 +54,7 @@ private slots:
     void EveryNodeFillsItsList();
     void RefreshKeepsTheView();
     void FailedCallsAreShownAndTheWindowStaysUsable();
+    void FailedRefreshShowsOneBoxAndKeepsTheView();
     void EventListCountsWhileItFills();
 };
 
@@ -238,13 +246,46 @@ void TestExplorer::FailedCallsAreShownAndTheWindowStaysUsable() {
     QCOMPARE(model->rowCount(), 0);
     QCOMPARE(Key(main->Tree()->currentItem()), QStringLiteral("Routes"));
     QCOMPARE(QApplication::overrideCursor(), nullptr);
+}
 
-    // Refresh: the tree keeps its fixed branches, and the list is reported too.
-    fx_->prompter.Answer({Answer::Cancel, Answer::Cancel});
-    main->RefreshExplorer();
-    QCOMPARE(fx_->prompter.Prompts().size(), 5);
-    QCOMPARE(main->Tree()->topLevelItem(0)->childCount(), 6);
-    QCOMPARE(Key(main->Tree()->currentItem()), QStringLiteral("Routes"));
+void TestExplorer::FailedRefreshShowsOneBoxAndKeepsTheView() {
+    fx_->StartDemo(true);  // over TCP, so that the server can be stopped
+    auto main = fx_->OpenMain();
+    QTreeWidget* tree = main->Tree();
+    ListModel* model = main->ListRows();
+    ExplorerFixture::Click(*main, QStringLiteral("fxprint01Printersljfast"));
+    ExplorerFixture::Click(*main, QStringLiteral("fxmasterUsers"));
+    const QStringList nodes = NodeKeys(tree);
+    const QSet<QString> expanded = ExpandedKeys(*main);
+    const QStringList rows = ExplorerFixture::ColumnTexts(model, 0);
+    QVERIFY(nodes.size() > 20);
+    QVERIFY(rows.size() > 1);
+    QVERIFY(ClickRow(*main, rows.at(1)));
+    fx_->server->Shutdown();
+
+    fx_->prompter.Answer(Answer::Cancel);
+    QTest::keyClick(tree, Qt::Key_F5);
+    QCOMPARE(fx_->prompter.Prompts().size(), 1);
+    QCOMPARE(fx_->prompter.LastPrompt().buttons, PromptButtons::RetryCancel);
+    QCOMPARE(NodeKeys(tree), nodes);
+    QCOMPARE(ExpandedKeys(*main), expanded);
+    QCOMPARE(Key(tree->currentItem()), QStringLiteral("fxmasterUsers"));
+    QCOMPARE(ExplorerFixture::ColumnTexts(model, 0), rows);
+    QCOMPARE(SelectedRowText(*main), rows.at(1));
+
+    // The server comes back while the box shows: Retry refreshes at once,
+    // with no second box.
+    fx_->prompter.whileShown = [this] { fx_->server->Restart(); };
+    Store().CommitUser(veldrano::server::demo::MakeUser("fxmaster", "zz-new", "Added meanwhile"));
+    fx_->prompter.Answer(Answer::Retry);
+    QTest::keyClick(tree, Qt::Key_F5);
+    fx_->prompter.whileShown = {};
+    QCOMPARE(fx_->prompter.Prompts().size(), 2);
+    QCOMPARE(NodeKeys(tree), nodes);
+    QCOMPARE(Key(tree->currentItem()), QStringLiteral("fxmasterUsers"));
+    QCOMPARE(model->rowCount(), rows.size() + 1);
+    QVERIFY(model->FindText(QStringLiteral("zz-new")) >= 0);
+    QCOMPARE(SelectedRowText(*main), rows.at(1));
 }
 
 void TestExplorer::EventListCountsWhileItFills() {

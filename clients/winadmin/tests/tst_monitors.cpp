@@ -20,10 +20,13 @@
 #include "lists/ListModel.h"
 #include "monitor/frmEvents.h"
 #include "monitor/frmProcesses.h"
+#include "session/CallSession.h"
+#include "session/GrpcServerSession.h"
 #include "session/ServerSession.h"
 #include "shell/frmMain.h"
 #include "store/Store.h"
 #include "support/ExplorerFixture.h"
+#include "support/Loopback.h"
 
 using namespace winadmin;
 namespace pb = veldrano::admin::v1;
@@ -51,6 +54,7 @@ class TestMonitors : public ExplorerSuite {
 private slots:
     void UpdatePeriodClampsAndDrivesTheTimer();
     void TicksNeverNestAndAFailingServerGivesOneBoxPerTick();
+    void TicksSkipWhileAnotherCallWaits();
     void ProcessCellsAndSelectionSurviveRefresh();
     void UnknownServerIsReportedAndAnotherCanBePicked();
     void SeverityFilterAndMaximum();
@@ -142,6 +146,44 @@ void TestMonitors::TicksNeverNestAndAFailingServerGivesOneBoxPerTick() {
     QCOMPARE(boxes, 3);
     QCOMPARE(fx_->prompter.Prompts().size(), 3);
     QCOMPARE(fx_->prompter.LastPrompt().buttons, PromptButtons::RetryCancel);
+}
+
+void TestMonitors::TicksSkipWhileAnotherCallWaits() {
+    Opened<frmProcesses> processes(QStringLiteral("fxmaster"));
+    const int rows = processes->Rows()->rowCount();
+    QVERIFY(rows > 0);
+
+    // The console's session now reaches a server that never answers; a
+    // window's call waits on it for the whole time-out while the viewer's
+    // timer keeps firing.
+    QTcpServer silent;
+    const QString host = SilentLoopbackHost(silent);
+    QVERIFY(!host.isEmpty());
+    auto hung = std::make_unique<GrpcServerSession>(
+        grpc::CreateChannel(host.toStdString(), grpc::InsecureChannelCredentials()));
+    hung->SetTimeout(2);
+    SetTheSession(std::move(hung));
+    processes->LoadTimer()->start(200);
+    int ticksSeen = 0;
+    QTimer watch;
+    connect(&watch, &QTimer::timeout, [&] {
+        ++ticksSeen;
+        QVERIFY(!processes->IsFilling());
+    });
+    watch.start(100);
+
+    // One box, the waiting call's own: no tick started a call behind it.
+    fx_->prompter.Answer(Answer::Cancel);
+    QVERIFY(!CallSession([] { TheSession()->Servers(); }));
+    watch.stop();
+    QCOMPARE(fx_->prompter.Prompts().size(), 1);
+    QVERIFY2(fx_->prompter.LastPrompt().text.endsWith(QStringLiteral("(81000001).")),
+             qPrintable(fx_->prompter.LastPrompt().text));
+    QVERIFY(ticksSeen >= 10);
+    // The viewer kept its rows and its timer for the next turn.
+    QCOMPARE(processes->Rows()->rowCount(), rows);
+    QVERIFY(processes->LoadTimer()->isActive());
+    processes->LoadTimer()->stop();
 }
 
 void TestMonitors::ProcessCellsAndSelectionSurviveRefresh() {

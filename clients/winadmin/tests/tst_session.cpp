@@ -42,6 +42,10 @@ private slots:
     void LoginReportsNetworkFailures_data();
     void LoginReportsNetworkFailures();
     void CallsNeedATokenAndExpiredOnesLogInAgainOnce();
+    void CallAfterARestartReconnectsAtOnce();
+    void TransportFailuresMapToTheAdministratorsErrors_data();
+    void TransportFailuresMapToTheAdministratorsErrors();
+    void OversizedRequestIsRefusedAsTooLarge();
     void LabelsComeFromMemory();
     void ServerRefusalsKeepTheServersNumbers();
     void RoleRemovalIsOneCommit();
@@ -141,6 +145,103 @@ void TestSession::CallsNeedATokenAndExpiredOnesLogInAgainOnce() {
     before = session->RpcCount();
     COMPARE_NUMBER(Refusal([&] { session->Servers(); }), 0x80070005u);
     QCOMPARE(session->RpcCount() - before, 2u);
+}
+
+void TestSession::CallAfterARestartReconnectsAtOnce() {
+    TestServer server(ServerOptions("", "", true));
+    server.AddUserServer(QStringLiteral("alpha"));
+    auto session = server.LoginTcp();
+    server.Shutdown();
+
+    // The administrator keeps trying while the server is down: every call
+    // is a transient failure (busy, or unreachable once the console looks
+    // for the server anew), and each failed attempt lengthens the wait
+    // gRPC would put before its next one.
+    QElapsedTimer down;
+    down.start();
+    int attempts = 0;
+    while (down.elapsed() < 2500) {
+        const uint32_t number = Refusal([&] { session->Servers(); }).Number();
+        QVERIFY2(number == 0x81000002u || number == 0x81002AF9u,
+                 qPrintable(QString::number(number, 16)));
+        ++attempts;
+        QTest::qWait(250);
+    }
+    QVERIFY(attempts >= 5);
+
+    server.Restart();
+    QElapsedTimer back;
+    back.start();
+    QCOMPARE(session->Servers().size(), size_t(1));
+    QVERIFY2(back.elapsed() < 1000, qPrintable(QString::number(back.elapsed())));
+    QVERIFY(session->IsLoggedIn());
+}
+
+void TestSession::TransportFailuresMapToTheAdministratorsErrors_data() {
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<bool>("atLogin");
+    QTest::addColumn<uint>("number");
+    using grpc::StatusCode;
+    // A call cut by the server going down, whichever way gRPC reports it.
+    QTest::newRow("cancelled") << int(StatusCode::CANCELLED) << "Cancelled" << false << 0x81000002u;
+    QTest::newRow("cancelled at login")
+        << int(StatusCode::CANCELLED) << "Cancelled" << true << 0x81000002u;
+    QTest::newRow("unavailable mid-call")
+        << int(StatusCode::UNAVAILABLE) << "Socket closed" << false << 0x81000002u;
+    QTest::newRow("unavailable at login")
+        << int(StatusCode::UNAVAILABLE) << "failed to connect" << true << 0x81002AF9u;
+    QTest::newRow("deadline") << int(StatusCode::DEADLINE_EXCEEDED) << "Deadline Exceeded" << false
+                              << 0x81000001u;
+    QTest::newRow("message over the limit")
+        << int(StatusCode::RESOURCE_EXHAUSTED)
+        << "Received message larger than max (5242990 vs. 4194304)" << false << 0x81010012u;
+    QTest::newRow("answer over the limit")
+        << int(StatusCode::RESOURCE_EXHAUSTED)
+        << "Sent message larger than max (5242990 vs. 4194304)" << false << 0x81010012u;
+    QTest::newRow("other exhaustion")
+        << int(StatusCode::RESOURCE_EXHAUSTED) << "too many calls" << false << 0x81000002u;
+    QTest::newRow("unknown") << int(StatusCode::INTERNAL) << "boom" << false << 0x8101000Du;
+}
+
+void TestSession::TransportFailuresMapToTheAdministratorsErrors() {
+    QFETCH(int, code);
+    QFETCH(QString, message);
+    QFETCH(bool, atLogin);
+    QFETCH(uint, number);
+    const QString host = QStringLiteral("alpha.example:47110");
+    const grpc::Status status(grpc::StatusCode(code), message.toStdString());
+    const SessionError error = GrpcServerSession::MapStatus(status, atLogin, host);
+    COMPARE_NUMBER(error, number);
+    QCOMPARE(error.Source(), kSource);
+    QVERIFY(!error.Description().isEmpty());
+    // Only the unreachable host names itself; only the unknown failure
+    // passes gRPC's words on.
+    QCOMPARE(error.Description().contains(host), number == 0x81002AF9u);
+    QCOMPARE(error.Description().contains(message),
+             number == 0x8101000Du || message == QLatin1String("too many calls"));
+
+    // The server's own numbered error wins over the transport's code.
+    veldrano::admin::v1::ErrorDetail detail;
+    detail.set_number(0x8101000E);
+    detail.set_description("changed meanwhile");
+    const grpc::Status refused(grpc::StatusCode(code), message.toStdString(),
+                               detail.SerializeAsString());
+    COMPARE_NUMBER(GrpcServerSession::MapStatus(refused, atLogin, host), 0x8101000Eu);
+}
+
+void TestSession::OversizedRequestIsRefusedAsTooLarge() {
+    TestServer server(ServerOptions("", "", true));
+    server.AddUserServer(QStringLiteral("alpha"));
+    auto session = server.LoginTcp();
+    UserRecord user = session->GetUser(QStringLiteral("alpha"), QStringLiteral("bob"));
+    user.set_comment(std::string(5 * 1024 * 1024, 'x'));
+    const SessionError error = Refusal([&] { session->CommitUser(user); });
+    COMPARE_NUMBER(error, 0x81010012u);
+    QCOMPARE(error.Description(),
+             QStringLiteral("A request or its answer is larger than the connection allows"));
+    // Nothing was written, and the session goes on working.
+    QVERIFY(session->GetUser(QStringLiteral("alpha"), QStringLiteral("bob")).is_new());
 }
 
 void TestSession::LabelsComeFromMemory() {
