@@ -29,6 +29,15 @@ ChannelPlan Refusal(pb::Error error, const QString& fingerprint = {}) {
     return {Kind::Refuse, fingerprint, error};
 }
 
+// 32 pairs in two lines of 16, which are easier to compare than one line
+// that the message box wraps anywhere.
+QString ShownFingerprint(const QString& fingerprint) {
+    constexpr qsizetype kHalf = 16 * 3;
+    QString shown = fingerprint;
+    if (shown.size() > kHalf) shown.replace(kHalf - 1, 1, QLatin1Char('\n'));
+    return shown;
+}
+
 bool AskToTrust(const QString& host, const QString& fingerprint) {
     Prompt prompt;
     prompt.title = QStringLiteral("Unknown server certificate");
@@ -38,7 +47,7 @@ bool AskToTrust(const QString& host, const QString& fingerprint) {
             "SHA-256 fingerprint:\n%2\n\n"
             "Compare it with the fingerprint that the server printed when it started, or that "
             "its administrator gives you. Trust this server from now on and connect?")
-            .arg(host, fingerprint);
+            .arg(host, ShownFingerprint(fingerprint));
     prompt.icon = PromptIcon::Question;
     prompt.buttons = PromptButtons::YesNo;
     prompt.defaultButton = 2;  // No: a stray Enter must not trust a stranger
