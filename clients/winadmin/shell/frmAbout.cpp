@@ -30,7 +30,13 @@ void frmAbout::Form_Load() {
     setWindowTitle(QStringLiteral("About ") + ApplicationTitle());
     ui->picIcon->setPixmap(QIcon(QStringLiteral(":/app/icon.svg")).pixmap(64, 64));
     ui->lblProductName->setText(ApplicationTitle());
-    ui->lblVersion->setText(VersionLine());
+    // The console's own version beside the server's: the two are installed
+    // apart and a fault report needs both.
+    ui->lblVersion->setText(
+        GetLabel(QStringLiteral("ConsoleVersion"))
+            .arg(QStringLiteral(VELDRANO_VERSION), QStringLiteral(VELDRANO_BUILD)) +
+        QLatin1Char('\n') +
+        GetLabel(QStringLiteral("ServerVersion")).arg(GetLabel(QStringLiteral("version"))));
     // The brand's logo, as on the splash; a brand without one shows none.
     QString brandWord;
     try {

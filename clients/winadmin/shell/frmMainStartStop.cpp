@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QListView>
 #include <QMenu>
+#include <QStatusBar>
 #include <QTreeView>
 
 #include "common/Labels.h"
@@ -21,6 +22,7 @@ namespace {
 constexpr int kStart = 1;
 constexpr int kStop = 2;
 constexpr int kTerminate = 3;
+constexpr int kStatusMessageMs = 10000;
 
 // Starting asks nothing and leaves the explorer as it is: nothing is lost by
 // a start, and what it brings up shows once the server has brought it up.
@@ -89,8 +91,21 @@ void RunStartStop(frmMain& main, const StartStopCommand& command) {
         return;
     }
     if (command.question && !Confirmed(command.question)) return;
+    const frmMain::Selection selection = main.SelectedObject();
     // A failed call was reported; the tree and list keep their state.
-    if (main.StartStopObject(command.action) && command.question) main.RefreshExplorer();
+    if (!main.StartStopObject(command.action)) return;
+    // The server has taken the request; what it brings about shows in the
+    // lists once it has happened. Until then the status bar says what was
+    // asked, so a start (which changes nothing on screen) is not left mute.
+    const char* key = command.action == kStart  ? "StatusStartSent"
+                      : command.action == kStop ? "StatusStopSent"
+                                                : "StatusTerminateSent";
+    QString object = Is(selection.kind, "Server")   ? ServerOf(selection)
+                     : Is(selection.kind, "Device") ? DeviceOf(selection)
+                                                    : selection.text.trimmed();
+    if (!Is(selection.kind, "Server")) object += QLatin1Char('@') + selection.Server();
+    main.statusBar()->showMessage(GetLabel(QLatin1String(key)).arg(object), kStatusMessageMs);
+    if (command.question) main.RefreshExplorer();
 }
 
 }  // namespace

@@ -444,6 +444,11 @@ void TestMainWindow::HelpEntriesOpenTheirWindows() {
     bool aboutShown = false;
     WhenShown<frmAbout>([&](frmAbout& about) {
         aboutShown = true;
+        // The console's version and build beside the server's version.
+        const QString versions = Child<QLabel>(about, "lblVersion")->text();
+        QVERIFY2(versions.contains(QStringLiteral("Console version 1.0.0 (build ")) &&
+                     versions.contains(QStringLiteral("\nServer version 1.0.0")),
+                 qPrintable(versions));
         about.reject();
     });
     Child<QAction>(*main, "mnuHelpAbout")->trigger();

@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QContextMenuEvent>
 #include <QMenu>
+#include <QStatusBar>
 #include <QTest>
 #include <QTreeView>
 #include <QTreeWidget>
@@ -181,6 +182,8 @@ void TestStartStop::TerminateOnlyOnYesThenRefreshKeepingTheView() {
     main->MenuEntry(QStringLiteral("mnuPopupDeviceTerminate"))->trigger();
     QCOMPARE(state(), pb::DEVICE_TERMINATED);
     QCOMPARE(store.EventCount("fxline01"), events + 1);
+    QCOMPARE(main->statusBar()->currentMessage(),
+             QStringLiteral("Terminate requested: %1@fxline01").arg(device));
     QVERIFY(Refreshed(*main));
     QCOMPARE(CurrentKey(*main), QStringLiteral("fxline01Devices"));
     QCOMPARE(ExpandedKeys(*main), expanded);
@@ -194,6 +197,8 @@ void TestStartStop::TerminateOnlyOnYesThenRefreshKeepingTheView() {
     QCOMPARE(fx_->prompter.LastPrompt().icon, PromptIcon::Critical);
     QVERIFY(!Refreshed(*main));
     QCOMPARE(SelectedRowText(*main), device);
+    // A refused request is not reported as sent.
+    QVERIFY(!main->statusBar()->currentMessage().startsWith(QStringLiteral("Stop requested")));
 }
 
 void TestStartStop::ProcessAndServerCommands() {
@@ -224,6 +229,8 @@ void TestStartStop::ProcessAndServerCommands() {
     QCOMPARE(fx_->prompter.Prompts().size(), prompts);
     QCOMPARE(slot1().run_state(), 0);  // starting
     QVERIFY(!Refreshed(*main));
+    // Nothing on screen changes yet, so the status bar says what was asked.
+    QCOMPARE(main->statusBar()->currentMessage(), QStringLiteral("Start requested: 1@fxmaster"));
     QCOMPARE(rows->Row(RowOf(*main, "1")).cells.value(4),
              GetLabel(QStringLiteral("ProcessTerminated")));
 
@@ -239,6 +246,7 @@ void TestStartStop::ProcessAndServerCommands() {
     QCOMPARE(SelectedRowText(*main), QStringLiteral("fxsales"));
     main->MenuEntry(QStringLiteral("mnuPopupServerStart"))->trigger();
     QVERIFY(store.GetServer("fxsales").online());
+    QCOMPARE(main->statusBar()->currentMessage(), QStringLiteral("Start requested: fxsales"));
     QCOMPARE(fx_->prompter.Prompts().size(), prompts + 2);
 
     // With no row selected the commands only beep.
