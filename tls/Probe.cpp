@@ -1,5 +1,6 @@
 #include "tls/Probe.h"
 
+#include <arpa/inet.h>
 #include <fcntl.h>
 #include <netdb.h>
 #include <openssl/err.h>
@@ -137,6 +138,12 @@ ProbeResult Probe(const std::string& host, int port, int timeoutMs) {
     X509_free(peer);
     SSL_shutdown(ssl.get());
     return result;
+}
+
+bool IsLoopbackHost(const std::string& host) {
+    if (host == "localhost" || host == "::1") return true;
+    in_addr v4{};
+    return inet_pton(AF_INET, host.c_str(), &v4) == 1 && (ntohl(v4.s_addr) >> 24) == 127;
 }
 
 std::string SystemTrustBundle() {

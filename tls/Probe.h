@@ -22,6 +22,10 @@ struct ProbeResult {
 
 ProbeResult Probe(const std::string& host, int port, int timeoutMs);
 
+// Whether host names this machine's loopback interface (localhost, 127.x,
+// ::1): the one place where a server may be reached without TLS.
+bool IsLoopbackHost(const std::string& host);
+
 // The PEM text of the system's trust store ("" when it cannot be read), as
 // gRPC takes its root certificates.
 std::string SystemTrustBundle();

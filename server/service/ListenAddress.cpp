@@ -1,9 +1,9 @@
 #include "service/ListenAddress.h"
 
-#include <arpa/inet.h>
-
 #include <algorithm>
 #include <cctype>
+
+#include "tls/Probe.h"
 
 namespace veldrano::server {
 
@@ -26,9 +26,7 @@ std::string ListenAddress::Target() const {
 }
 
 bool ListenAddress::IsLoopback() const {
-    if (host == "localhost" || host == "::1") return true;
-    in_addr v4{};
-    return inet_pton(AF_INET, host.c_str(), &v4) == 1 && (ntohl(v4.s_addr) >> 24) == 127;
+    return tls::IsLoopbackHost(host);
 }
 
 std::optional<ListenAddress> ParseListenAddress(const std::string& text, std::string* error) {

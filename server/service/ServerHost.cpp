@@ -1,5 +1,6 @@
 #include "service/ServerHost.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -32,14 +33,17 @@ std::string ReadFile(const fs::path& path) {
     return text.str();
 }
 
-void WriteFile(const fs::path& path, const std::string& text, fs::perms perms) {
+// Writes text to path through a new file that has mode from the start (a key
+// must never be readable by others, not even for a moment), then moves it
+// into place.
+void WriteFile(const fs::path& path, const std::string& text, mode_t mode) {
     const fs::path partial = path.string() + ".new";
-    {
-        std::ofstream out(partial, std::ios::trunc);
-        fs::permissions(partial, perms);
-        out << text;
-        if (!out.flush()) throw std::runtime_error("cannot write " + partial.string());
-    }
+    ::unlink(partial.c_str());
+    const int fd = ::open(partial.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    if (fd < 0) throw std::runtime_error("cannot create " + partial.string());
+    const bool written = ::write(fd, text.data(), text.size()) == ssize_t(text.size());
+    ::close(fd);
+    if (!written) throw std::runtime_error("cannot write " + partial.string());
     fs::rename(partial, path);
 }
 
@@ -67,10 +71,8 @@ tls::Identity LoadIdentity(const ServerOptions& options, bool* created) {
         return identity;
     }
     identity = tls::CreateSelfSigned({ThisHostName(), "localhost", "127.0.0.1", "::1"});
-    WriteFile(key, identity.privateKeyPem, fs::perms::owner_read | fs::perms::owner_write);
-    WriteFile(cert, identity.certificatePem,
-              fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read |
-                  fs::perms::others_read);
+    WriteFile(key, identity.privateKeyPem, 0600);
+    WriteFile(cert, identity.certificatePem, 0644);
     *created = true;
     return identity;
 }

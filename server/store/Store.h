@@ -53,7 +53,8 @@ public:
     // The printer and device names of every server, servers in name order.
     std::vector<pb::ServerObjects> ListServerObjects();
 
-    // Users
+    // Users. ForEachUser (and ListUsers) read from a Snapshot: they see what
+    // is committed, not the changes of a Bulk that is still running.
     void ForEachUser(const std::string& host, const std::function<void(pb::User&)>& f);
     std::vector<pb::User> ListUsers(const std::string& host);
     pb::User GetUser(const std::string& host, const std::string& name);

@@ -143,7 +143,18 @@ void GrpcServerSession::EnsureChannel() {
     if (target.empty())
         throw SessionError::FromCode(veldrano::admin::v1::ERROR_HOST_UNREACHABLE, hostText_);
     if (target == channelTarget_ && stub_ && !ChannelFailed()) return;
-    channel_ = OpenTrustedChannel(target, ChannelArguments(), timeoutSeconds_);
+    // A host that takes the connection and then says nothing must not
+    // freeze the window for the whole time-out: the probe waits as calls do.
+    const auto wait = [this](const std::function<void()>& work) {
+        grpc::ClientContext unused;
+        Await(
+            [&](grpc::ClientContext&) {
+                work();
+                return grpc::Status::OK;
+            },
+            unused);
+    };
+    channel_ = OpenTrustedChannel(target, ChannelArguments(), timeoutSeconds_, wait);
     channelTarget_ = target;
     stub_ = veldrano::admin::v1::Administration::NewStub(channel_);
 }

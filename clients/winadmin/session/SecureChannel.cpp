@@ -1,7 +1,5 @@
 #include "session/SecureChannel.h"
 
-#include <arpa/inet.h>
-
 #include <algorithm>
 
 #include "common/Prompter.h"
@@ -56,12 +54,6 @@ bool AskToTrust(const QString& host, const QString& fingerprint) {
 
 }  // namespace
 
-bool IsLoopbackHost(const std::string& host) {
-    if (host == "localhost" || host == "::1") return true;
-    in_addr v4{};
-    return inet_pton(AF_INET, host.c_str(), &v4) == 1 && (ntohl(v4.s_addr) >> 24) == 127;
-}
-
 QString PinnedFingerprintKey(const std::string& target) {
     return QStringLiteral("TrustedServers/") + QString::fromStdString(target);
 }
@@ -90,16 +82,17 @@ ChannelPlan PlanChannel(const veldrano::tls::ProbeResult& probe, bool loopbackHo
 
 std::shared_ptr<grpc::Channel> OpenTrustedChannel(const std::string& target,
                                                   grpc::ChannelArguments arguments,
-                                                  int timeoutSeconds) {
+                                                  int timeoutSeconds, const Waiter& wait) {
     const auto [host, port] = HostAndPort(target);
     const QString shownHost = QString::fromStdString(target);
     // The probe is the first exchange with the server, so it gets the
     // session's time-out, as a call would.
     const int probeMs = std::max(timeoutSeconds, 1) * 1000;
-    const veldrano::tls::ProbeResult probe = veldrano::tls::Probe(host, port, probeMs);
+    veldrano::tls::ProbeResult probe;
+    wait([&] { probe = veldrano::tls::Probe(host, port, probeMs); });
     const QString key = PinnedFingerprintKey(target);
     const QString pinned = GetSetting(kVendor, key, {});
-    ChannelPlan plan = PlanChannel(probe, IsLoopbackHost(host), pinned);
+    ChannelPlan plan = PlanChannel(probe, veldrano::tls::IsLoopbackHost(host), pinned);
 
     if (plan.kind == Kind::AskFirst) {
         if (!AskToTrust(shownHost, plan.fingerprint))

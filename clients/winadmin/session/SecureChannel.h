@@ -9,6 +9,7 @@
 #include <grpcpp/grpcpp.h>
 
 #include <QString>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -30,18 +31,20 @@ struct ChannelPlan {
 ChannelPlan PlanChannel(const veldrano::tls::ProbeResult& probe, bool loopbackHost,
                         const QString& pinnedFingerprint);
 
-bool IsLoopbackHost(const std::string& host);
-
 // Where a server's pinned fingerprint is kept in the settings store.
 QString PinnedFingerprintKey(const std::string& target);
 
-// Probes target ("host:port", "[v6]:port"), asks the administrator through
-// the prompter about a certificate never seen before, and opens the channel
-// with arguments. Throws SessionError: ERROR_HOST_UNREACHABLE,
-// ERROR_NOT_ENCRYPTED, ERROR_CERTIFICATE_CHANGED or
-// ERROR_CERTIFICATE_NOT_TRUSTED.
+// Runs blocking work the way the session waits for its calls (the window
+// keeps painting meanwhile).
+using Waiter = std::function<void(const std::function<void()>& work)>;
+
+// Probes target ("host:port", "[v6]:port") through wait, asks the
+// administrator through the prompter about a certificate never seen before,
+// and opens the channel with arguments. Throws SessionError:
+// ERROR_HOST_UNREACHABLE, ERROR_TIMEOUT, ERROR_NOT_ENCRYPTED,
+// ERROR_CERTIFICATE_CHANGED or ERROR_CERTIFICATE_NOT_TRUSTED.
 std::shared_ptr<grpc::Channel> OpenTrustedChannel(const std::string& target,
                                                   grpc::ChannelArguments arguments,
-                                                  int timeoutSeconds);
+                                                  int timeoutSeconds, const Waiter& wait);
 
 }  // namespace winadmin

@@ -190,6 +190,7 @@ void TestTls::PlansFollowTheProbe() {
     QCOMPARE(changed.refusal, pb::ERROR_CERTIFICATE_CHANGED);
     QCOMPARE(changed.fingerprint, fingerprint);
 
+    using veldrano::tls::IsLoopbackHost;
     QVERIFY(IsLoopbackHost("127.0.0.1") && IsLoopbackHost("127.9.9.9") &&
             IsLoopbackHost("localhost") && IsLoopbackHost("::1"));
     QVERIFY(!IsLoopbackHost("10.0.0.1") && !IsLoopbackHost("localhost.example.net") &&
