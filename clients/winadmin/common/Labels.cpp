@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QGroupBox>
+#include <QHash>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -48,19 +49,91 @@ QString TranslatedCaption(QObject* object, const QString& current) {
     return GetLabel(CaptionKey(DesignText(object, kCaptionKey, current)));
 }
 
-// The field name as a screen reader should speak it: no mnemonic marker and
-// no colon.
-QString AccessibleCaption(const QString& caption) {
+// A caption as text: the mnemonic marker goes, "&&" stands for one ampersand.
+QString WithoutMarker(const QString& caption) {
     QString text;
     text.reserve(caption.size());
     for (qsizetype i = 0; i < caption.size(); ++i) {
-        if (caption.at(i) == u'&') {
-            // The marker goes; "&&" stands for one ampersand.
-            if (++i == caption.size()) break;
-        }
+        if (caption.at(i) == u'&' && ++i == caption.size()) break;
         text += caption.at(i);
     }
-    return CaptionKey(text.trimmed()).trimmed();
+    return text;
+}
+
+// The field name as a screen reader should speak it: no mnemonic marker and
+// no colon.
+QString AccessibleCaption(const QString& caption) {
+    return CaptionKey(WithoutMarker(caption).trimmed()).trimmed();
+}
+
+// The letter a caption's marker underlines, in lower case; none for a
+// caption without one.
+QChar MnemonicOf(const QString& caption) {
+    for (qsizetype i = 0; i + 1 < caption.size(); ++i) {
+        if (caption.at(i) != u'&') continue;
+        if (caption.at(i + 1) != u'&') return caption.at(i + 1).toLower();
+        ++i;
+    }
+    return {};
+}
+
+// Where the letters of Alt+letter must differ: the page of a tab control a
+// control sits on (a hidden page's keys do not fire), else the window.
+QWidget* MnemonicScope(QWidget* widget) {
+    for (QWidget* w = widget; w && !w->isWindow(); w = w->parentWidget()) {
+        QWidget* up = w->parentWidget();
+        if (up && up->parentWidget() && qobject_cast<QTabWidget*>(up->parentWidget()))
+            return w;  // w is a page: its parent is the tab control's stack
+    }
+    return widget->window();
+}
+
+// The label table's field captions carry no marker, and in another language
+// a fixed letter would not fit anyway: every field label without one is
+// given the first letter of its caption (then any later letter or digit)
+// that no other control of its window, or of its page, uses yet. A label
+// whose letters are all taken stays without; its field is still reached by
+// Tab.
+void GiveFieldLabelsMnemonics(QWidget* form) {
+    QHash<QWidget*, QSet<QChar>> used;  // per page; the window's own under form
+    auto scopeOf = [form](QWidget* widget) {
+        QWidget* scope = MnemonicScope(widget);
+        return scope == widget->window() ? form : scope;
+    };
+    QList<QLabel*> bare;
+    for (QWidget* widget : form->findChildren<QWidget*>()) {
+        if (widget->window() != form->window()) continue;
+        QString caption;
+        if (auto* label = qobject_cast<QLabel*>(widget)) {
+            if (!label->buddy()) continue;
+            caption = label->text();
+            if (MnemonicOf(caption).isNull() && !caption.isEmpty()) {
+                bare.append(label);
+                continue;
+            }
+        } else if (auto* button = qobject_cast<QAbstractButton*>(widget)) {
+            caption = button->text();
+        } else if (auto* group = qobject_cast<QGroupBox*>(widget)) {
+            caption = group->title();
+        } else {
+            continue;
+        }
+        const QChar letter = MnemonicOf(caption);
+        if (!letter.isNull()) used[scopeOf(widget)].insert(letter);
+    }
+    for (QLabel* label : bare) {
+        QSet<QChar>& taken = used[scopeOf(label)];
+        // Letters of controls outside any page are taken on every page.
+        const QSet<QChar>& window = used[form];
+        const QString caption = label->text();
+        for (qsizetype i = 0; i < caption.size(); ++i) {
+            const QChar c = caption.at(i).toLower();
+            if (!c.isLetterOrNumber() || taken.contains(c) || window.contains(c)) continue;
+            taken.insert(c);
+            label->setText(caption.left(i) + u'&' + caption.mid(i));
+            break;
+        }
+    }
 }
 
 class FormTranslator {
@@ -196,6 +269,7 @@ bool ApplyFormLabels(QWidget* form) {
         // The form keeps its key as caption; its controls are still translated.
     }
     FormTranslator().Walk(form);
+    GiveFieldLabelsMnemonics(form);
     return true;
 }
 
@@ -209,7 +283,9 @@ bool ApplyTabCaptions(QTabWidget* tabs, const QList<QLabel*>& labels) {
 }
 
 QString CaptionWithoutColon(const QString& caption) {
-    return caption.isEmpty() ? caption : caption.chopped(1);
+    // A message names the field, it does not underline a letter of it.
+    const QString text = WithoutMarker(caption);
+    return text.endsWith(u':') ? text.chopped(1) : text;
 }
 
 }  // namespace winadmin

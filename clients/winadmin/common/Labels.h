@@ -37,7 +37,9 @@ QString GetLabel(const QString& key);
 // panels and the insides of fields, lists and tab bars. Menus count when they
 // are children of the form or of its menu bar, pop-up menus included. A label
 // with a buddy also names the buddy for screen readers (its text without the
-// mnemonic marker and the colon). Picture labels are left alone. Each control
+// mnemonic marker and the colon) and, when its caption has no mnemonic, gets
+// one that no other control of its window (or tab page) uses. Picture labels
+// are left alone. Each control
 // remembers the caption it was designed with, so translating a form again (or
 // a page that its frame translates too) looks up the design keys once more.
 // A toolbar action's tooltip that Qt made up from a menu entry's text follows
@@ -47,8 +49,8 @@ bool ApplyFormLabels(QWidget* form);
 // Copies the (translated) captions of labels into the tabs, tab i from labels[i].
 bool ApplyTabCaptions(QTabWidget* tabs, const QList<QLabel*>& labels);
 
-// A field label's caption without its last character (the colon), as messages
-// that name a field show it.
+// A field label's caption without its mnemonic marker and its trailing colon,
+// as messages that name a field show it.
 QString CaptionWithoutColon(const QString& caption);
 
 }  // namespace winadmin

@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "common/DialogHelp.h"
 #include "common/FieldHelpers.h"
 #include "common/FormParameters.h"
 #include "common/Labels.h"
@@ -55,6 +56,7 @@ void EditorFrame::SetUpFrame(const Controls& controls, const Messages& messages)
         // Installed after the key filter so that it sees Enter first.
         key->installEventFilter(this);
     }
+    InstallHelpKey(this, QString::fromLatin1(controls_.helpTopic));
     connect(controls_.ok, &QAbstractButton::clicked, this, &EditorFrame::PressOK);
     connect(controls_.cancel, &QAbstractButton::clicked, this, &EditorFrame::reject);
     if (controls_.remove)

@@ -88,6 +88,8 @@ protected:
         QAbstractButton* ok = nullptr;
         QAbstractButton* cancel = nullptr;
         QAbstractButton* remove = nullptr;
+        // The anchor of the guide's section that F1 shows.
+        const char* helpTopic = "editors";
     };
     // The request pair that opens an existing object ("HostName",
     // "RateModify") and the messages of a missing and of a taken key.

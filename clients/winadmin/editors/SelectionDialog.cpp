@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <QTreeView>
 
+#include "common/DialogHelp.h"
 #include "common/FormParameters.h"
 #include "common/Labels.h"
 #include "common/Prompter.h"
@@ -24,6 +25,7 @@ SelectionDialog::SelectionDialog(QWidget* parent)
 
 void SelectionDialog::SetUpSelection(const Controls& controls) {
     controls_ = controls;
+    InstallHelpKey(this, QString::fromLatin1(controls_.helpTopic));
     QAbstractItemView* list = controls_.list;
     list->setModel(model_);
     list->setSelectionMode(QAbstractItemView::SingleSelection);

@@ -43,8 +43,9 @@ protected:
         QAbstractItemView* list = nullptr;
         QAbstractButton* ok = nullptr;
         QAbstractButton* cancel = nullptr;
-        QAbstractButton* find = nullptr;  // optional
-        QString findCode = {};            // caller code for the find dialog; "" for none
+        QAbstractButton* find = nullptr;    // optional
+        QString findCode = {};              // caller code for the find dialog; "" for none
+        const char* helpTopic = "editors";  // the guide's section that F1 shows
     };
     explicit SelectionDialog(QWidget* parent);
     // Called by the dialog's constructor once its form is set up.

@@ -85,7 +85,8 @@ frmAdministratorDetails::frmAdministratorDetails(QWidget* parent)
                 .details = ui->fraGeneralData,
                 .firstDetail = ui->edtLoginIdleTimeout,
                 .ok = ui->cmdOK,
-                .cancel = ui->cmdCancel},
+                .cancel = ui->cmdCancel,
+                .helpTopic = "administrator"},
                {});
 }
 

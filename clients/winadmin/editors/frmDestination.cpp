@@ -28,7 +28,8 @@ frmDestination::frmDestination(QWidget* parent)
                 .firstDetail = ui->ddlType,
                 .ok = ui->cmdOK,
                 .cancel = ui->cmdCancel,
-                .remove = ui->cmdDelete},
+                .remove = ui->cmdDelete,
+                .helpTopic = "lcr"},
                {QStringLiteral("DestinationModify"), QStringLiteral("DestinationNotExist")});
 }
 

@@ -37,7 +37,8 @@ frmDeviceDetails::frmDeviceDetails(QWidget* parent)
                 .details = ui->tabDetails,
                 .firstDetail = ui->edtComment,
                 .ok = ui->cmdOK,
-                .cancel = ui->cmdCancel},
+                .cancel = ui->cmdCancel,
+                .helpTopic = "devices"},
                {QStringLiteral("DeviceName"), QStringLiteral("DeviceNotExist"),
                 QStringLiteral("DeviceAlreadyExist")});
 

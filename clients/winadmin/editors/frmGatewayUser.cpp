@@ -27,7 +27,8 @@ frmGatewayUser::frmGatewayUser(QWidget* parent)
                 .firstDetail = ui->edtExtension,
                 .ok = ui->cmdOK,
                 .cancel = ui->cmdCancel,
-                .remove = ui->cmdDelete},
+                .remove = ui->cmdDelete,
+                .helpTopic = "gateways"},
                {QStringLiteral("GatewayUser"), QStringLiteral("GtwUsrNotExist"),
                 QStringLiteral("GtwUsrExist")});
 }

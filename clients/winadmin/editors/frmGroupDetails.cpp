@@ -56,7 +56,8 @@ frmGroupDetails::frmGroupDetails(QWidget* parent)
                 .firstDetail = ui->edtComment,
                 .ok = ui->cmdOK,
                 .cancel = ui->cmdCancel,
-                .remove = ui->cmdDelete},
+                .remove = ui->cmdDelete,
+                .helpTopic = "groups"},
                {QStringLiteral("GroupName"), QStringLiteral("GroupNotExist"),
                 QStringLiteral("GroupExist")});
 

@@ -11,7 +11,8 @@ frmGroupSelection::frmGroupSelection(QWidget* parent)
     : SelectionDialog(parent), ui(std::make_unique<Ui::frmGroupSelection>()) {
     ui->setupUi(this);
     SetUpSelection({.choiceName = QStringLiteral("GroupName"),
-                    .columnKeys = {QStringLiteral("GroupName"), QStringLiteral("GroupComment")},
+                    .columnKeys = {QStringLiteral("GroupName"), QStringLiteral("GroupComment"),
+                                   .helpTopic = "groups"},
                     .list = ui->lvGroups,
                     .ok = ui->cmdOK,
                     .cancel = ui->cmdCancel,

@@ -24,7 +24,8 @@ frmNumberMappingsDetails::frmNumberMappingsDetails(QWidget* parent)
          .firstDetail = ui->edtReplace,
          .ok = ui->cmdOK,
          .cancel = ui->cmdCancel,
-         .remove = ui->cmdDelete},
+         .remove = ui->cmdDelete,
+         .helpTopic = "mappings"},
         {QStringLiteral("NumMapMatch"), QStringLiteral("MapNotExist"), QStringLiteral("MapExist")});
 }
 

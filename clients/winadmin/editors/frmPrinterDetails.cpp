@@ -65,7 +65,8 @@ frmPrinterDetails::frmPrinterDetails(QWidget* parent)
                 .firstDetail = ui->edtComment,
                 .ok = ui->cmdOK,
                 .cancel = ui->cmdCancel,
-                .remove = ui->cmdDelete},
+                .remove = ui->cmdDelete,
+                .helpTopic = "printers"},
                {QStringLiteral("PrinterName"), QStringLiteral("PrinterNotExist"),
                 QStringLiteral("PrinterExist")});
 }

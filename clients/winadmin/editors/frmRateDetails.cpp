@@ -54,7 +54,8 @@ frmRateDetails::frmRateDetails(QWidget* parent)
                 .firstDetail = ui->chkMonday,
                 .ok = ui->cmdOK,
                 .cancel = ui->cmdCancel,
-                .remove = ui->cmdDelete},
+                .remove = ui->cmdDelete,
+                .helpTopic = "lcr"},
                {QStringLiteral("RateModify"), QStringLiteral("RateNotExist")});
 }
 

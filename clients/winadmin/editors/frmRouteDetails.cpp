@@ -57,7 +57,8 @@ frmRouteDetails::frmRouteDetails(QWidget* parent)
                 .firstDetail = ui->edtComment,
                 .ok = ui->cmdOK,
                 .cancel = ui->cmdCancel,
-                .remove = ui->cmdDelete},
+                .remove = ui->cmdDelete,
+                .helpTopic = "routes"},
                {QStringLiteral("RouteName"), QStringLiteral("RouteNotExist"),
                 QStringLiteral("RouteAlreadyExist")});
 }

@@ -64,7 +64,8 @@ frmServerDetails::frmServerDetails(QWidget* parent)
                 .firstDetail = ui->edtComment,
                 .ok = ui->cmdOK,
                 .cancel = ui->cmdCancel,
-                .remove = ui->cmdDelete},
+                .remove = ui->cmdDelete,
+                .helpTopic = "servers"},
                {QStringLiteral("HostName"), QStringLiteral("ServerNotExist"),
                 QStringLiteral("ServerExist")});
 }

@@ -9,7 +9,8 @@ frmServerSelection::frmServerSelection(QWidget* parent)
     : SelectionDialog(parent), ui(std::make_unique<Ui::frmServerSelection>()) {
     ui->setupUi(this);
     SetUpSelection({.choiceName = QStringLiteral("HostName"),
-                    .columnKeys = {QStringLiteral("ServerName"), QStringLiteral("ServerComment")},
+                    .columnKeys = {QStringLiteral("ServerName"), QStringLiteral("ServerComment"),
+                                   .helpTopic = "servers"},
                     .list = ui->lvServers,
                     .ok = ui->cmdOK,
                     .cancel = ui->cmdCancel});

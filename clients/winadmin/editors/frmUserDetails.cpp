@@ -197,7 +197,8 @@ frmUserDetails::frmUserDetails(QWidget* parent)
          .firstDetail = ui->edtComment,
          .ok = ui->cmdOK,
          .cancel = ui->cmdCancel,
-         .remove = ui->cmdDeleteUser},
+         .remove = ui->cmdDeleteUser,
+         .helpTopic = "users"},
         {QStringLiteral("UserName"), QStringLiteral("UserNotExist"), QStringLiteral("UserExist")});
 
     ui->ListView1->setModel(extras_);

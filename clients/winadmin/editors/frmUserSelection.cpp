@@ -24,7 +24,8 @@ frmUserSelection::frmUserSelection(QWidget* parent)
     : SelectionDialog(parent), ui(std::make_unique<Ui::frmUserSelection>()) {
     ui->setupUi(this);
     SetUpSelection({.choiceName = kUserName,
-                    .columnKeys = {QStringLiteral("UserName"), QStringLiteral("UserComment")},
+                    .columnKeys = {QStringLiteral("UserName"), QStringLiteral("UserComment"),
+                                   .helpTopic = "users"},
                     .list = ui->lvUsers,
                     .ok = ui->cmdOK,
                     .cancel = ui->cmdCancel,

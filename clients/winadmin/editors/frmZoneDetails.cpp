@@ -62,7 +62,8 @@ frmZoneDetails::frmZoneDetails(QWidget* parent)
                 .firstDetail = ui->edtZoneName,
                 .ok = ui->cmdOK,
                 .cancel = ui->cmdCancel,
-                .remove = ui->cmdDelete},
+                .remove = ui->cmdDelete,
+                .helpTopic = "lcr"},
                {QStringLiteral("ZoneModify"), QStringLiteral("ZoneNotExist")});
 }
 

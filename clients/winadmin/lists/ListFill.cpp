@@ -31,7 +31,7 @@ struct ColumnSet {
 // by name here and never by position. Where they differ:
 //
 //   kind          header key       section      width value
-//   LCR           "Comment"        ZoneView     "ZoneComment"
+//   LCR           "ZoneListComment" ZoneView    "ZoneComment"
 //   LCR           "SecondaryHost"  ZoneView     "Secondary"
 //   Rates         "Days"           RateView     "RateDays"
 //   Rates         "Rate Start"     RateView     "RateStart"
@@ -99,7 +99,7 @@ const ColumnSet kColumnSets[] = {
     {{"Gateway"}, "GatewayView", {{"MailAddress", "MailAddress"}, {"Extension", "Extension"}}},
     {{"LCR"},
      "ZoneView",
-     {{"Comment", "ZoneComment"},
+     {{"ZoneListComment", "ZoneComment"},
       {"IsLocal", "IsLocal"},
       {"PrimaryHost", "PrimaryHost"},
       {"SecondaryHost", "Secondary"},

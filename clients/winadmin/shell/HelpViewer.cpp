@@ -11,6 +11,7 @@
 #include <QTextBrowser>
 #include <QTextDocumentFragment>
 
+#include "common/DialogHelp.h"
 #include "common/Labels.h"
 #include "common/Prompter.h"
 #include "lists/KindIcons.h"
@@ -221,6 +222,22 @@ void ShowHelpSearch(QWidget* parent) {
     HelpViewer* viewer = HelpViewer::Open(parent);
     viewer->ShowPage(HelpViewer::IndexPage);
     viewer->FocusSearch();
+}
+
+void ShowHelpTopic(QWidget* dialog, const QString& topic) {
+    // A modal dialog blocks every window but its own children: a viewer
+    // that belongs to the main window could be seen but not scrolled.
+    if (HelpViewer* viewer = HelpViewer::Current();
+        viewer && dialog && viewer->parent() != dialog) {
+        viewer->setParent(dialog, viewer->windowFlags());
+    }
+    QUrl page = HelpViewer::ContentsPage;
+    if (!topic.isEmpty()) page.setFragment(topic);
+    HelpViewer::Open(dialog)->ShowPage(page);
+}
+
+void InstallDialogHelp() {
+    SetHelpHandler(&ShowHelpTopic);
 }
 
 }  // namespace winadmin

@@ -21,6 +21,11 @@ namespace winadmin {
 void ShowHelpContents(QWidget* parent);
 // Help Search: the index of topics, with the cursor in the search field.
 void ShowHelpSearch(QWidget* parent);
+// The guide's section about a dialog (an anchor of the first page), over
+// that dialog; the whole first page for an empty topic.
+void ShowHelpTopic(QWidget* dialog, const QString& topic);
+// Makes F1 in every dialog that names a topic show it (DialogHelp.h).
+void InstallDialogHelp();
 
 // One section of a help page: the part below one heading.
 struct HelpSection {

@@ -9,6 +9,7 @@
 #include "common/AppContext.h"
 #include "common/UserReferenceField.h"
 #include "editors/frmUserSelection.h"
+#include "shell/HelpViewer.h"
 #include "shell/frmFind.h"
 #include "shell/frmLogin.h"
 #include "shell/frmMain.h"
@@ -55,6 +56,8 @@ std::unique_ptr<frmMain> StartConsole() {
     LoadDecimalSeparator();
     // Every user-reference field of every editor chooses through it.
     SetUserSelectionOpener(&frmUserSelection::Open);
+    // F1 in a dialog shows the guide at that dialog's section.
+    InstallDialogHelp();
 
     {
         // Unloaded as soon as it answered; the session it created stays.

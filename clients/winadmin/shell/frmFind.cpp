@@ -5,6 +5,7 @@
 #include <QEvent>
 #include <QShortcut>
 
+#include "common/DialogHelp.h"
 #include "common/Labels.h"
 #include "lists/ExplorerListView.h"
 #include "shell/frmMain.h"
@@ -44,6 +45,7 @@ void ShowLoadedDialog(const QString& callerCode, QWidget* owner) {
 frmFind::frmFind(QWidget* parent)
     : QDialog(parent), ui(std::make_unique<Ui::frmFind>()), home_(parent) {
     ui->setupUi(this);
+    InstallHelpKey(this, QStringLiteral("menus"));
     ApplyFormLabels(this);
     setModal(false);
     // Enter anywhere in the dialog is the default button, Find; Escape is

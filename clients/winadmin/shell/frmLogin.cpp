@@ -4,6 +4,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include "common/DialogHelp.h"
 #include "common/Labels.h"
 #include "common/Prompter.h"
 #include "common/Settings.h"
@@ -43,6 +44,7 @@ void frmLogin::SetSessionFactory(SessionFactory factory) {
 frmLogin::frmLogin(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::frmLogin>()) {
     LoadConsoleResources();
     ui->setupUi(this);
+    InstallHelpKey(this, QStringLiteral("login"));
     ui->picIcon->setPixmap(QIcon(QStringLiteral(":/app/icon.svg")).pixmap(48, 48));
     connect(ui->cmdOK, &QPushButton::clicked, this, &frmLogin::cmdOK_Click);
     connect(ui->cmdCancel, &QPushButton::clicked, this, &frmLogin::cmdCancel_Click);

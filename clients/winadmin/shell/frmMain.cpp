@@ -5,9 +5,11 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
+#include <QListView>
 #include <QPointer>
 #include <QStatusBar>
 #include <QToolButton>
+#include <QTreeView>
 #include <QTreeWidget>
 
 #include "common/AppContext.h"
@@ -62,6 +64,12 @@ frmMain::~frmMain() = default;
 void frmMain::ApplyLabels() {
     ApplyFormLabels(this);
     setWindowTitle(ApplicationTitle());
+    // Screen readers announce a control by its name; these show no caption
+    // of their own. The list is named after what it shows (ShowNode).
+    ui->tvTreeView->setAccessibleName(GetLabel(QStringLiteral("Explorer")));
+    ui->tbToolBar->setAccessibleName(GetLabel(QStringLiteral("Toolbar")));
+    ui->sbStatusBar->setAccessibleName(GetLabel(QStringLiteral("Status")));
+    NameList(GetLabel(QStringLiteral("Objects")));
     // The toolbar buttons show no text; screen readers announce the tooltip.
     for (QAction* action : ui->tbToolBar->actions()) {
         if (action->isSeparator()) continue;
@@ -104,6 +112,13 @@ void frmMain::BuildStatusBar() {
     }
     if (const ServerSession* session = TheSession())
         statusPanels_.at(1)->setText(session->GetHostName());
+}
+
+void frmMain::NameList(const QString& name) {
+    // Both views, as either can be the one a screen reader lands on.
+    ui->lvListView->setAccessibleName(name);
+    ui->lvListView->DetailsView()->setAccessibleName(name);
+    ui->lvListView->IconView()->setAccessibleName(name);
 }
 
 QLabel* frmMain::StatusPanel(int panel) const {

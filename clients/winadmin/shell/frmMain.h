@@ -161,6 +161,8 @@ private:
     void BuildPopupMenus();
     void BuildViewModeGroup();
     void BuildStatusBar();
+    // The name screen readers announce for the list.
+    void NameList(const QString& name);
     void ShowOptions();
 
     void ApplyBounds(int leftTwips, int topTwips, int widthTwips, int heightTwips);

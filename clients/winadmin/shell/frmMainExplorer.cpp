@@ -15,6 +15,7 @@
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
 
+#include "common/Labels.h"
 #include "common/Prompter.h"
 #include "common/Twips.h"
 #include "lists/ExplorerListView.h"
@@ -112,6 +113,7 @@ void frmMain::ShowNode(QTreeWidgetItem* node) {
     layingOutColumns_ = false;
     ShowSortIndicator();
     SelectRow(0);
+    NameList(node ? node->text(0) : GetLabel(QStringLiteral("Objects")));
 }
 
 void frmMain::ApplyColumnWidths() {

@@ -2,6 +2,7 @@
 
 #include <QRegularExpressionValidator>
 
+#include "common/DialogHelp.h"
 #include "common/Labels.h"
 #include "common/Prompter.h"
 #include "lists/ViewSettings.h"
@@ -20,6 +21,7 @@ const QStringList& frmOptions::SeverityKeys() {
 
 frmOptions::frmOptions(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::frmOptions>()) {
     ui->setupUi(this);
+    InstallHelpKey(this, QStringLiteral("menus"));
     ApplyFormLabels(this);
 
     // Digits only: the time-out is a whole number of seconds.

@@ -118,7 +118,7 @@ void TestListFill::ColumnSetsOfEveryKind() {
     for (const ListColumn& column : BuildListColumns(QStringLiteral("LCR"), widths))
         zones << column.key + u'=' + column.widthSection + u'/' + column.widthKey;
     QCOMPARE(zones,
-             QStringList({"Comment=ZoneView/ZoneComment", "IsLocal=ZoneView/IsLocal",
+             QStringList({"ZoneListComment=ZoneView/ZoneComment", "IsLocal=ZoneView/IsLocal",
                           "PrimaryHost=ZoneView/PrimaryHost", "SecondaryHost=ZoneView/Secondary",
                           "IsDaemon=ZoneView/IsDaemon", "Daemon=ZoneView/Daemon"}));
 }

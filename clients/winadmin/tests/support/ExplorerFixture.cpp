@@ -13,6 +13,7 @@
 #include "lists/ExplorerListView.h"
 #include "lists/ListModel.h"
 #include "session/ServerSession.h"
+#include "shell/HelpViewer.h"
 #include "shell/frmMain.h"
 #include "store/Store.h"
 
@@ -23,6 +24,7 @@ void ExplorerFixture::StartDemo(bool tcp) {
     veldrano::server::FillDemo(Store());
     SetTheSession(tcp ? server->LoginTcp() : server->Login());
     SetUserSelectionOpener(&frmUserSelection::Open);
+    InstallDialogHelp();
 }
 
 std::unique_ptr<frmMain> ExplorerFixture::OpenMain() {

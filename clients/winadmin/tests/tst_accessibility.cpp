@@ -1,0 +1,240 @@
+// What a screen reader and a keyboard user meet: every control of the main
+// window and of an editor has a name in the session's language, field labels
+// lead to their fields by Alt+letter without the marker leaking into
+// messages, F1 in a dialog opens the guide at that dialog, Ctrl+Q quits.
+
+#include <QAccessible>
+#include <QFile>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSet>
+#include <QTest>
+#include <QTreeView>
+#include <QTreeWidget>
+
+#include "common/FormParameters.h"
+#include "common/Labels.h"
+#include "editors/frmGroupDetails.h"
+#include "editors/frmUserDetails.h"
+#include "lists/ExplorerListView.h"
+#include "shell/HelpViewer.h"
+#include "shell/frmMain.h"
+#include "support/EditorDriver.h"
+#include "support/ExplorerFixture.h"
+
+using namespace winadmin;
+
+namespace {
+
+using UserEditor = ShownEditor<frmUserDetails>;
+using GroupEditor = ShownEditor<frmGroupDetails>;
+
+FormParameterList User(const QString& name) {
+    return {{QStringLiteral("UserName"), name}, {QStringLiteral("HostName"), "fxmaster"}};
+}
+FormParameterList Group(const QString& name) {
+    return {{QStringLiteral("GroupName"), name}};
+}
+
+// The roles a person acts on; labels, panels and frames only describe.
+bool Interactive(QAccessible::Role role) {
+    switch (role) {
+        case QAccessible::PushButton:
+        case QAccessible::ButtonMenu:
+        case QAccessible::CheckBox:
+        case QAccessible::RadioButton:
+        case QAccessible::ComboBox:
+        case QAccessible::EditableText:
+        case QAccessible::SpinBox:
+        case QAccessible::List:
+        case QAccessible::Tree:
+        case QAccessible::Table:
+        case QAccessible::PageTabList:
+        case QAccessible::MenuItem:
+        case QAccessible::ToolBar:
+        case QAccessible::StatusBar:
+            return true;
+        default:
+            return false;
+    }
+}
+
+// Walks the accessible tree as a screen reader does and lists every
+// interactive element without a name, with its role and object name. The
+// rows and cells of lists are their contents, not controls, and are skipped.
+void CollectUnnamed(QAccessibleInterface* node, QStringList& unnamed, int& interactive) {
+    if (!node || !node->isValid() || node->state().invisible) return;
+    const QAccessible::Role role = node->role();
+    if (Interactive(role)) {
+        ++interactive;
+        if (node->text(QAccessible::Name).trimmed().isEmpty()) {
+            const QObject* object = node->object();
+            unnamed << QStringLiteral("%1 %2")
+                           .arg(int(role), 0, 16)
+                           .arg(object ? object->objectName() + u'/' +
+                                             object->metaObject()->className()
+                                       : QStringLiteral("?"));
+        }
+    }
+    if (role == QAccessible::List || role == QAccessible::Tree || role == QAccessible::Table ||
+        role == QAccessible::ComboBox)
+        return;
+    for (int i = 0; i < node->childCount(); ++i)
+        CollectUnnamed(node->child(i), unnamed, interactive);
+}
+
+QStringList UnnamedControls(QWidget& window, int* interactive = nullptr) {
+    QStringList unnamed;
+    int count = 0;
+    CollectUnnamed(QAccessible::queryAccessibleInterface(&window), unnamed, count);
+    if (interactive) *interactive = count;
+    return unnamed;
+}
+
+// The guide's first page at one of its sections.
+QUrl Section(const char* anchor) {
+    QUrl url = HelpViewer::ContentsPage;
+    url.setFragment(QString::fromLatin1(anchor));
+    return url;
+}
+
+}  // namespace
+
+class TestAccessibility : public ExplorerSuite {
+    Q_OBJECT
+
+private slots:
+    void MainWindowNamesEveryControl();
+    void UserEditorNamesEveryControlOnEveryPage();
+    void FieldLabelsLeadToTheirFieldsAndMessagesShowNoMarker();
+    void F1OpensTheGuideAtTheDialogsSection();
+    void CtrlQQuitsTheConsole();
+};
+
+void TestAccessibility::MainWindowNamesEveryControl() {
+    auto main = ExplorerFixture::OpenMain();
+    int interactive = 0;
+    QStringList unnamed = UnnamedControls(*main, &interactive);
+    QVERIFY2(unnamed.isEmpty(), qPrintable(unnamed.join(u'\n')));
+    // Tree, list, toolbar and its buttons, status bar, menu bar entries at least.
+    QVERIFY2(interactive >= 10, qPrintable(QString::number(interactive)));
+
+    QCOMPARE(main->Tree()->accessibleName(), GetLabel(QStringLiteral("Explorer")));
+
+    // The list is named after the branch it shows, and follows the tree.
+    QTreeWidgetItem* lcr = ExplorerFixture::Click(*main, QStringLiteral("LCR"));
+    QVERIFY(lcr);
+    QCOMPARE(main->List()->accessibleName(), lcr->text(0));
+    QCOMPARE(main->List()->DetailsView()->accessibleName(), lcr->text(0));
+    // No header ends in the colon of a field caption (the zones' comment
+    // shares its word with the field labels).
+    QAbstractItemModel* model = main->List()->DetailsView()->model();
+    QVERIFY(model->columnCount() > 0);
+    for (int column = 0; column < model->columnCount(); ++column) {
+        const QString header = model->headerData(column, Qt::Horizontal).toString();
+        QVERIFY2(!header.trimmed().endsWith(u':'), qPrintable(header));
+    }
+    unnamed = UnnamedControls(*main);
+    QVERIFY2(unnamed.isEmpty(), qPrintable(unnamed.join(u'\n')));
+}
+
+void TestAccessibility::UserEditorNamesEveryControlOnEveryPage() {
+    UserEditor editor(User(QStringLiteral("jmueller")));
+    auto* tabs = editor.Field<QTabWidget>("tabDetails");
+    QVERIFY(tabs->count() > 1);
+    // A reader sees the controls of the page in front only; each page in turn.
+    for (int page = 0; page < tabs->count(); ++page) {
+        tabs->setCurrentIndex(page);
+        int interactive = 0;
+        const QStringList unnamed = UnnamedControls(editor.dialog, &interactive);
+        QVERIFY2(unnamed.isEmpty(), qPrintable(tabs->tabText(page) + u'\n' + unnamed.join(u'\n')));
+        QVERIFY(interactive >= 4);  // the key, the tab bar, OK and Cancel at least
+    }
+    // The names are the captions as the session's table gives them.
+    QCOMPARE(editor.Field("edtComment")->accessibleName(),
+             CaptionWithoutColon(GetLabel(QStringLiteral("Comment"))));
+}
+
+void TestAccessibility::FieldLabelsLeadToTheirFieldsAndMessagesShowNoMarker() {
+    GroupEditor editor(Group(QStringLiteral("Finance")));
+    // Every field label of the dialog underlines a letter, and no two labels
+    // of one page share it.
+    QHash<QChar, QString> letters;
+    for (QLabel* label : editor.dialog.findChildren<QLabel*>()) {
+        if (!label->buddy()) continue;
+        const QString text = label->text();
+        const qsizetype marker = text.indexOf(u'&');
+        QVERIFY2(marker >= 0 && marker + 1 < text.size(), qPrintable(text));
+        const QChar letter = text.at(marker + 1).toLower();
+        QVERIFY2(!letters.contains(letter) || label->buddy()->isHidden(),
+                 qPrintable(text + u'/' + letters.value(letter)));
+        letters.insert(letter, text);
+    }
+    // Alt and the comment's letter move there, as a keyboard delivers it.
+    auto* comment = editor.Field("edtComment");
+    auto* commentLabel = editor.Field<QLabel>("lblComment");
+    const QString caption = commentLabel->text();
+    const QChar letter = caption.at(caption.indexOf(u'&') + 1);
+    QVERIFY(QTest::qWaitForWindowActive(&editor.dialog));
+    editor.Field("edtGroupName")->setFocus();
+    QTest::keyClick(&editor.dialog, Qt::Key(letter.toUpper().unicode()), Qt::AltModifier);
+    QTRY_COMPARE(QApplication::focusWidget(), comment);
+
+    // The empty comment is refused naming the field as a word.
+    editor.Type("edtComment", {});
+    fx_->prompter.Answer(Answer::OK);
+    editor.Click("cmdOK");
+    const QString message = fx_->prompter.LastPrompt().text;
+    QVERIFY2(!message.contains(u'&'), qPrintable(message));
+    QCOMPARE(message, GetLabel(QStringLiteral("Field")) +
+                          CaptionWithoutColon(GetLabel(QStringLiteral("Comment"))) +
+                          GetLabel(QStringLiteral("CannotBeEmpty")));
+    fx_->prompter.Answer(Answer::No);
+    editor.Click("cmdCancel");
+}
+
+void TestAccessibility::F1OpensTheGuideAtTheDialogsSection() {
+    QVERIFY(!HelpViewer::Current());
+    {
+        UserEditor editor(User(QStringLiteral("jmueller")));
+        QVERIFY(QTest::qWaitForWindowActive(&editor.dialog));
+        QTest::keyClick(editor.Field("edtComment"), Qt::Key_F1);
+        HelpViewer* viewer = HelpViewer::Current();
+        QVERIFY(viewer && viewer->isVisible());
+        QCOMPARE(viewer->CurrentPage(), Section("users"));
+        // Over the modal dialog, so that it can be read and scrolled.
+        QCOMPARE(viewer->window()->parentWidget(), &editor.dialog);
+        editor.Click("cmdCancel");
+        QTRY_VERIFY(!HelpViewer::Current());  // it belonged to the dialog
+    }
+    {
+        GroupEditor editor(Group(QStringLiteral("Finance")));
+        QVERIFY(QTest::qWaitForWindowActive(&editor.dialog));
+        QTest::keyClick(editor.Field("edtComment"), Qt::Key_F1);
+        HelpViewer* viewer = HelpViewer::Current();
+        QVERIFY(viewer);
+        QCOMPARE(viewer->CurrentPage(), Section("groups"));
+        editor.Click("cmdCancel");
+    }
+    // Every section a dialog names is in the guide.
+    QSet<QString> anchors;
+    for (const char* topic : {"users", "groups", "servers", "gateways", "printers", "devices",
+                              "routes", "mappings", "lcr", "administrator", "login", "menus"})
+        anchors.insert(QString::fromLatin1(topic));
+    QFile guide(QStringLiteral(":/help/index.html"));
+    QVERIFY(guide.open(QIODevice::ReadOnly));
+    const QString html = QString::fromUtf8(guide.readAll());
+    for (const QString& anchor : anchors)
+        QVERIFY2(html.contains(QStringLiteral("id=\"%1\"").arg(anchor)), qPrintable(anchor));
+}
+
+void TestAccessibility::CtrlQQuitsTheConsole() {
+    auto main = ExplorerFixture::OpenMain();
+    QVERIFY(main->isVisible());
+    QTest::keyClick(main->Tree(), Qt::Key_Q, Qt::ControlModifier);
+    QTRY_VERIFY(!main->isVisible());
+}
+
+QTEST_MAIN(TestAccessibility)
+#include "tst_accessibility.moc"
