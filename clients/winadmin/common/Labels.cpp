@@ -211,7 +211,14 @@ private:
         if (!label->pixmap().isNull() || label->movie()) return;
         const QString text = TranslatedCaption(label, label->text());
         if (text != label->text()) label->setText(text);
-        if (QWidget* buddy = label->buddy()) buddy->setAccessibleName(AccessibleCaption(text));
+        QWidget* buddy = label->buddy();
+        if (!buddy) return;
+        buddy->setAccessibleName(AccessibleCaption(text));
+        // A buddy that stands in for a field (a spin box beside its number
+        // field) names the field too: a screen reader meets both.
+        if (auto* field =
+                qobject_cast<QWidget*>(buddy->property(kNamesFieldProperty).value<QObject*>()))
+            field->setAccessibleName(AccessibleCaption(text));
     }
 
     void TranslateAction(QAction* action) {

@@ -12,6 +12,10 @@ class QTabWidget;
 
 namespace winadmin {
 
+// A dynamic property of a label's buddy that stands in for another field
+// (a QObject*): translating the label names that field as well.
+inline constexpr char kNamesFieldProperty[] = "winadminNamesField";
+
 // Whoever holds the label table (the server session after login).
 class LabelSource {
 public:

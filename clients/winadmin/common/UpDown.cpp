@@ -9,6 +9,8 @@
 #include <QStyleOptionSpinBox>
 #include <algorithm>
 
+#include "common/Labels.h"
+
 namespace winadmin {
 
 namespace {
@@ -117,6 +119,7 @@ void UpDown::TakeLabelsOf(QWidget* field) {
     // spin box, which is what takes the focus and what a screen reader sees
     // of the field.
     if (!field->accessibleName().isEmpty()) setAccessibleName(field->accessibleName());
+    setProperty(kNamesFieldProperty, QVariant::fromValue<QObject*>(field));
     for (QLabel* label : window()->findChildren<QLabel*>()) {
         if (label->buddy() == field) label->setBuddy(this);
     }

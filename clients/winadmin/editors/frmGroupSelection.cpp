@@ -11,13 +11,13 @@ frmGroupSelection::frmGroupSelection(QWidget* parent)
     : SelectionDialog(parent), ui(std::make_unique<Ui::frmGroupSelection>()) {
     ui->setupUi(this);
     SetUpSelection({.choiceName = QStringLiteral("GroupName"),
-                    .columnKeys = {QStringLiteral("GroupName"), QStringLiteral("GroupComment"),
-                                   .helpTopic = "groups"},
+                    .columnKeys = {QStringLiteral("GroupName"), QStringLiteral("GroupComment")},
                     .list = ui->lvGroups,
                     .ok = ui->cmdOK,
                     .cancel = ui->cmdCancel,
                     .find = ui->cmdFind,
-                    .findCode = kFindGroupSelection});
+                    .findCode = kFindGroupSelection,
+                    .helpTopic = "groups"});
 }
 
 frmGroupSelection::~frmGroupSelection() = default;

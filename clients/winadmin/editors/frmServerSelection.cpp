@@ -9,11 +9,11 @@ frmServerSelection::frmServerSelection(QWidget* parent)
     : SelectionDialog(parent), ui(std::make_unique<Ui::frmServerSelection>()) {
     ui->setupUi(this);
     SetUpSelection({.choiceName = QStringLiteral("HostName"),
-                    .columnKeys = {QStringLiteral("ServerName"), QStringLiteral("ServerComment"),
-                                   .helpTopic = "servers"},
+                    .columnKeys = {QStringLiteral("ServerName"), QStringLiteral("ServerComment")},
                     .list = ui->lvServers,
                     .ok = ui->cmdOK,
-                    .cancel = ui->cmdCancel});
+                    .cancel = ui->cmdCancel,
+                    .helpTopic = "servers"});
 }
 
 frmServerSelection::~frmServerSelection() = default;

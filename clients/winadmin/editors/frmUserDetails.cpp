@@ -202,6 +202,9 @@ frmUserDetails::frmUserDetails(QWidget* parent)
         {QStringLiteral("UserName"), QStringLiteral("UserNotExist"), QStringLiteral("UserExist")});
 
     ui->ListView1->setModel(extras_);
+    // The list has no label of its own; its page's title says what it holds.
+    ui->ListView1->setAccessibleName(
+        ui->tabDetails->tabText(ui->tabDetails->indexOf(ui->tabExtras)).remove(QLatin1Char('&')));
     ui->ListView1->setEditTriggers(QAbstractItemView::NoEditTriggers);
     ui->ListView1->setSelectionBehavior(QAbstractItemView::SelectRows);
     InstallKeyFilter(ui->edtName, kKeyAnyText, kExtraNameLength);

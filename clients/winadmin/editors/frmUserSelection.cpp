@@ -24,13 +24,13 @@ frmUserSelection::frmUserSelection(QWidget* parent)
     : SelectionDialog(parent), ui(std::make_unique<Ui::frmUserSelection>()) {
     ui->setupUi(this);
     SetUpSelection({.choiceName = kUserName,
-                    .columnKeys = {QStringLiteral("UserName"), QStringLiteral("UserComment"),
-                                   .helpTopic = "users"},
+                    .columnKeys = {QStringLiteral("UserName"), QStringLiteral("UserComment")},
                     .list = ui->lvUsers,
                     .ok = ui->cmdOK,
                     .cancel = ui->cmdCancel,
                     .find = ui->cmdFind,
-                    .findCode = kFindUserSelection});
+                    .findCode = kFindUserSelection,
+                    .helpTopic = "users"});
     // Another server offers its users at once, and the list takes the
     // focus for the choice.
     connect(ui->cboServer, &QComboBox::currentIndexChanged, this, [this] {
