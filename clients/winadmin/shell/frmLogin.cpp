@@ -1,6 +1,7 @@
 #include "shell/frmLogin.h"
 
 #include <QIcon>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -59,6 +60,12 @@ void frmLogin::Form_Load() {
         // failed login leaves it in place for the next attempt.
         SetTheSession(CreateSession());
         if (ApplyFormLabels(this)) {
+            // Before the first login no label table is loaded and a caption
+            // shows its key, which has no colon; field labels have one in
+            // every dialog, this one included.
+            for (QLabel* label : {ui->lblHostName, ui->lblPassword})
+                if (!label->text().endsWith(QLatin1Char(':')))
+                    label->setText(label->text() + QLatin1Char(':'));
             // Selected whole so that typing replaces the remembered host.
             ui->edtHostName->setText(
                 GetSetting(kVendor, QStringLiteral("LastAdminServer"), QString()).trimmed());

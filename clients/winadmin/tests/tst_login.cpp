@@ -1,6 +1,7 @@
 // The login dialog against the reference server: what the administrator
 // types, what the console says back, and what it remembers.
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSettings>
@@ -64,6 +65,9 @@ void TestLogin::RightPasswordByKeyboardRemembersTheReportedHost() {
     QCOMPARE(login.host->text(), QString());
     ServerSession* session = TheSession();
     QVERIFY(session && !session->IsLoggedIn());
+    // Field labels end in a colon here too, though no label table is loaded.
+    QCOMPARE(Child<QLabel>(login.dialog, "lblHostName")->text(), QStringLiteral("&Host name:"));
+    QCOMPARE(Child<QLabel>(login.dialog, "lblPassword")->text(), QStringLiteral("&Password:"));
 
     // The keyboard alone: Tab, then each label's mnemonic leads to its field.
     QCOMPARE(QApplication::focusWidget(), login.host);
