@@ -27,7 +27,7 @@ frmAbout::~frmAbout() = default;
 
 void frmAbout::Form_Load() {
     ApplyFormLabels(this);
-    setWindowTitle(QStringLiteral("About ") + ApplicationTitle());
+    setWindowTitle(GetLabel(QStringLiteral("About")) + QLatin1Char(' ') + ApplicationTitle());
     ui->picIcon->setPixmap(QIcon(QStringLiteral(":/app/icon.svg")).pixmap(64, 64));
     ui->lblProductName->setText(ApplicationTitle());
     // The console's own version beside the server's: the two are installed
