@@ -23,17 +23,6 @@ namespace veldrano::server::testing {
 namespace {
 
 using namespace std::chrono_literals;
-constexpr const char* kPassword = "right horse battery";
-
-ServerOptions Options(const TempDirectory& dir, const std::string& listen) {
-    ServerOptions options;
-    options.dataPath = dir.File("store.db");
-    options.listen = listen;
-    options.password = kPassword;
-    options.simulate = false;
-    return options;
-}
-
 // Collects the log lines written while it lives, at the Info level.
 class CapturedLog {
 public:
@@ -66,7 +55,7 @@ private:
 
 TEST(StallTest, AClientThatStopsReadingDelaysNobodyAndIsCutOff) {
     TempDirectory dir;
-    ServerOptions options = Options(dir, "127.0.0.1:0");
+    ServerOptions options = HostOptions(dir, "127.0.0.1:0");
     options.writeTimeout = 1500ms;
     ServerHost host(options);
     GenerateSizes sizes;
@@ -83,7 +72,7 @@ TEST(StallTest, AClientThatStopsReadingDelaysNobodyAndIsCutOff) {
     const std::string target = "127.0.0.1:" + std::to_string(host.Port());
     ServiceClient stalled(
         grpc::CreateCustomChannel(target, grpc::InsecureChannelCredentials(), args));
-    ASSERT_TRUE(stalled.Login(kPassword).ok());
+    ASSERT_TRUE(stalled.Login(kHostPassword).ok());
     pb::ListRequest request;
     request.set_host_name(server);
     auto context = stalled.Context(60);
@@ -95,7 +84,7 @@ TEST(StallTest, AClientThatStopsReadingDelaysNobodyAndIsCutOff) {
     // Meanwhile other consoles log in, read and write at once.
     ServiceClient other(grpc::CreateChannel(target, grpc::InsecureChannelCredentials()));
     const auto started = std::chrono::steady_clock::now();
-    ASSERT_TRUE(other.Login(kPassword).ok());
+    ASSERT_TRUE(other.Login(kHostPassword).ok());
     pb::Key key;
     key.set_name(server);
     pb::Server record;
@@ -118,7 +107,7 @@ TEST(StallTest, AClientThatStopsReadingDelaysNobodyAndIsCutOff) {
 
 TEST(ThrottleTest, ParallelGuessesGetOnlyTheAllowanceEvaluated) {
     TempDirectory dir;
-    ServerOptions options = Options(dir, "");
+    ServerOptions options = HostOptions(dir, "");
     options.loginAttemptsPerWindow = 5;
     ServerHost host(options);
     std::atomic<int> denied = 0, throttled = 0;
@@ -135,14 +124,14 @@ TEST(ThrottleTest, ParallelGuessesGetOnlyTheAllowanceEvaluated) {
     EXPECT_EQ(throttled, 27);
     // The right password waits its turn like any guess.
     ServiceClient admin(host.InProcessChannel());
-    EXPECT_EQ(ServiceClient::Detail(admin.Login(kPassword)).number(), 0x81000004u);
+    EXPECT_EQ(ServiceClient::Detail(admin.Login(kHostPassword)).number(), 0x81000004u);
 }
 
 TEST(ThrottleTest, AttemptsAgeOutAndASuccessClearsTheCount) {
     TempDirectory dir;
     Store store(dir.File("store.db"));
     Auth auth(store, 2, 300ms);
-    auth.SetPassword(kPassword);
+    auth.SetPassword(kHostPassword);
     auto code = [&](const std::string& client, const std::string& password) {
         try {
             auth.Login(client, password);
@@ -153,10 +142,10 @@ TEST(ThrottleTest, AttemptsAgeOutAndASuccessClearsTheCount) {
     };
     EXPECT_EQ(code("a", "x"), pb::ERROR_ACCESS_DENIED);
     EXPECT_EQ(code("a", "y"), pb::ERROR_ACCESS_DENIED);
-    EXPECT_EQ(code("a", kPassword), pb::ERROR_THROTTLED);
-    EXPECT_EQ(code("b", kPassword), pb::ERROR_NONE);  // another workstation
+    EXPECT_EQ(code("a", kHostPassword), pb::ERROR_THROTTLED);
+    EXPECT_EQ(code("b", kHostPassword), pb::ERROR_NONE);  // another workstation
     std::this_thread::sleep_for(350ms);
-    EXPECT_EQ(code("a", kPassword), pb::ERROR_NONE);
+    EXPECT_EQ(code("a", kHostPassword), pb::ERROR_NONE);
     EXPECT_EQ(code("a", "x"), pb::ERROR_ACCESS_DENIED);
     EXPECT_EQ(code("a", "y"), pb::ERROR_ACCESS_DENIED);
     EXPECT_EQ(code("a", "z"), pb::ERROR_THROTTLED);
@@ -164,10 +153,10 @@ TEST(ThrottleTest, AttemptsAgeOutAndASuccessClearsTheCount) {
 
 TEST(EchoTest, AHugeValueIsEchoedAsAShortPrefix) {
     TempDirectory dir;
-    ServerHost host(Options(dir, "127.0.0.1:0"));
+    ServerHost host(HostOptions(dir, "127.0.0.1:0"));
     ServiceClient client(grpc::CreateChannel("127.0.0.1:" + std::to_string(host.Port()),
                                              grpc::InsecureChannelCredentials()));
-    ASSERT_TRUE(client.Login(kPassword).ok());
+    ASSERT_TRUE(client.Login(kHostPassword).ok());
     pb::Group group;
     group.set_is_new(true);
     group.set_name(std::string(4000, 'g'));
@@ -195,17 +184,17 @@ grpc::Status RawCall(grpc::ChannelInterface* channel, const std::string& method,
 
 TEST(LogTest, LoginsAndRefusalsAreLoggedWithoutPasswordsOrFloods) {
     TempDirectory dir;
-    ServerHost host(Options(dir, ""));
+    ServerHost host(HostOptions(dir, ""));
     CapturedLog log;
     ServiceClient client(host.InProcessChannel());
     EXPECT_FALSE(client.Login("my-secret-guess").ok());
-    EXPECT_TRUE(client.Login(kPassword).ok());
+    EXPECT_TRUE(client.Login(kHostPassword).ok());
     EXPECT_EQ(log.Count("Login from"), 1u);
     EXPECT_EQ(log.Count("login from"), 1u);
     EXPECT_EQ(log.Count("accepted"), 1u);
     for (const auto& line : log.Lines()) {
         EXPECT_EQ(line.find("my-secret-guess"), std::string::npos) << line;
-        EXPECT_EQ(line.find(kPassword), std::string::npos) << line;
+        EXPECT_EQ(line.find(kHostPassword), std::string::npos) << line;
         EXPECT_EQ(line.find('\n'), std::string::npos);
     }
 

@@ -18,17 +18,6 @@
 namespace veldrano::server::testing {
 namespace {
 
-constexpr const char* kPassword = "right horse battery";
-
-ServerOptions Options(const TempDirectory& dir, const std::string& listen) {
-    ServerOptions options;
-    options.dataPath = dir.File("store.db");
-    options.listen = listen;
-    options.password = kPassword;
-    options.simulate = false;
-    return options;
-}
-
 // A client that trusts exactly rootPem, as the console does once it has
 // pinned a server's certificate.
 ServiceClient PinnedClient(int port, const std::string& rootPem) {
@@ -73,31 +62,31 @@ TEST(TlsTest, AServerOffLoopbackMakesItsCertificateOnceAndServesOnlyTls) {
     TempDirectory dir;
     std::string first;
     {
-        ServerHost host(Options(dir, "0.0.0.0:0"));
+        ServerHost host(HostOptions(dir, "0.0.0.0:0"));
         ASSERT_TRUE(host.Encrypted());
         EXPECT_TRUE(host.CertificateCreated());
         first = host.CertificatePem();
         EXPECT_EQ(tls::Fingerprint(first).size(), 32u * 3 - 1);
 
         ServiceClient pinned = PinnedClient(host.Port(), first);
-        EXPECT_TRUE(pinned.Login(kPassword).ok());
+        EXPECT_TRUE(pinned.Login(kHostPassword).ok());
 
         // A client without TLS gets no answer, and nothing is half-done.
         ServiceClient plain = PlainClient(host.Port());
-        const grpc::Status status = plain.Login(kPassword);
+        const grpc::Status status = plain.Login(kHostPassword);
         EXPECT_EQ(status.error_code(), grpc::StatusCode::UNAVAILABLE) << status.error_message();
 
         // A client that pinned another certificate refuses this server.
         const tls::Identity other = tls::CreateSelfSigned({tls::HostNameOf(first)});
         ServiceClient wrongPin = PinnedClient(host.Port(), other.certificatePem);
-        EXPECT_EQ(wrongPin.Login(kPassword).error_code(), grpc::StatusCode::UNAVAILABLE);
+        EXPECT_EQ(wrongPin.Login(kHostPassword).error_code(), grpc::StatusCode::UNAVAILABLE);
     }
     struct stat key {};
     ASSERT_EQ(stat(dir.File("server.key").c_str(), &key), 0);
     EXPECT_EQ(key.st_mode & 0777, 0600u);
 
     // The next start presents the same certificate, so pins stay valid.
-    ServerHost again(Options(dir, "0.0.0.0:0"));
+    ServerHost again(HostOptions(dir, "0.0.0.0:0"));
     EXPECT_FALSE(again.CertificateCreated());
     EXPECT_EQ(again.CertificatePem(), first);
 }
@@ -107,14 +96,14 @@ TEST(TlsTest, AGivenCertificateIsPresentedAndABrokenPairRefusedAtStart) {
     const tls::Identity given = tls::CreateSelfSigned({"admin.example.net", "127.0.0.1"});
     WriteText(dir.File("given.crt"), given.certificatePem);
     WriteText(dir.File("given.key"), given.privateKeyPem);
-    ServerOptions options = Options(dir, "0.0.0.0:0");
+    ServerOptions options = HostOptions(dir, "0.0.0.0:0");
     options.certificateFile = dir.File("given.crt");
     options.keyFile = dir.File("given.key");
     {
         ServerHost host(options);
         EXPECT_EQ(tls::Fingerprint(host.CertificatePem()), tls::Fingerprint(given.certificatePem));
         EXPECT_EQ(tls::HostNameOf(host.CertificatePem()), "admin.example.net");
-        EXPECT_TRUE(PinnedClient(host.Port(), given.certificatePem).Login(kPassword).ok());
+        EXPECT_TRUE(PinnedClient(host.Port(), given.certificatePem).Login(kHostPassword).ok());
     }
     EXPECT_FALSE(std::filesystem::exists(dir.File("server.key")));
 
@@ -129,25 +118,25 @@ TEST(TlsTest, AGivenCertificateIsPresentedAndABrokenPairRefusedAtStart) {
 
 TEST(TlsTest, LoopbackStaysPlainForTheLocalConsole) {
     TempDirectory dir;
-    ServerHost host(Options(dir, "127.0.0.1:0"));
+    ServerHost host(HostOptions(dir, "127.0.0.1:0"));
     EXPECT_FALSE(host.Encrypted());
-    EXPECT_TRUE(PlainClient(host.Port()).Login(kPassword).ok());
+    EXPECT_TRUE(PlainClient(host.Port()).Login(kHostPassword).ok());
     EXPECT_FALSE(std::filesystem::exists(dir.File("server.crt")));
 }
 
 TEST(OwnershipTest, OneServerPerPortAndPerStore) {
     TempDirectory dir, otherDir;
-    ServerHost first(Options(dir, "127.0.0.1:0"));
+    ServerHost first(HostOptions(dir, "127.0.0.1:0"));
 
     try {
-        ServerHost samePort(Options(otherDir, "127.0.0.1:" + std::to_string(first.Port())));
+        ServerHost samePort(HostOptions(otherDir, "127.0.0.1:" + std::to_string(first.Port())));
         ADD_FAILURE() << "a second server shares the port";
     } catch (const std::exception& e) {
         EXPECT_NE(std::string(e.what()).find(std::to_string(first.Port())), std::string::npos)
             << e.what();
     }
     try {
-        ServerHost sameStore(Options(dir, "127.0.0.1:0"));
+        ServerHost sameStore(HostOptions(dir, "127.0.0.1:0"));
         ADD_FAILURE() << "a second server opened the store";
     } catch (const std::exception& e) {
         const std::string message = e.what();
@@ -155,14 +144,14 @@ TEST(OwnershipTest, OneServerPerPortAndPerStore) {
         EXPECT_NE(message.find(std::to_string(getpid())), std::string::npos) << message;
     }
     // The first one still serves.
-    EXPECT_TRUE(PlainClient(first.Port()).Login(kPassword).ok());
+    EXPECT_TRUE(PlainClient(first.Port()).Login(kHostPassword).ok());
 }
 
 TEST(OwnershipTest, StoreFilesAreTheOwnersAlone) {
     TempDirectory dir;
-    ServerHost host(Options(dir, ""));
+    ServerHost host(HostOptions(dir, ""));
     ServiceClient client(host.InProcessChannel());
-    ASSERT_TRUE(client.Login(kPassword).ok());
+    ASSERT_TRUE(client.Login(kHostPassword).ok());
     for (const char* suffix : {"", "-wal", "-shm", ".lock"}) {
         struct stat file {};
         const std::string path = dir.File("store.db") + suffix;
@@ -191,14 +180,14 @@ TEST(ProgramOptionsTest, PasswordResetIsOfflineCheckedAndTakesEffect) {
     TempDirectory dir;
     const std::string store = dir.File("store.db");
     std::string output;
-    { ServerHost host(Options(dir, "")); }
+    { ServerHost host(HostOptions(dir, "")); }
 
     // Too short: refused with the least length, nothing changes.
     EXPECT_EQ(RunProgram("--data " + store + " --set-password", "short\n", &output), 1);
     EXPECT_NE(output.find("at least 8 characters"), std::string::npos) << output;
 
     {
-        ServerHost serving(Options(dir, ""));
+        ServerHost serving(HostOptions(dir, ""));
         EXPECT_EQ(RunProgram("--data " + store + " --set-password", "a new password\n", &output),
                   1);
         EXPECT_NE(output.find("in use by process " + std::to_string(getpid())), std::string::npos)
@@ -215,11 +204,11 @@ TEST(ProgramOptionsTest, PasswordResetIsOfflineCheckedAndTakesEffect) {
 
     EXPECT_EQ(RunProgram("--data=" + store + " --set-password", "a new password\n", &output), 0)
         << output;
-    ServerOptions options = Options(dir, "");
+    ServerOptions options = HostOptions(dir, "");
     options.password.clear();
     ServerHost host(options);
     ServiceClient client(host.InProcessChannel());
-    EXPECT_FALSE(client.Login(kPassword).ok());
+    EXPECT_FALSE(client.Login(kHostPassword).ok());
     EXPECT_TRUE(client.Login("a new password").ok());
 }
 

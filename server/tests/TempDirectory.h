@@ -1,11 +1,14 @@
 #pragma once
-// A directory of its own for one test, removed with everything in it.
+// A directory of its own for one test, removed with everything in it, and
+// the options of a server host whose store lies in it.
 
 #include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
 #include <string>
+
+#include "service/ServerHost.h"
 
 namespace veldrano::server::testing {
 
@@ -24,5 +27,18 @@ struct TempDirectory {
 
     std::filesystem::path path;
 };
+
+inline constexpr const char* kHostPassword = "right horse battery";
+
+// A host on dir's store with kHostPassword, listening on listen ("" for
+// none), without the background simulation.
+inline ServerOptions HostOptions(const TempDirectory& dir, const std::string& listen) {
+    ServerOptions options;
+    options.dataPath = dir.File("store.db");
+    options.listen = listen;
+    options.password = kHostPassword;
+    options.simulate = false;
+    return options;
+}
 
 }  // namespace veldrano::server::testing
