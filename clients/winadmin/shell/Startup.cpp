@@ -8,6 +8,7 @@
 
 #include "common/AppContext.h"
 #include "common/UserReferenceField.h"
+#include "common/WindowPlacement.h"
 #include "editors/frmUserSelection.h"
 #include "shell/frmFind.h"
 #include "shell/frmLogin.h"
@@ -53,6 +54,7 @@ int SplashHoldMs() {
 
 std::unique_ptr<frmMain> StartConsole() {
     LoadDecimalSeparator();
+    KeepWindowsOnScreen();
     // Every user-reference field of every editor chooses through it.
     SetUserSelectionOpener(&frmUserSelection::Open);
 
