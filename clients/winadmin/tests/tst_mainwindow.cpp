@@ -173,7 +173,7 @@ void TestMainWindow::BadSettingsStillOpenVisibleOnScreen_data() {
 
     const QRect screen = Available();
     const QPoint defaultPos(TwipsToPixels(1000), TwipsToPixels(1000));
-    const QSize defaultSize(TwipsToPixels(10000), TwipsToPixels(5000));
+    const QSize defaultSize(TwipsToPixels(14000), TwipsToPixels(8000));
     const int details = ExplorerListView::Details;
     QTest::newRow("letters") << QStringList{"left", "top", "wide", "tall", "half", "details"}
                              << defaultPos << defaultSize << 2500 << details;
