@@ -19,11 +19,10 @@ namespace {
 // for garbage and the default applies.
 constexpr int kFarTwips = 1'000'000'000;
 
-// Wide enough for the server list's columns beside the tree.
 constexpr int kDefaultLeft = 1000;
 constexpr int kDefaultTop = 1000;
-constexpr int kDefaultWidth = 14000;
-constexpr int kDefaultHeight = 8000;
+constexpr int kDefaultWidth = 10000;
+constexpr int kDefaultHeight = 5000;
 constexpr int kDefaultSplitter = 2500;
 
 }  // namespace

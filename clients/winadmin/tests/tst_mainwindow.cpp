@@ -105,7 +105,7 @@ void TestMainWindow::ViewRoundTripRestoresEverything() {
         auto main = OpenMain();
         ColumnWidths& widths = main->Widths();
         QCOMPARE(widths.Width(QStringLiteral("GroupView"), QStringLiteral("GroupName")), 2222);
-        QCOMPARE(widths.Width(QStringLiteral("EventView"), QStringLiteral("EventTime")), 1600);
+        QCOMPARE(widths.Width(QStringLiteral("EventView"), QStringLiteral("EventTime")), 2200);
         QCOMPARE(widths.Width(QStringLiteral("RateView"), QStringLiteral("RateDays")), 3000);
         // Beyond what the 16-bit table holds, and names it does not persist.
         QVERIFY(widths.SetWidth(users, userName, 32767));
@@ -122,7 +122,7 @@ void TestMainWindow::ViewRoundTripRestoresEverything() {
         Child<QAction>(*main, "mnuViewSmallIcons")->trigger();
         QVERIFY(main->close());
     }
-    QCOMPARE(StoredSetting("EventTime", "EventView"), QStringLiteral("1600"));
+    QCOMPARE(StoredSetting("EventTime", "EventView"), QStringLiteral("2200"));
     auto main = OpenMain();
     QCOMPARE(main->pos(), pos);
     QCOMPARE(main->size(), size);
@@ -173,7 +173,7 @@ void TestMainWindow::BadSettingsStillOpenVisibleOnScreen_data() {
 
     const QRect screen = Available();
     const QPoint defaultPos(TwipsToPixels(1000), TwipsToPixels(1000));
-    const QSize defaultSize(TwipsToPixels(14000), TwipsToPixels(8000));
+    const QSize defaultSize(TwipsToPixels(10000), TwipsToPixels(5000));
     const int details = ExplorerListView::Details;
     QTest::newRow("letters") << QStringList{"left", "top", "wide", "tall", "half", "details"}
                              << defaultPos << defaultSize << 2500 << details;
