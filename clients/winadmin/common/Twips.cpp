@@ -1,23 +1,29 @@
 #include "common/Twips.h"
 
-#include <QGuiApplication>
-#include <QScreen>
+#include <QApplication>
+#include <QFontMetricsF>
 #include <QtMath>
 
 namespace winadmin {
 
 namespace {
-constexpr double kTwipsPerInch = 1440.0;
-// 96 dots per inch, what a screen without its own figure is taken to have.
-constexpr double kDefaultTwipsPerPixel = 15.0;
+// The classic layout's unit: 1440 twips an inch at 96 dots per inch.
+constexpr double kClassicTwipsPerPixel = 15.0;
 }  // namespace
 
+double AverageCharWidth() {
+    // Without a GUI application (a benchmark, a tool) there is no font to ask.
+    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
+        return kClassicAverageCharWidth;
+    const QString letters = QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz");
+    const double width = QFontMetricsF(QGuiApplication::font()).horizontalAdvance(letters);
+    return width > 0.0 ? width / letters.size() : kClassicAverageCharWidth;
+}
+
 double TwipsPerPixel() {
-    // Without a GUI application (a benchmark, a tool) there is no screen to ask.
-    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance())) return kDefaultTwipsPerPixel;
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    const double dpi = screen ? screen->logicalDotsPerInch() : 0.0;
-    return dpi > 0.0 ? kTwipsPerInch / dpi : kDefaultTwipsPerPixel;
+    const double twipsPerPixel =
+        kClassicTwipsPerPixel * kClassicAverageCharWidth / AverageCharWidth();
+    return qMax(1.0, twipsPerPixel);
 }
 
 int TwipsToPixels(int twips) {

@@ -5,6 +5,8 @@
 #include <QListView>
 #include <QTreeView>
 
+#include "lists/ListTreeView.h"
+
 namespace winadmin {
 
 namespace {
@@ -15,7 +17,7 @@ constexpr int kSmallIconSize = 16;
 }  // namespace
 
 ExplorerListView::ExplorerListView(QWidget* parent) : QStackedWidget(parent) {
-    details_ = new QTreeView(this);
+    details_ = new ListTreeView(this);
     details_->setObjectName(QStringLiteral("lvDetails"));
     details_->setRootIsDecorated(false);
     details_->setItemsExpandable(false);

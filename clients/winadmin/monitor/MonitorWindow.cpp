@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
@@ -82,6 +83,13 @@ void MonitorWindow::AttachControls(const Controls& controls) {
     model_->SetColumns(BuildListColumns(listKind_, widths));
     for (size_t i = 0; i < model_->Columns().size(); ++i)
         list->header()->resizeSection(int(i), model_->Columns()[i].width);
+    // The window opens wide enough for the columns (and no narrower than its
+    // form); one too wide for the screen is brought back onto it when shown.
+    const QMargins margins = layout() ? layout()->contentsMargins() : QMargins();
+    const int columnsWidth = list->header()->length() + 2 * list->frameWidth() +
+                             list->verticalScrollBar()->sizeHint().width() + margins.left() +
+                             margins.right();
+    resize(qMax(width(), columnsWidth), height());
 
     // A minus may be typed so that a negative number can be corrected to 0
     // rather than refused key by key.

@@ -8,6 +8,7 @@
 
 #include "common/AppContext.h"
 #include "common/UserReferenceField.h"
+#include "common/WindowPlacement.h"
 #include "editors/frmUserSelection.h"
 #include "shell/HelpViewer.h"
 #include "shell/frmFind.h"
@@ -54,6 +55,7 @@ int SplashHoldMs() {
 
 std::unique_ptr<frmMain> StartConsole() {
     LoadDecimalSeparator();
+    KeepWindowsOnScreen();
     // Every user-reference field of every editor chooses through it.
     SetUserSelectionOpener(&frmUserSelection::Open);
     // F1 in a dialog shows the guide at that dialog's section.

@@ -8,8 +8,8 @@
 #include <QTreeWidget>
 
 #include "common/Twips.h"
+#include "common/WindowPlacement.h"
 #include "lists/ExplorerListView.h"
-#include "shell/WindowPlacement.h"
 #include "shell/frmMain.h"
 #include "ui_frmMain.h"
 
@@ -51,17 +51,7 @@ void frmMain::KeepOnScreen() {
     // a position on another monitor than the primary one is kept. The frame
     // counts as part of the window; its size is only known once the window
     // exists, so the first show checks again.
-    QList<QRect> screens;
-    if (const QScreen* primary = QGuiApplication::primaryScreen())
-        screens.append(primary->availableGeometry());
-    for (const QScreen* screen : QGuiApplication::screens())
-        if (screen != QGuiApplication::primaryScreen()) screens.append(screen->availableGeometry());
-    const QRect frame = frameGeometry();
-    const QSize border = frame.size() - size();
-    const QRect placed = PlaceOnScreens(frame, minimumSize() + border, screens);
-    if (placed == frame) return;
-    resize(placed.size() - border);
-    move(placed.topLeft());
+    winadmin::KeepOnScreen(this);
 }
 
 void frmMain::showEvent(QShowEvent* event) {

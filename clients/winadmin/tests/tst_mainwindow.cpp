@@ -105,7 +105,7 @@ void TestMainWindow::ViewRoundTripRestoresEverything() {
         auto main = OpenMain();
         ColumnWidths& widths = main->Widths();
         QCOMPARE(widths.Width(QStringLiteral("GroupView"), QStringLiteral("GroupName")), 2222);
-        QCOMPARE(widths.Width(QStringLiteral("EventView"), QStringLiteral("EventTime")), 1600);
+        QCOMPARE(widths.Width(QStringLiteral("EventView"), QStringLiteral("EventTime")), 2200);
         QCOMPARE(widths.Width(QStringLiteral("RateView"), QStringLiteral("RateDays")), 3000);
         // Beyond what the 16-bit table holds, and names it does not persist.
         QVERIFY(widths.SetWidth(users, userName, 32767));
@@ -122,7 +122,7 @@ void TestMainWindow::ViewRoundTripRestoresEverything() {
         Child<QAction>(*main, "mnuViewSmallIcons")->trigger();
         QVERIFY(main->close());
     }
-    QCOMPARE(StoredSetting("EventTime", "EventView"), QStringLiteral("1600"));
+    QCOMPARE(StoredSetting("EventTime", "EventView"), QStringLiteral("2200"));
     auto main = OpenMain();
     QCOMPARE(main->pos(), pos);
     QCOMPARE(main->size(), size);

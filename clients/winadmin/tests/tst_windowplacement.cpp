@@ -3,7 +3,7 @@
 
 #include <QTest>
 
-#include "shell/WindowPlacement.h"
+#include "common/WindowPlacement.h"
 
 using namespace winadmin;
 
