@@ -76,8 +76,13 @@ void KeepOnScreen(QWidget* window) {
 
 void KeepWindowsOnScreen() {
     auto* app = QCoreApplication::instance();
-    if (!app || app->findChild<OnScreenKeeper*>(QString(), Qt::FindDirectChildrenOnly)) return;
-    app->installEventFilter(new OnScreenKeeper(app));
+    // Found by name: the keeper has no meta-object of its own, so a search by
+    // type would take any child of the application for it.
+    const QString name = QStringLiteral("OnScreenKeeper");
+    if (!app || app->findChild<QObject*>(name, Qt::FindDirectChildrenOnly)) return;
+    auto* keeper = new OnScreenKeeper(app);
+    keeper->setObjectName(name);
+    app->installEventFilter(keeper);
 }
 
 }  // namespace winadmin

@@ -93,7 +93,7 @@ void TestExplorerInput::HeaderSortsAndKeepsDraggedWidths() {
     QCOMPARE(GetSectionSetting(kVendor, GetProductKeyName(), "UserView", "UserComment", {}),
              QString::number(PixelsToTwips(240)));
     QCOMPARE(GetSectionSetting(kVendor, GetProductKeyName(), "ZoneView", "IsLocal", {}),
-             QStringLiteral("500"));
+             QString::number(defaults.Width("ZoneView", "IsLocal")));
 }
 
 void TestExplorerInput::KeyboardWorksInBothPanes() {

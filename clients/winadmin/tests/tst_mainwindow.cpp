@@ -2,6 +2,7 @@
 // the divider drag, the list modes, menus and toolbar, and how it closes.
 
 #include <QAction>
+#include <QApplication>
 #include <QDialog>
 #include <QDir>
 #include <QFile>
@@ -46,6 +47,7 @@ class TestMainWindow : public ConsoleSuite {
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void FreshProfileOpensWithDefaults();
     void ViewRoundTripRestoresEverything();
     void ClosedMaximisedOrMinimisedKeepsEarlierBounds_data();
@@ -65,6 +67,20 @@ private slots:
     void HelpEntriesOpenTheirWindows();
     void ClosingEndsEveryWindowEvenIfSaveFails();
 };
+
+void TestMainWindow::initTestCase() {
+    // The placement cases want the default window to fit the 800 x 600
+    // offscreen screen, as it fits any desktop's; the classic dialog font's
+    // size gives the classic scale (how a larger font grows the window is
+    // the first-run suite's concern).
+    QFont font = QApplication::font();
+    for (int pixels = font.pixelSize() > 0 ? font.pixelSize() : 16;
+         pixels > 6 && AverageCharWidth() > kClassicAverageCharWidth; --pixels) {
+        font.setPixelSize(pixels);
+        QApplication::setFont(font);
+    }
+    QVERIFY(TwipsToPixels(11000) < Available().width());
+}
 
 void TestMainWindow::FreshProfileOpensWithDefaults() {
     auto main = OpenMain();
@@ -88,7 +104,7 @@ void TestMainWindow::FreshProfileOpensWithDefaults() {
     QCOMPARE(StoredSetting(QStringLiteral("Splitter")), QStringLiteral("2500"));
     QCOMPARE(StoredSetting(QStringLiteral("ListView Mode")), QStringLiteral("3"));
     QCOMPARE(StoredSetting(QStringLiteral("Destext"), QStringLiteral("DestView")),
-             QStringLiteral("1000"));
+             QStringLiteral("1200"));
 }
 
 void TestMainWindow::ViewRoundTripRestoresEverything() {
@@ -268,8 +284,10 @@ void TestMainWindow::ResizeKeepsDividerInside() {
     QCOMPARE(main->SplitterPosition(), 8000);
 
     main->resize(TwipsToPixels(6000), main->height());
-    QTRY_COMPARE(main->SplitterPosition(), 6000 - frmMain::SplitLimit);
-    QCOMPARE(main->Tree()->width(), TwipsToPixels(4500));
+    // The form's width in twips is measured from its pixels.
+    const int limit = PixelsToTwips(TwipsToPixels(6000)) - frmMain::SplitLimit;
+    QTRY_COMPARE(main->SplitterPosition(), limit);
+    QCOMPARE(main->Tree()->width(), TwipsToPixels(limit));
     QCOMPARE(main->List()->geometry().right(), main->centralWidget()->width() - 1);
 }
 
