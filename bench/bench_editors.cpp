@@ -8,13 +8,18 @@
 //       shown, loaded through the session and painted; goal <= 100
 //   device_line_switch_ms   choosing another line in the open dialog and
 //       painting it; no goal of its own, for comparison
+//   group_open_100k_ms   the group dialog opened on a group of 50 members
+//       spread over a server of 100,000 users, each member shown with its
+//       comment; goal <= 100
 // Prints "name: value" lines, medians of several runs, and each figure's ratio
 // to its goal. Run with QT_QPA_PLATFORM=offscreen (set when unset).
 //
-// Usage: bench-editors [devices] [lines-per-device]
+// Usage: bench-editors [devices] [lines-per-device] [users]
 
 #include <QApplication>
 #include <QComboBox>
+#include <QTreeView>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <vector>
@@ -23,6 +28,7 @@
 #include "common/FormParameters.h"
 #include "demo/Generator.h"
 #include "editors/frmDeviceDetails.h"
+#include "editors/frmGroupDetails.h"
 #include "session/GrpcServerSession.h"
 #include "store/Store.h"
 
@@ -55,16 +61,20 @@ void WaitFor(Done done) {
     while (!done()) QApplication::processEvents(QEventLoop::AllEvents, 5);
 }
 
-}  // namespace
+// The console's session on the server; throws SessionError.
+void LogIn(BenchServer& server) {
+    auto owned = std::make_unique<winadmin::GrpcServerSession>();
+    owned->SetHostName(QStringLiteral("127.0.0.1:%1").arg(server.Host().Port()));
+    owned->SetPassword(Password);
+    owned->Login();
+    winadmin::SetTheSession(std::move(owned));
+}
 
-int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
+// The device dialog on a device of lines lines among devices such devices.
+void MeasureDeviceDialog(int deviceCount, int lines) {
     veldrano::server::GenerateSizes sizes;
     sizes.servers = 1;
-    sizes.devicesPerServer = argc > 1 ? std::atoi(argv[1]) : 100;
-    const int lines = argc > 2 ? std::atoi(argv[2]) : 30;
-
+    sizes.devicesPerServer = deviceCount;
     BenchServer benchServer;
     veldrano::server::Store& store = benchServer.Host().GetStore();
     Clock::time_point start = Clock::now();
@@ -74,39 +84,95 @@ int main(int argc, char** argv) {
     Print("generate_ms", MillisecondsSince(start));
     const std::vector<pb::Device> devices = store.ListDevices(host);
     const QString device = QString::fromStdString(devices[devices.size() / 2].name());
+    LogIn(benchServer);
 
+    std::vector<double> opens, switches;
+    for (int run = 0; run < Runs; ++run) {
+        winadmin::SetFormParameters({{QStringLiteral("DeviceName"), device},
+                                     {QStringLiteral("HostName"), QString::fromStdString(host)}});
+        start = Clock::now();
+        winadmin::frmDeviceDetails dialog;
+        dialog.show();
+        WaitFor([&] { return dialog.State() == winadmin::EditorState::Shown; });
+        dialog.repaint();
+        opens.push_back(MillisecondsSince(start));
+
+        auto* selector = dialog.findChild<QComboBox*>(QStringLiteral("cboLine"));
+        start = Clock::now();
+        selector->setCurrentIndex(selector->count() - 1);
+        dialog.repaint();
+        switches.push_back(MillisecondsSince(start));
+        if (dialog.Line() != lines) throw std::runtime_error("the last line is not shown");
+        dialog.hide();
+    }
+    winadmin::SetTheSession(nullptr);
+    const double openMs = Median(opens);
+    Print("device_lines", static_cast<long long>(lines));
+    Print("device_dialog_open_ms", openMs);
+    Print("device_line_switch_ms", Median(switches));
+    Print("device_dialog_open_vs_goal", openMs / 100.0);
+}
+
+// The group dialog on a group whose members are users of a server of users
+// users.
+void MeasureGroupDialog(int users) {
+    constexpr int kMembers = 50;
+    veldrano::server::GenerateSizes sizes;
+    sizes.servers = 1;
+    sizes.firstServerUsers = users;
+    BenchServer benchServer;
+    veldrano::server::Store& store = benchServer.Host().GetStore();
+    Clock::time_point start = Clock::now();
+    veldrano::server::Generate(store, sizes);
+    Print("generate_users_ms", MillisecondsSince(start));
+    const std::string host = store.ListServers().front().name();
+    pb::Group group = store.GetGroup("Night shift");
+    group.set_comment("Benchmark group");
+    for (int i = 0; i < kMembers; ++i) {
+        char name[16];
+        std::snprintf(name, sizeof name, "u%07d", 1 + i * (users / kMembers));
+        pb::UserRef* member = group.add_members();
+        member->set_user_name(name);
+        member->set_host_name(host);
+    }
+    store.CommitGroup(group);
+    LogIn(benchServer);
+
+    std::vector<double> opens;
+    for (int run = 0; run < Runs; ++run) {
+        winadmin::SetFormParameters({{QStringLiteral("GroupName"), QStringLiteral("Night shift")}});
+        start = Clock::now();
+        winadmin::frmGroupDetails dialog;
+        dialog.show();
+        WaitFor([&] { return dialog.State() == winadmin::EditorState::Shown; });
+        dialog.repaint();
+        opens.push_back(MillisecondsSince(start));
+        auto* members = dialog.findChild<QTreeView*>(QStringLiteral("lvGrpMembers"))->model();
+        if (members->rowCount() != kMembers ||
+            members->index(kMembers - 1, 1).data().toString() !=
+                QStringLiteral("Benchmark user %1").arg(1 + (kMembers - 1) * (users / kMembers)))
+            throw std::runtime_error("the members are not shown with their comments");
+        dialog.hide();
+    }
+    winadmin::SetTheSession(nullptr);
+    const double openMs = Median(opens);
+    Print("group_server_users", static_cast<long long>(users));
+    Print("group_members", static_cast<long long>(kMembers));
+    Print("group_open_100k_ms", openMs);
+    Print("group_open_100k_vs_goal", openMs / 100.0);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    const int devices = argc > 1 ? std::atoi(argv[1]) : 100;
+    const int lines = argc > 2 ? std::atoi(argv[2]) : 30;
+    const int users = argc > 3 ? std::atoi(argv[3]) : 100000;
     try {
-        auto owned = std::make_unique<winadmin::GrpcServerSession>();
-        owned->SetHostName(QStringLiteral("127.0.0.1:%1").arg(benchServer.Host().Port()));
-        owned->SetPassword(Password);
-        owned->Login();
-        winadmin::SetTheSession(std::move(owned));
-
-        std::vector<double> opens, switches;
-        for (int run = 0; run < Runs; ++run) {
-            winadmin::SetFormParameters(
-                {{QStringLiteral("DeviceName"), device},
-                 {QStringLiteral("HostName"), QString::fromStdString(host)}});
-            start = Clock::now();
-            winadmin::frmDeviceDetails dialog;
-            dialog.show();
-            WaitFor([&] { return dialog.State() == winadmin::EditorState::Shown; });
-            dialog.repaint();
-            opens.push_back(MillisecondsSince(start));
-
-            auto* selector = dialog.findChild<QComboBox*>(QStringLiteral("cboLine"));
-            start = Clock::now();
-            selector->setCurrentIndex(selector->count() - 1);
-            dialog.repaint();
-            switches.push_back(MillisecondsSince(start));
-            if (dialog.Line() != lines) throw std::runtime_error("the last line is not shown");
-            dialog.hide();
-        }
-        const double openMs = Median(opens);
-        Print("device_lines", static_cast<long long>(lines));
-        Print("device_dialog_open_ms", openMs);
-        Print("device_line_switch_ms", Median(switches));
-        Print("device_dialog_open_vs_goal", openMs / 100.0);
+        MeasureDeviceDialog(devices, lines);
+        MeasureGroupDialog(users);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "bench-editors: %s\n", error.what());
         return 1;

@@ -9,7 +9,9 @@
 //   printers   printers on every server
 //   devices    devices on every server, cycling through the device types
 //   zones      least-cost zones, each with two rates and two destinations
-//   events     events in the log of the first server (or of eventhost)
+//   events     events in the log of the first server (or of eventhost): mostly notes
+//              and warnings, 1 in 100 an error or worse, 1 in 10,000 a panic; one a
+//              second up to now
 //   eventhost  the server that gets the events, by name; it must exist afterwards
 // Unknown names, missing "=" and bad numbers throw std::invalid_argument.
 

@@ -119,6 +119,8 @@ grpc::Status AdminService::ListEvents(grpc::ServerContext* c, const pb::EventReq
     return Guard(c, [&] {
         if (req->max_count() < 0)
             throw ServiceError(pb::ERROR_OUT_OF_RANGE, "the event count must not be negative");
+        if (req->newer_than() < 0)
+            throw ServiceError(pb::ERROR_OUT_OF_RANGE, "the event id must not be negative");
         PageWriter<pb::EventPage, pb::Event> pages(c, watchdog_, w, &pb::EventPage::add_events);
         store_.ForEachEvent(*req, [&](const pb::Event& e) { pages.Add(e); });
         pages.Finish();

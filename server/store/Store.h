@@ -114,7 +114,9 @@ public:
 
     // Events
     int64_t AppendEvent(const std::string& host, const pb::Event& e);
-    // Calls f for each event that passes the filter, at most max_count of them.
+    // Calls f for each event that passes the filter (severity, newer_than),
+    // newest or oldest first, at most max_count of them. Reads only the
+    // events it passes on, however long the log and whichever the filter.
     void ForEachEvent(const pb::EventRequest& req, const std::function<void(const pb::Event&)>& f);
     int64_t EventCount(const std::string& host);
 

@@ -180,20 +180,25 @@ FieldCheck GroupCheck(const std::string& name) {
     return {"group '" + name + "'"};
 }
 
+// withComments: the members' comments as well (GetGroup), read from their
+// own rows, so that showing a group never needs its members' servers' users.
 pb::Group ReadGroup(Database& db, int64_t id, const std::string& name, int64_t version,
-                    const std::string& body) {
+                    const std::string& body, bool withComments) {
     auto g = ParseBody<pb::Group>(body);
     g.set_name(name);
     g.set_version(version);
     g.clear_members();
-    auto st = db.Prepare(
-        "SELECT u.name, s.name FROM group_members m JOIN users u ON u.id = m.user_id "
-        "JOIN servers s ON s.id = u.server_id WHERE m.group_id = ? ORDER BY m.position");
+    g.clear_member_comments();
+    auto st = db.Prepare(std::string("SELECT u.name, s.name") + (withComments ? ", u.body" : "") +
+                         " FROM group_members m JOIN users u ON u.id = m.user_id "
+                         "JOIN servers s ON s.id = u.server_id WHERE m.group_id = ? "
+                         "ORDER BY m.position");
     st.Bind(1, id);
     while (st.Step()) {
         auto* member = g.add_members();
         member->set_user_name(st.Text(0));
         member->set_host_name(st.Text(1));
+        if (withComments) g.add_member_comments(ParseBody<pb::User>(st.Blob(2)).comment());
     }
     return g;
 }
@@ -205,7 +210,7 @@ std::vector<pb::Group> Store::ListGroups() {
     std::vector<pb::Group> result;
     auto st = db_->Prepare("SELECT id, name, version, body FROM groups ORDER BY name");
     while (st.Step())
-        result.push_back(ReadGroup(*db_, st.Int(0), st.Text(1), st.Int(2), st.Blob(3)));
+        result.push_back(ReadGroup(*db_, st.Int(0), st.Text(1), st.Int(2), st.Blob(3), false));
     return result;
 }
 
@@ -213,7 +218,7 @@ pb::Group Store::GetGroup(const std::string& name) {
     std::lock_guard lock(mutex_);
     auto st = db_->Prepare("SELECT id, name, version, body FROM groups WHERE name = ?");
     st.Bind(1, name);
-    if (st.Step()) return ReadGroup(*db_, st.Int(0), st.Text(1), st.Int(2), st.Blob(3));
+    if (st.Step()) return ReadGroup(*db_, st.Int(0), st.Text(1), st.Int(2), st.Blob(3), true);
     pb::Group g;
     g.set_name(name);
     g.set_is_new(true);
@@ -239,6 +244,8 @@ int64_t Store::CommitGroup(const pb::Group& g) {
     pb::Group body = g;
     body.clear_name();
     body.clear_members();
+    // The comments belong to the users; a copy here would go stale.
+    body.clear_member_comments();
     int64_t id = 0;
     int64_t version =
         Upsert(*db_, kGroups, 0, g.name(), check, g.is_new(), g.version(), Body(body), &id);

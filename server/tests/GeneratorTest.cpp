@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <map>
 #include <set>
 #include <stdexcept>
 
@@ -88,15 +89,29 @@ TEST(GenerateTest, SmallInstallationHasExactlyTheAskedCounts) {
         EXPECT_EQ(store->ListDestinations(z.name()).size(), 2u);
     }
 
-    // The log is usable by the viewer: every severity, times in order.
-    std::set<int> severities;
+    // The log is usable by the viewer: times in order, newest first.
     int64_t newer = INT64_MAX;
     for (const pb::Event& e : Events(*store, first)) {
-        severities.insert(e.severity());
         EXPECT_LE(e.time(), newer);
         newer = e.time();
     }
-    EXPECT_EQ(severities.size(), 6u);
+}
+
+TEST(GenerateTest, TheLogIsMostlyNotesAndWarningsWithRarePanicsSpreadOverIt) {
+    TempStore store;
+    Generate(*store, ParseGenerateSizes("events=20000"));
+    const std::string host = store->ListServers().front().name();
+    std::map<int, int> counts;
+    std::vector<int64_t> panics;
+    for (const pb::Event& e : Events(*store, host, 20000)) {
+        ++counts[e.severity()];
+        if (e.severity() == 5) panics.push_back(e.id());
+    }
+    EXPECT_EQ(counts,
+              (std::map<int, int>{{0, 800}, {1, 13000}, {2, 6000}, {3, 180}, {4, 18}, {5, 2}}));
+    // One in each 10,000, not two together.
+    ASSERT_EQ(panics.size(), 2u);
+    EXPECT_EQ(panics[0] - panics[1], 10000);
 }
 
 TEST(GenerateTest, EventsGoToTheNamedServerAndAnUnknownOneIsRefused) {

@@ -295,6 +295,36 @@ TEST_F(ServiceTest, RuntimeActionsChangeStateAndLogEvents) {
     req.set_slot(99);
     auto status = client().stub->StartProcess(client().Context().get(), req, &empty);
     EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81010002u);
+
+    // What a viewer holding the log up to the stop's event asks next: the
+    // events since then, and a negative id or count is refused.
+    auto events = [this](int64_t newerThan, int maxCount, grpc::Status* status) {
+        pb::EventRequest ask;
+        ask.set_host_name("alpha");
+        ask.set_newer_than(newerThan);
+        ask.set_max_count(maxCount);
+        auto context = client().Context();
+        auto reader = client().stub->ListEvents(context.get(), ask);
+        std::vector<int64_t> ids;
+        for (pb::EventPage page; reader->Read(&page);)
+            for (const pb::Event& e : page.events()) ids.push_back(e.id());
+        *status = reader->Finish();
+        return ids;
+    };
+    const std::vector<int64_t> held = events(0, 1, &status);
+    ASSERT_EQ(held.size(), 1u);
+    const int64_t heldCount = store().EventCount("alpha");
+    req.set_slot(3);
+    ASSERT_TRUE(client().stub->StopProcess(client().Context().get(), req, &empty).ok());
+    const std::vector<int64_t> since = events(held[0], 0, &status);
+    ASSERT_EQ(since.size(), size_t(store().EventCount("alpha") - heldCount));
+    ASSERT_FALSE(since.empty());
+    EXPECT_GT(since.back(), held[0]);
+    EXPECT_TRUE(events(since.front(), 0, &status).empty());
+    for (auto [newerThan, maxCount] : {std::pair{int64_t(-1), 0}, std::pair{int64_t(0), -1}}) {
+        events(newerThan, maxCount, &status);
+        EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81010005u);
+    }
 }
 
 TEST_F(ServiceTest, OversizedAndMalformedRequestsAreRefusedAndTheServerGoesOn) {

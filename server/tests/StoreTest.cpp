@@ -386,27 +386,23 @@ TEST_F(StoreTest, ScannersAreTheServersScannerDevices) {
     EXPECT_NO_THROW(store->CommitUser(user));
 }
 
-TEST_F(StoreTest, EventsAreFilteredAndCappedWhereTheyAreStored) {
-    for (int i = 0; i < 60; ++i) {
-        pb::Event e;
-        e.set_time(1000 + i);
-        e.set_severity(i % 6);
-        e.set_text("event " + std::to_string(i));
-        store->AppendEvent("alpha", e);
-    }
-    pb::EventRequest req;
-    req.set_host_name("alpha");
-    req.set_min_severity(3);
-    req.set_max_count(7);
-    std::vector<pb::Event> seen;
-    store->ForEachEvent(req, [&](const pb::Event& e) { seen.push_back(e); });
-    ASSERT_EQ(seen.size(), 7u);
-    EXPECT_EQ(seen.front().text(), "event 59");  // newest first
-    for (const auto& e : seen) EXPECT_GE(e.severity(), 3);
-    req.set_oldest_first(true);
-    seen.clear();
-    store->ForEachEvent(req, [&](const pb::Event& e) { seen.push_back(e); });
-    EXPECT_EQ(seen.front().text(), "event 3");
+TEST_F(StoreTest, AGroupAnswersItsMembersCommentsAsTheyAreNow) {
+    auto group = store->GetGroup("Sales");
+    ASSERT_EQ(group.members_size(), 2);
+    EXPECT_EQ(
+        std::vector<std::string>(group.member_comments().begin(), group.member_comments().end()),
+        (std::vector<std::string>{"User alice", "User bob"}));
+    // Sent back with a commit they are not kept: the users' own comments are
+    // what the next fetch answers, and a list of groups carries none.
+    group.set_member_comments(0, "stale");
+    store->CommitGroup(group);
+    auto bob = store->GetUser("beta", "bob");
+    bob.set_comment("Bob at the branch");
+    store->CommitUser(bob);
+    group = store->GetGroup("Sales");
+    EXPECT_EQ(group.member_comments(0), "User alice");
+    EXPECT_EQ(group.member_comments(1), "Bob at the branch");
+    EXPECT_EQ(store->ListGroups().front().member_comments_size(), 0);
 }
 
 TEST_F(StoreTest, ServerObjectsNameEveryPrinterAndDeviceUnderItsServer) {

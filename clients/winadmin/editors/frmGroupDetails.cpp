@@ -104,11 +104,8 @@ void frmGroupDetails::FillFixedLists() {
     CallSession([&] { servers = TheSession()->Servers(); });
     const QSignalBlocker quiet(ui->cboServer);
     ui->cboServer->clear();
-    firstUserServer_ = -1;
-    for (const ServerRecord& server : servers) {
-        if (firstUserServer_ < 0 && server.user_server()) firstUserServer_ = ui->cboServer->count();
+    for (const ServerRecord& server : servers)
         ui->cboServer->addItem(Text(server.name()), Text(server.name()));
-    }
     ui->cboServer->setCurrentIndex(-1);
 }
 
@@ -123,23 +120,21 @@ void frmGroupDetails::ClearMore() {
 }
 
 void frmGroupDetails::LoadMore() {
+    const GroupRecord& group = Kept();
     std::vector<ListRow> members;
-    members.reserve(static_cast<size_t>(Kept().members_size()));
-    for (const UserRefRecord& ref : Kept().members()) {
-        const QString user = Text(ref.user_name());
-        const QString host = Text(ref.host_name());
-        // The group names its members only; their comments come with their
-        // servers' users, fetched once per server.
-        ServerUsers(host);
-        members.push_back(UserRow(user, commentByKey_.value(MemberKey(user, host)), host));
+    members.reserve(static_cast<size_t>(group.members_size()));
+    // The group answers its members' comments with them: opening it costs
+    // one call however many users their servers have.
+    for (int i = 0; i < group.members_size(); ++i) {
+        const UserRefRecord& ref = group.members(i);
+        const QString comment =
+            i < group.member_comments_size() ? Text(group.member_comments(i)) : QString();
+        members.push_back(UserRow(Text(ref.user_name()), comment, Text(ref.host_name())));
     }
     members_->SetRows(std::move(members));
-    // A reload after a save keeps the server the administrator was adding
-    // from; otherwise the first server that has users offers them.
-    if (ui->cboServer->currentIndex() < 0) {
-        const QSignalBlocker quiet(ui->cboServer);
-        ui->cboServer->setCurrentIndex(std::max(firstUserServer_, 0));
-    }
+    // No server's users are offered until the administrator picks the
+    // server to add from (a server may have a hundred thousand); a reload
+    // after a save keeps the one picked.
     FillServerUsers();
     UpdateRemoveButton();
 }
@@ -147,6 +142,8 @@ void frmGroupDetails::LoadMore() {
 bool frmGroupDetails::WriteMore() {
     GroupRecord& group = Edited();
     group.clear_members();
+    // The comments are the users'; the server keeps none with the group.
+    group.clear_member_comments();
     for (int i = 0; i < members_->rowCount(); ++i) {
         const ListRow& row = members_->Row(i);
         UserRefRecord* ref = group.add_members();
@@ -163,7 +160,6 @@ void frmGroupDetails::EnableRules() {
 GroupRecord frmGroupDetails::Fetch() {
     // Every load offers the users as they are now.
     usersByHost_.clear();
-    commentByKey_.clear();
     return TheSession()->GetGroup(Key());
 }
 
@@ -185,10 +181,8 @@ const std::vector<ListRow>& frmGroupDetails::ServerUsers(const QString& host) {
     CallSession([&] { users = TheSession()->Users(host); });
     std::vector<ListRow> rows;
     rows.reserve(users.size());
-    for (const UserRecord& user : users) {
+    for (const UserRecord& user : users)
         rows.push_back(UserRow(Text(user.name()), Text(user.comment()), host));
-        commentByKey_.insert(rows.back().key, rows.back().cells.at(1));
-    }
     return usersByHost_.emplace(host, std::move(rows)).first->second;
 }
 

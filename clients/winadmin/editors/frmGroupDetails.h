@@ -1,11 +1,10 @@
 #pragma once
 // The properties of one user group: its name, a comment, and its members,
-// who are users of any server. The administrator picks a server, and that
-// server's users who are not yet members are offered for adding; members
-// are told apart by user and host, so equal names on two servers stay two
-// members.
+// who are users of any server, shown with their comments as the group
+// answers them. The administrator picks a server, and that server's users
+// who are not yet members are offered for adding; members are told apart by
+// user and host, so equal names on two servers stay two members.
 
-#include <QHash>
 #include <map>
 #include <memory>
 #include <vector>
@@ -62,12 +61,9 @@ private:
     std::unique_ptr<Ui::frmGroupDetails> ui;
     ListModel* srvUsers_;
     ListModel* members_;
-    int firstUserServer_ = -1;  // in cboServer
     // Kept in a map: ServerUsers hands out references that must outlive
     // the next insertion.
     std::map<QString, std::vector<ListRow>> usersByHost_;
-    // The comment of every user fetched so far, by member key.
-    QHash<QString, QString> commentByKey_;
 };
 
 }  // namespace winadmin

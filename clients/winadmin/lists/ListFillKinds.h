@@ -34,8 +34,9 @@ std::vector<ListRow> DeviceRows(const std::vector<DeviceRecord>& devices,
                                 const QString& only = {});
 std::vector<ListRow> ProcessRows(const std::vector<ProcessRecord>& processes,
                                  const QString& server);
-// Events of at least minSeverity (compared as the 16-bit codes they are).
-std::vector<ListRow> EventRows(const std::vector<EventRecord>& events, const QString& server,
+// Events of at least minSeverity (compared as the 16-bit codes they are),
+// each row carrying its event's id; the cells are made when shown.
+std::vector<ListRow> EventRows(std::vector<EventRecord>&& events, const QString& server,
                                int minSeverity, const FillProgress& progress = {});
 
 // Least-cost routing.

@@ -113,20 +113,57 @@ std::vector<ListRow> ProcessRows(const std::vector<ProcessRecord>& processes,
     return rows;
 }
 
-std::vector<ListRow> EventRows(const std::vector<EventRecord>& events, const QString& server,
+namespace {
+
+// A server's events, their cells made when they are shown: a viewer that
+// lists ten thousand events formats the screenful in sight, and a refresh
+// that adds a few rows formats nothing for those it keeps.
+class EventTable final : public ListRecords {
+public:
+    explicit EventTable(std::vector<EventRecord>&& events) : events_(std::move(events)) {}
+
+    int CellCount() const override { return 6; }
+    QString Cell(size_t record, int cell) const override {
+        const EventRecord& event = events_[record];
+        switch (cell) {
+            case 0:
+                return QDateTime::fromSecsSinceEpoch(event.time())
+                    .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+            case 1:
+                return SeverityText(Code16(event.severity()));
+            case 2:
+                return QString::number(event.originator_id());
+            case 3:
+                return Text(event.text());
+            case 4:
+                return MessageClassText(event.message_class());
+            default:
+                return OriginatorText(Code16(event.originator_type()));
+        }
+    }
+    const EventRecord& Event(size_t record) const { return events_[record]; }
+    size_t Size() const { return events_.size(); }
+
+private:
+    std::vector<EventRecord> events_;
+};
+
+}  // namespace
+
+std::vector<ListRow> EventRows(std::vector<EventRecord>&& events, const QString& server,
                                int minSeverity, const FillProgress& progress) {
+    auto table = std::make_shared<const EventTable>(std::move(events));
     std::vector<ListRow> rows;
-    rows.reserve(events.size());
+    rows.reserve(table->Size());
     const QString kind = QStringLiteral("Event");
-    const QString timeFormat = QStringLiteral("yyyy-MM-dd hh:mm:ss");
-    for (const EventRecord& event : events) {
-        const int16_t severity = Code16(event.severity());
-        if (severity < minSeverity) continue;
-        rows.push_back(MakeRow({QDateTime::fromSecsSinceEpoch(event.time()).toString(timeFormat),
-                                SeverityText(severity), QString::number(event.originator_id()),
-                                Text(event.text()), MessageClassText(event.message_class()),
-                                OriginatorText(Code16(event.originator_type()))},
-                               kind, server));
+    for (size_t i = 0; i < table->Size(); ++i) {
+        const EventRecord& event = table->Event(i);
+        if (Code16(event.severity()) < minSeverity) continue;
+        ListRow& row = rows.emplace_back();
+        row.cells = ListCells(table, i);
+        row.iconKey = kind;
+        row.tag = server;
+        row.id = event.id();
         if (progress && rows.size() % kProgressStep == 0) progress(int(rows.size()));
     }
     if (progress) progress(int(rows.size()));

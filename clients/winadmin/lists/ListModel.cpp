@@ -4,6 +4,7 @@
 #include <QMimeData>
 #include <QSet>
 #include <algorithm>
+#include <functional>
 #include <numeric>
 
 #include "lists/KindIcons.h"
@@ -78,6 +79,78 @@ void ListModel::SetRows(std::vector<ListRow> rows) {
         rows_ = std::move(sorted);
     }
     endResetModel();
+}
+
+void ListModel::AddNewestRows(std::vector<ListRow> rows, size_t maxRows) {
+    if (rows.size() >= maxRows) {
+        // Nothing held stays.
+        rows.resize(maxRows);
+        SetRows(std::move(rows));
+        return;
+    }
+    if (rows_.size() + rows.size() > maxRows) RemoveOldest(rows_.size() + rows.size() - maxRows);
+    if (rows.empty()) return;
+    if (sortColumn_ < 0 || sortColumn_ >= columnCount()) {
+        beginInsertRows({}, 0, int(rows.size()) - 1);
+        rows_.insert(rows_.begin(), std::make_move_iterator(rows.begin()),
+                     std::make_move_iterator(rows.end()));
+        endInsertRows();
+        return;
+    }
+    // Oldest first, so that each newer row lands before an older one of
+    // equal text.
+    for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
+        const int place = int(SortedPlace(*row));
+        beginInsertRows({}, place, place);
+        rows_.insert(rows_.begin() + place, std::move(*row));
+        endInsertRows();
+    }
+}
+
+void ListModel::RemoveOldest(size_t count) {
+    count = std::min(count, rows_.size());
+    if (count == 0) return;
+    if (sortColumn_ < 0 || sortColumn_ >= columnCount()) {
+        beginRemoveRows({}, int(rows_.size() - count), int(rows_.size()) - 1);
+        rows_.resize(rows_.size() - count);
+        endRemoveRows();
+        return;
+    }
+    std::vector<size_t> positions(rows_.size());
+    std::iota(positions.begin(), positions.end(), size_t(0));
+    std::nth_element(positions.begin(), positions.begin() + ptrdiff_t(count - 1), positions.end(),
+                     [&](size_t a, size_t b) { return rows_[a].id < rows_[b].id; });
+    positions.resize(count);
+    // From the bottom up, a run of neighbours at a time, so that no removal
+    // moves a row still to go.
+    std::sort(positions.begin(), positions.end(), std::greater<>());
+    for (size_t i = 0; i < positions.size();) {
+        const size_t last = positions[i];
+        size_t first = last;
+        while (++i < positions.size() && positions[i] == first - 1) first = positions[i];
+        beginRemoveRows({}, int(first), int(last));
+        rows_.erase(rows_.begin() + ptrdiff_t(first), rows_.begin() + ptrdiff_t(last) + 1);
+        endRemoveRows();
+    }
+}
+
+size_t ListModel::SortedPlace(const ListRow& row) const {
+    QCollator collator;
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    const bool plain = collator.locale().language() == QLocale::C;
+    const QString text = row.cells.value(sortColumn_);
+    size_t low = 0, high = rows_.size();
+    while (low < high) {
+        const size_t middle = low + (high - low) / 2;
+        const QString held = rows_[middle].cells.value(sortColumn_);
+        const int c = plain ? QString::compare(held, text, Qt::CaseInsensitive)
+                            : collator.compare(held, text);
+        if (sortOrder_ == Qt::AscendingOrder ? c < 0 : c > 0)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low;
 }
 
 void ListModel::Clear() {

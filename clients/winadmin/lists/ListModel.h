@@ -74,7 +74,8 @@ struct ListRow {
     QString key;      // index + kind word for rates and destinations
     // What the row showed of a record addressed by its place (zones, rates,
     // destinations): its identity and version, so that a command acts on
-    // that record even after another console moved it. 0 for other kinds.
+    // that record even after another console moved it. Events carry their
+    // id, which grows with the log. 0 for other kinds.
     int64_t id = 0;
     int64_t version = 0;
 };
@@ -91,6 +92,14 @@ public:
     // New rows of the same kind (a refresh) keep the order the administrator
     // chose by clicking a header.
     void SetRows(std::vector<ListRow> rows);
+    // Rows of a log that grows (newest first, each with a greater id than
+    // every row held): they join the list and the rows of the lowest ids
+    // beyond maxRows leave it, so the list holds what SetRows with the newest
+    // maxRows rows would, in the same order. Only the rows that come and go
+    // change, so the view keeps its selection and scrolling, and the rows
+    // that stay cost nothing. Rows held in no header's order must be newest
+    // first, as SetRows was given them.
+    void AddNewestRows(std::vector<ListRow> rows, size_t maxRows);
     void Clear();
     // A column's width as the view shows it now (pixels), so that the column
     // set handed out again keeps what was dragged.
@@ -134,6 +143,11 @@ private:
     // The order of the rows sorted by column; stable, so rows with equal
     // texts keep the order they had.
     std::vector<size_t> SortedPositions(int column, Qt::SortOrder order) const;
+    // Where a row newer than every row held goes in the sorted list: before
+    // the rows of equal text, where a stable sort of newest-first rows puts it.
+    size_t SortedPlace(const ListRow& row) const;
+    // Takes out the count rows of the lowest ids.
+    void RemoveOldest(size_t count);
 
     std::vector<ListColumn> columns_;
     std::vector<ListRow> rows_;

@@ -10,10 +10,12 @@
 #include <QPushButton>
 #include <QRegularExpressionValidator>
 #include <QScrollBar>
+#include <QShortcut>
 #include <QSignalBlocker>
 #include <QTimer>
 #include <QTreeView>
 #include <algorithm>
+#include <utility>
 
 #include "common/FormParameters.h"
 #include "common/Labels.h"
@@ -101,6 +103,10 @@ void MonitorWindow::AttachControls(const Controls& controls) {
                  kDefaultUpdateSpeed)));
     controls_.updateSpeedUpDown->Bind(speed, 0, kMaxUpdateSpeed);
 
+    auto* refresh = new QShortcut(QKeySequence(Qt::Key_F5), this);
+    refresh->setObjectName(QStringLiteral("scRefresh"));
+    connect(refresh, &QShortcut::activated, this, &MonitorWindow::TickWhole);
+
     connect(speed, &QLineEdit::textChanged, this, &MonitorWindow::UpdateSpeedChanged);
     connect(controls_.update, &QPushButton::clicked, this, &MonitorWindow::UpdateClicked);
     connect(controls_.server, &QComboBox::currentIndexChanged, this, &MonitorWindow::ServerChanged);
@@ -137,7 +143,8 @@ void MonitorWindow::Open(const QString& hostName) {
         }
     }
     open_ = true;
-    Tick();
+    // The server list was read again: whatever was shown is fetched anew.
+    TickWhole();
 }
 
 QString MonitorWindow::SelectedServer() const {
@@ -170,7 +177,29 @@ void MonitorWindow::Tick() {
     if (period > 0 && !closed_) timLoad_->start(period * 1000);
 }
 
+void MonitorWindow::TickWhole() {
+    fillWhole_ = true;
+    Tick();
+}
+
+bool MonitorWindow::UpdateRows(ServerSession&, const QString&) {
+    return false;
+}
+
 void MonitorWindow::Fill() {
+    const QString server = SelectedServer();
+    ServerSession* session = TheSession();
+    // A tick skipped while another call waited keeps the request for a
+    // whole fill for the next one.
+    if (!std::exchange(fillWhole_, false) && session && !server.isEmpty()) {
+        bool updated = false;
+        if (!CallSession([&] { updated = UpdateRows(*session, server); })) {
+            model_->Clear();
+            return;
+        }
+        if (updated) return;
+    }
+
     QTreeView* list = controls_.list;
     QItemSelectionModel* selection = list->selectionModel();
     QString kept;
@@ -182,8 +211,6 @@ void MonitorWindow::Fill() {
     // A failed call leaves the list empty rather than showing stale rows as
     // if they were current.
     std::vector<ListRow> rows;
-    const QString server = SelectedServer();
-    ServerSession* session = TheSession();
     if (session && !server.isEmpty()) CallSession([&] { rows = FetchRows(*session, server); });
     model_->SetRows(std::move(rows));
 

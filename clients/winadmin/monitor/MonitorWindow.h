@@ -9,7 +9,9 @@
 // A refresh is one call on the session. It never nests: a tick that comes
 // while any viewer is filling (a modal error box runs an event loop) does
 // nothing, and the timer is off while the fill runs, so a server that stops
-// answering costs one error box per period, never a pile of them.
+// answering costs one error box per period, never a pile of them. A viewer
+// that can tell what changed since its last fill brings its rows up to date
+// in place (UpdateRows); F5 fills the list whole.
 
 #include <QPointer>
 #include <QString>
@@ -50,6 +52,8 @@ public:
     // by a new non-zero period: fills the list again, then restarts the timer
     // with the period (0 leaves it off). Does nothing while a fill runs.
     void Tick();
+    // A tick that fetches every row again rather than what changed (F5).
+    void TickWhole();
 
     QString SelectedServer() const;
     // The period edtUpdateSpeed holds, 0 when it holds no usable number.
@@ -79,6 +83,11 @@ protected:
 
     // The rows for the server, fetched in one call. Throws SessionError.
     virtual std::vector<ListRow> FetchRows(ServerSession& session, const QString& server) = 0;
+    // Brings the rows the list holds (Rows()) up to date where they stand,
+    // in one call, when the viewer can tell what changed since it fetched
+    // them; answers false, having called nothing, when only FetchRows will
+    // do. Throws SessionError, after which the list is emptied.
+    virtual bool UpdateRows(ServerSession& session, const QString& server);
     // What names a row across refreshes, so the selected row stays selected
     // while the list changes under it.
     virtual QString RowIdentity(const ListRow& row) const = 0;
@@ -107,6 +116,7 @@ private:
     ListModel* model_;
     QTimer* timLoad_;
     bool busy_ = false;
+    bool fillWhole_ = false;
     bool open_ = false;
     bool closed_ = false;
 };

@@ -79,21 +79,45 @@ void frmEvents::MaxEventsEdited() {
     if (IsOpen()) Tick();
 }
 
-std::vector<ListRow> frmEvents::FetchRows(ServerSession& session, const QString& server) {
-    const int minSeverity = MinimumSeverity();
-    const int maxEvents = MaxEvents();
-    std::vector<ListRow> rows =
-        EventRows(session.Events(server, minSeverity, maxEvents), QString(), minSeverity);
+frmEvents::Filter frmEvents::CurrentFilter(const QString& server) const {
+    return {server, MinimumSeverity(), MaxEvents()};
+}
+
+std::vector<ListRow> frmEvents::RowsOf(std::vector<EventRecord>&& events, const Filter& filter) {
+    // Every answered event counts for what was seen, even one the severity
+    // filter below leaves out.
+    for (const EventRecord& event : events) newestId_ = std::max(newestId_, event.id());
+    std::vector<ListRow> rows = EventRows(std::move(events), QString(), filter.minSeverity);
     // A server that answers more than was asked for still shows no more.
-    if (rows.size() > size_t(maxEvents)) rows.resize(size_t(maxEvents));
+    if (rows.size() > size_t(filter.maxEvents)) rows.resize(size_t(filter.maxEvents));
     return rows;
 }
 
+std::vector<ListRow> frmEvents::FetchRows(ServerSession& session, const QString& server) {
+    const Filter filter = CurrentFilter(server);
+    held_.reset();
+    newestId_ = 0;
+    std::vector<ListRow> rows =
+        RowsOf(session.Events(server, filter.minSeverity, filter.maxEvents), filter);
+    held_ = filter;
+    return rows;
+}
+
+bool frmEvents::UpdateRows(ServerSession& session, const QString& server) {
+    const Filter filter = CurrentFilter(server);
+    if (held_ != filter) return false;
+    // Until the answer is in, the list is not known to be current: a failed
+    // call empties it, and the next refresh fetches it whole.
+    held_.reset();
+    std::vector<ListRow> rows =
+        RowsOf(session.Events(server, filter.minSeverity, filter.maxEvents, newestId_), filter);
+    Rows()->AddNewestRows(std::move(rows), size_t(filter.maxEvents));
+    held_ = filter;
+    return true;
+}
+
 QString frmEvents::RowIdentity(const ListRow& row) const {
-    // Time, originator and text: events carry no key in their cells, and
-    // these together tell one from its neighbours.
-    return row.cells.value(0) + QLatin1Char('\n') + row.cells.value(2) + QLatin1Char('\n') +
-           row.cells.value(3);
+    return QString::number(row.id);
 }
 
 void frmEvents::SaveSettings() {

@@ -6,11 +6,18 @@
 //
 // The filter and the maximum travel with the request: the server leaves out
 // what the filter hides and stops at the maximum, so however long the log
-// has grown, a refresh moves and lists only what the window shows.
+// has grown, a refresh moves and lists only what the window shows. The log
+// only grows, so while the server, the filter and the maximum stay as they
+// were, a refresh asks only for the events newer than the newest it holds
+// and puts them in front, dropping the oldest rows beyond the maximum: the
+// list shows what fetching it whole would show.
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "monitor/MonitorWindow.h"
+#include "session/Records.h"
 
 namespace Ui {
 class frmEvents;
@@ -39,16 +46,34 @@ public:
 
 protected:
     std::vector<ListRow> FetchRows(ServerSession& session, const QString& server) override;
+    bool UpdateRows(ServerSession& session, const QString& server) override;
     QString RowIdentity(const ListRow& row) const override;
     void SaveSettings() override;
 
 private:
+    // What the rows were fetched with; a refresh with another filter
+    // fetches them whole.
+    struct Filter {
+        QString server;
+        int minSeverity = 0;
+        int maxEvents = 0;
+        bool operator==(const Filter&) const = default;
+    };
+    Filter CurrentFilter(const QString& server) const;
+    // The rows of the events answered, held to the maximum; newestId_ moves
+    // to the newest of them.
+    std::vector<ListRow> RowsOf(std::vector<EventRecord>&& events, const Filter& filter);
     void MaxEventsEdited();
 
     std::unique_ptr<Ui::frmEvents> ui;
     // The maximum the list was last filled with, so that leaving the field
     // unchanged does not refresh.
     int appliedMaxEvents_ = kDefaultMaxEvents;
+    // The filter the list holds the newest events of, up to newestId_; none
+    // while the list is not known to be current (before the first fill,
+    // after a failed one).
+    std::optional<Filter> held_;
+    int64_t newestId_ = 0;
 };
 
 // Shows the event viewer for the server named by the "HostName" form

@@ -105,7 +105,8 @@ public:
     std::vector<ProcessRecord> Processes(const QString& host) override;
     void StartProcess(const QString& host, int slot) override;
     void StopProcess(const QString& host, int slot) override;
-    std::vector<EventRecord> Events(const QString& host, int minSeverity, int maxCount) override;
+    std::vector<EventRecord> Events(const QString& host, int minSeverity, int maxCount,
+                                    int64_t newerThan = 0) override;
 
     std::vector<RouteRecord> Routes() override;
     RouteRecord GetRoute(const QString& name) override;

@@ -265,11 +265,12 @@ void GrpcServerSession::StopProcess(const QString& host, int slot) {
 }
 
 std::vector<EventRecord> GrpcServerSession::Events(const QString& host, int minSeverity,
-                                                   int maxCount) {
+                                                   int maxCount, int64_t newerThan) {
     pb::EventRequest request;
     request.set_host_name(host.toStdString());
     request.set_min_severity(minSeverity);
     request.set_max_count(maxCount);
+    request.set_newer_than(newerThan);
     return VELDRANO_LIST(pb::Event, ListEvents, request, pb::EventPage, events);
 }
 

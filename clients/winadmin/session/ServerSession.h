@@ -137,9 +137,11 @@ public:
     virtual std::vector<ProcessRecord> Processes(const QString& host) = 0;
     virtual void StartProcess(const QString& host, int slot) = 0;
     virtual void StopProcess(const QString& host, int slot) = 0;
-    // Newest first; the server leaves out events below minSeverity and stops
-    // after maxCount events (0: the server's cap).
-    virtual std::vector<EventRecord> Events(const QString& host, int minSeverity, int maxCount) = 0;
+    // Newest first; the server leaves out events below minSeverity and, with
+    // newerThan, events whose id is not greater, and stops after maxCount
+    // events (0: the server's cap). Ids grow with the log.
+    virtual std::vector<EventRecord> Events(const QString& host, int minSeverity, int maxCount,
+                                            int64_t newerThan = 0) = 0;
 
     // --- Inbound routes and number mappings ------------------------------------------
 

@@ -5,10 +5,12 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
 #include <QScopeGuard>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
 #include <QTreeView>
@@ -46,6 +48,21 @@ struct Opened {
     QPointer<Viewer> window;
 };
 
+// Every row's cells, as the list shows them.
+QStringList Shown(const ListModel* rows) {
+    QStringList shown;
+    for (int row = 0; row < rows->rowCount(); ++row)
+        shown << rows->Row(row).cells.ToStringList().join(u'|');
+    return shown;
+}
+
+// What an event viewer opened now on host shows, sorted as like is.
+QStringList ShownAfresh(const QString& host, const ListModel* like) {
+    Opened<frmEvents> fresh(host);
+    if (like->SortColumn() >= 0) fresh->Rows()->sort(like->SortColumn(), like->SortOrder());
+    return Shown(fresh->Rows());
+}
+
 }  // namespace
 
 class TestMonitors : public ExplorerSuite {
@@ -58,6 +75,7 @@ private slots:
     void ProcessCellsAndSelectionSurviveRefresh();
     void UnknownServerIsReportedAndAnotherCanBePicked();
     void SeverityFilterAndMaximum();
+    void RefreshesAddOnlyNewEventsAndShowWhatAFullFillShows();
     void ExplorerOpensOneViewerPerKind();
 };
 
@@ -291,6 +309,78 @@ void TestMonitors::SeverityFilterAndMaximum() {
     QCOMPARE(Child<QComboBox>(*again.window, "cboSeverity")->currentText(),
              GetLabel(QStringLiteral("SeverityNone")));
     QCOMPARE(again->Rows()->rowCount(), 25);
+}
+
+void TestMonitors::RefreshesAddOnlyNewEventsAndShowWhatAFullFillShows() {
+    auto& store = Store();
+    store.CommitServer(
+        veldrano::server::demo::MakeServer("evhost", "Events", true, false, false, "rpc"));
+    int serial = 0;
+    // Texts repeat, so that a sorted list has ties to place new rows among.
+    const auto log = [&](std::initializer_list<int> severities) {
+        store.Bulk([&] {
+            for (int severity : severities) {
+                const char* text = serial % 3 == 0 ? "line busy" : "job done";
+                store.AppendEvent("evhost", veldrano::server::demo::MakeEvent(
+                                                1700000000 + serial * 60, severity, serial % 20,
+                                                100 + serial, 0, text));
+                ++serial;
+            }
+        });
+    };
+    log({1, 3, 2, 5, 0, 4, 2, 1, 3, 2, 5, 1});
+    StoreSetting(QStringLiteral("Severity"), QStringLiteral("2"));
+    StoreSetting(QStringLiteral("Max Events"), QStringLiteral("7"), QStringLiteral("EventView"));
+    const QString host = QStringLiteral("evhost");
+    Opened<frmEvents> viewer(host);
+    Retype(Child<QLineEdit>(*viewer.window, "edtUpdateSpeed"), QStringLiteral("0"));
+    ListModel* rows = viewer->Rows();
+    auto* list = Child<QTreeView>(*viewer.window, "lvEventView");
+    QCOMPARE(rows->rowCount(), 7);
+    QSignalSpy fullFills(rows, &QAbstractItemModel::modelReset);
+
+    // New events, two of them hidden by the filter: the two shown go in
+    // front, as many of the oldest leave, and the selected event stays so.
+    ClickRow(list, 1);
+    const int64_t selected = rows->Row(1).id;
+    log({5, 1, 0, 3});
+    viewer->Tick();
+    QCOMPARE(fullFills.count(), 0);
+    QCOMPARE(Shown(rows), ShownAfresh(host, rows));
+    QCOMPARE(rows->Row(0).cells.value(2), QStringLiteral("115"));
+    QCOMPARE(rows->Row(list->currentIndex().row()).id, selected);
+    viewer->Tick();  // nothing new: nothing changes
+    QCOMPARE(fullFills.count(), 0);
+
+    // Sorted by a header, new rows go to their places (before the equal
+    // texts, as a fill puts the newer first) and the oldest leave wherever
+    // they stand.
+    QHeaderView* header = list->header();
+    QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                      QPoint(header->sectionViewportPosition(3) + 4, header->height() / 2));
+    QCOMPARE(rows->SortColumn(), 3);
+    log({2, 4, 3, 3});
+    viewer->Tick();
+    QCOMPARE(fullFills.count(), 0);
+    QCOMPARE(Shown(rows), ShownAfresh(host, rows));
+    // More new events than the list holds replace it.
+    log({2, 2, 3, 3, 4, 4, 5, 5, 2});
+    viewer->Tick();
+    QCOMPARE(fullFills.count(), 1);
+    QCOMPARE(Shown(rows), ShownAfresh(host, rows));
+
+    // Another filter fetches the list whole: the note logged last shows.
+    log({1});
+    auto* severity = Child<QComboBox>(*viewer.window, "cboSeverity");
+    severity->setFocus();
+    QTest::keyClick(severity, Qt::Key_Up);
+    QCOMPARE(viewer->MinimumSeverity(), 1);
+    QCOMPARE(fullFills.count(), 2);
+    QVERIFY(ExplorerFixture::ColumnTexts(rows, 2).contains(QStringLiteral("129")));
+    // So does F5.
+    QVERIFY(ShowActive(*viewer.window));
+    QTest::keyClick(list, Qt::Key_F5);
+    QCOMPARE(fullFills.count(), 3);
 }
 
 void TestMonitors::ExplorerOpensOneViewerPerKind() {
