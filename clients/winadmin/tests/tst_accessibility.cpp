@@ -18,6 +18,7 @@
 #include "editors/frmGroupDetails.h"
 #include "editors/frmUserDetails.h"
 #include "lists/ExplorerListView.h"
+#include "monitor/frmEvents.h"
 #include "shell/HelpViewer.h"
 #include "shell/frmMain.h"
 #include "support/EditorDriver.h"
@@ -217,10 +218,23 @@ void TestAccessibility::F1OpensTheGuideAtTheDialogsSection() {
         QCOMPARE(viewer->CurrentPage(), Section("groups"));
         editor.Click("cmdCancel");
     }
+    {
+        // The viewers are windows of their own, not dialogs; F1 works there too.
+        frmEvents events;
+        events.show();
+        events.Open(QStringLiteral("fxmaster"));
+        QVERIFY(QTest::qWaitForWindowExposed(&events));
+        QTest::keyClick(events.findChild<QTreeView*>(QStringLiteral("lvEventView")), Qt::Key_F1);
+        HelpViewer* viewer = HelpViewer::Current();
+        QVERIFY(viewer);
+        QCOMPARE(viewer->CurrentPage(), Section("events"));
+        events.close();
+    }
     // Every section a dialog names is in the guide.
     QSet<QString> anchors;
     for (const char* topic : {"users", "groups", "servers", "gateways", "printers", "devices",
-                              "routes", "mappings", "lcr", "administrator", "login", "menus"})
+                              "routes", "mappings", "lcr", "administrator", "login", "menus", "processes",
+                              "events"})
         anchors.insert(QString::fromLatin1(topic));
     QFile guide(QStringLiteral(":/help/index.html"));
     QVERIFY(guide.open(QIODevice::ReadOnly));
