@@ -232,9 +232,9 @@ void TestAccessibility::F1OpensTheGuideAtTheDialogsSection() {
     }
     // Every section a dialog names is in the guide.
     QSet<QString> anchors;
-    for (const char* topic : {"users", "groups", "servers", "gateways", "printers", "devices",
-                              "routes", "mappings", "lcr", "administrator", "login", "menus", "processes",
-                              "events"})
+    for (const char* topic :
+         {"users", "groups", "servers", "gateways", "printers", "devices", "routes", "mappings",
+          "lcr", "administrator", "login", "menus", "processes", "events"})
         anchors.insert(QString::fromLatin1(topic));
     QFile guide(QStringLiteral(":/help/index.html"));
     QVERIFY(guide.open(QIODevice::ReadOnly));
