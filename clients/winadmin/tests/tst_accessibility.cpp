@@ -4,6 +4,7 @@
 // messages, F1 in a dialog opens the guide at that dialog, Ctrl+Q quits.
 
 #include <QAccessible>
+#include <QComboBox>
 #include <QFile>
 #include <QHeaderView>
 #include <QLabel>
@@ -55,6 +56,7 @@ bool Interactive(QAccessible::Role role) {
         case QAccessible::MenuItem:
         case QAccessible::ToolBar:
         case QAccessible::StatusBar:
+        case QAccessible::MenuBar:
             return true;
         default:
             return false;
@@ -108,6 +110,7 @@ class TestAccessibility : public ExplorerSuite {
 private slots:
     void MainWindowNamesEveryControl();
     void UserEditorNamesEveryControlOnEveryPage();
+    void CtrlTabTurnsPagesFromADropDownList();
     void FieldLabelsLeadToTheirFieldsAndMessagesShowNoMarker();
     void F1OpensTheGuideAtTheDialogsSection();
     void CtrlQQuitsTheConsole();
@@ -155,6 +158,31 @@ void TestAccessibility::UserEditorNamesEveryControlOnEveryPage() {
     // The names are the captions as the session's table gives them.
     QCOMPARE(editor.Field("edtComment")->accessibleName(),
              CaptionWithoutColon(GetLabel(QStringLiteral("Comment"))));
+}
+
+void TestAccessibility::CtrlTabTurnsPagesFromADropDownList() {
+    UserEditor editor(User(QStringLiteral("jmueller")));
+    QVERIFY(QTest::qWaitForWindowActive(&editor.dialog));
+    auto* tabs = editor.Field<QTabWidget>("tabDetails");
+    auto* scanner = editor.Field<QComboBox>("cboScanner");
+    const int scanPage = tabs->indexOf(scanner->parentWidget());
+    QVERIFY(scanPage >= 0 && scanPage + 1 < tabs->count());
+    tabs->setCurrentIndex(scanPage);
+    scanner->setFocus();
+    // As X11 delivers them: the tab key carries its character, which a
+    // drop-down list would take for a search.
+    QTest::sendKeyEvent(QTest::Click, scanner, Qt::Key_Tab, QStringLiteral("\t"),
+                        Qt::ControlModifier);
+    QCOMPARE(tabs->currentIndex(), scanPage + 1);
+    QTest::sendKeyEvent(QTest::Click, tabs->currentWidget(), Qt::Key_Backtab, QStringLiteral("\t"),
+                        Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(tabs->currentIndex(), scanPage);
+    // From the last page it wraps round to the first.
+    tabs->setCurrentIndex(tabs->count() - 1);
+    QTest::sendKeyEvent(QTest::Click, tabs->currentWidget(), Qt::Key_Tab, QStringLiteral("\t"),
+                        Qt::ControlModifier);
+    QCOMPARE(tabs->currentIndex(), 0);
+    editor.Click("cmdCancel");
 }
 
 void TestAccessibility::FieldLabelsLeadToTheirFieldsAndMessagesShowNoMarker() {
