@@ -177,8 +177,7 @@ void TestTls::PlansFollowTheProbe() {
     QCOMPARE(PlanChannel(plain, false, {}).refusal, pb::ERROR_NOT_ENCRYPTED);
     QCOMPARE(PlanChannel({Outcome::Unreachable, {}, false, {}}, true, {}).refusal,
              pb::ERROR_HOST_UNREACHABLE);
-    QCOMPARE(PlanChannel({Outcome::NoAnswer, {}, false, {}}, false, {}).refusal,
-             pb::ERROR_TIMEOUT);
+    QCOMPARE(PlanChannel({Outcome::NoAnswer, {}, false, {}}, false, {}).refusal, pb::ERROR_TIMEOUT);
 
     using veldrano::tls::IsLoopbackHost;
     QVERIFY(IsLoopbackHost("127.0.0.1") && IsLoopbackHost("127.9.9.9") &&
