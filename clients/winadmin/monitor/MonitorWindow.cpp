@@ -15,6 +15,7 @@
 #include <QTreeView>
 #include <algorithm>
 
+#include "common/DialogHelp.h"
 #include "common/FormParameters.h"
 #include "common/Labels.h"
 #include "common/Prompter.h"
@@ -61,6 +62,7 @@ MonitorWindow::~MonitorWindow() = default;
 
 void MonitorWindow::AttachControls(const Controls& controls) {
     controls_ = controls;
+    InstallHelpKey(this, QString::fromLatin1(controls_.helpTopic));
 
     QTreeView* list = controls_.list;
     list->setModel(model_);
