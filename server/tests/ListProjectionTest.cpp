@@ -40,7 +40,7 @@ void KeepOnly(Message& m, const FieldNames& keep, const std::string& prefix = ""
 
 class ListProjectionTest : public ServiceFixture {
 protected:
-    ListProjectionTest() { EXPECT_TRUE(client().Login(kPassword).ok()); }
+    ListProjectionTest() { EXPECT_TRUE(client().Login(kHostPassword).ok()); }
 
     // Every record of a list, pages joined.
     template <class Page, class Record>
