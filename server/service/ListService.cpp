@@ -58,6 +58,50 @@ void WriteAll(grpc::ServerContext* context, WriteWatchdog& watchdog,
     pages.Finish();
 }
 
+// What the list of each kind shows (ListRequest.columns_only): the fields
+// are moved into a fresh record, which leaves the rest at its defaults.
+pb::Group ListColumns(pb::Group& g) {
+    pb::Group row;
+    row.mutable_name()->swap(*g.mutable_name());
+    row.mutable_comment()->swap(*g.mutable_comment());
+    return row;
+}
+
+pb::Printer ListColumns(pb::Printer& p) {
+    pb::Printer row;
+    row.mutable_name()->swap(*p.mutable_name());
+    row.mutable_comment()->swap(*p.mutable_comment());
+    row.set_type(p.type());
+    return row;
+}
+
+pb::Device ListColumns(pb::Device& d) {
+    pb::Device row;
+    row.mutable_name()->swap(*d.mutable_name());
+    row.set_type(d.type());
+    row.mutable_primary()->mutable_comment()->swap(*d.mutable_primary()->mutable_comment());
+    return row;
+}
+
+pb::Route ListColumns(pb::Route& r) {
+    pb::Route row;
+    row.mutable_name()->swap(*r.mutable_name());
+    row.mutable_comment()->swap(*r.mutable_comment());
+    row.mutable_match_extension()->swap(*r.mutable_match_extension());
+    row.mutable_match_tsi()->swap(*r.mutable_match_tsi());
+    return row;
+}
+
+// WriteAll for the kinds that have a list projection.
+template <class Page, class Record, class Collection>
+void WriteList(grpc::ServerContext* context, WriteWatchdog& watchdog,
+               grpc::ServerWriter<Page>* writer, Record* (Page::*add)(), Collection&& records,
+               bool columnsOnly) {
+    PageWriter<Page, Record> pages(context, watchdog, writer, add);
+    for (auto& record : records) pages.Add(columnsOnly ? ListColumns(record) : std::move(record));
+    pages.Finish();
+}
+
 }  // namespace
 
 grpc::Status AdminService::ListServers(grpc::ServerContext* c, const pb::ListRequest*,
@@ -79,30 +123,36 @@ grpc::Status AdminService::ListUsers(grpc::ServerContext* c, const pb::ListReque
         // Users can number hundreds of thousands: stream them straight from
         // the store instead of building the whole list first.
         PageWriter<pb::UserPage, pb::User> pages(c, watchdog_, w, &pb::UserPage::add_users);
-        store_.ForEachUser(req->host_name(), [&](pb::User& u) { pages.Add(std::move(u)); });
+        auto add = [&](pb::User& u) { pages.Add(std::move(u)); };
+        if (req->columns_only())
+            store_.ForEachUserListRow(req->host_name(), add);
+        else
+            store_.ForEachUser(req->host_name(), add);
         pages.Finish();
     });
 }
 
-grpc::Status AdminService::ListGroups(grpc::ServerContext* c, const pb::ListRequest*,
+grpc::Status AdminService::ListGroups(grpc::ServerContext* c, const pb::ListRequest* req,
                                       grpc::ServerWriter<pb::GroupPage>* w) {
-    return Guard(
-        c, [&] { WriteAll(c, watchdog_, w, &pb::GroupPage::add_groups, store_.ListGroups()); });
+    return Guard(c, [&] {
+        WriteList(c, watchdog_, w, &pb::GroupPage::add_groups, store_.ListGroups(),
+                  req->columns_only());
+    });
 }
 
 grpc::Status AdminService::ListPrinters(grpc::ServerContext* c, const pb::ListRequest* req,
                                         grpc::ServerWriter<pb::PrinterPage>* w) {
     return Guard(c, [&] {
-        WriteAll(c, watchdog_, w, &pb::PrinterPage::add_printers,
-                 store_.ListPrinters(req->host_name()));
+        WriteList(c, watchdog_, w, &pb::PrinterPage::add_printers,
+                  store_.ListPrinters(req->host_name()), req->columns_only());
     });
 }
 
 grpc::Status AdminService::ListDevices(grpc::ServerContext* c, const pb::ListRequest* req,
                                        grpc::ServerWriter<pb::DevicePage>* w) {
     return Guard(c, [&] {
-        WriteAll(c, watchdog_, w, &pb::DevicePage::add_devices,
-                 store_.ListDevices(req->host_name()));
+        WriteList(c, watchdog_, w, &pb::DevicePage::add_devices,
+                  store_.ListDevices(req->host_name()), req->columns_only());
     });
 }
 
@@ -127,10 +177,12 @@ grpc::Status AdminService::ListEvents(grpc::ServerContext* c, const pb::EventReq
     });
 }
 
-grpc::Status AdminService::ListRoutes(grpc::ServerContext* c, const pb::ListRequest*,
+grpc::Status AdminService::ListRoutes(grpc::ServerContext* c, const pb::ListRequest* req,
                                       grpc::ServerWriter<pb::RoutePage>* w) {
-    return Guard(
-        c, [&] { WriteAll(c, watchdog_, w, &pb::RoutePage::add_routes, store_.ListRoutes()); });
+    return Guard(c, [&] {
+        WriteList(c, watchdog_, w, &pb::RoutePage::add_routes, store_.ListRoutes(),
+                  req->columns_only());
+    });
 }
 
 grpc::Status AdminService::ListNumberMappings(grpc::ServerContext* c, const pb::ListRequest*,

@@ -56,6 +56,8 @@ public:
     // Users. ForEachUser (and ListUsers) read from a Snapshot: they see what
     // is committed, not the changes of a Bulk that is still running.
     void ForEachUser(const std::string& host, const std::function<void(pb::User&)>& f);
+    // The same users as their list shows them: name and comment only.
+    void ForEachUserListRow(const std::string& host, const std::function<void(pb::User&)>& f);
     std::vector<pb::User> ListUsers(const std::string& host);
     pb::User GetUser(const std::string& host, const std::string& name);
     int64_t CommitUser(const pb::User& u);

@@ -12,8 +12,8 @@
 
 #include "store/Database.h"
 #include "store/Schema.h"
-#include "tests/DemoTestSupport.h"
 #include "tests/StoreFixtures.h"
+#include "tests/TempDirectory.h"
 
 namespace veldrano::server::testing {
 namespace {

@@ -7,23 +7,18 @@
 
 #include <set>
 
-#include "tests/DemoTestSupport.h"
 #include "tests/StoreFixtures.h"
 
 namespace veldrano::server::testing {
 namespace {
 
-class LcrIdentityTest : public ::testing::Test {
+class LcrIdentityTest : public SeededStore {
 protected:
-    void SetUp() override { SeedInstallation(*store); }
-
     std::vector<int> StartHours() {
         std::vector<int> hours;
         for (const auto& rate : store->ListRates("Europe")) hours.push_back(rate.start_hour());
         return hours;
     }
-
-    TempStore store;
 };
 
 TEST_F(LcrIdentityTest, ASaveAfterAnEarlierRowWentLandsOnItsOwnRate) {
@@ -40,6 +35,7 @@ TEST_F(LcrIdentityTest, ASaveAfterAnEarlierRowWentLandsOnItsOwnRate) {
     store->CommitRate(mine, &index);
     EXPECT_EQ(index, 2);
     EXPECT_EQ(StartHours(), (std::vector<int>{6, 19}));
+    EXPECT_EQ(store->ListRates("Europe")[1].index(), 2);
 
     // Sent again with the version it had, it is a conflict.
     EXPECT_REFUSED(store->CommitRate(mine), pb::ERROR_VERSION_CONFLICT);
@@ -86,6 +82,16 @@ TEST_F(LcrIdentityTest, DestinationsKeepTheirIdentityAndCompareWithOthersOnly) {
     EXPECT_EQ(store->GetDestination("Europe", 1).name(), "France, all numbers");
     EXPECT_REFUSED(store->DeleteDestination("Europe", 1, france.version(), france.id()),
                    pb::ERROR_VERSION_CONFLICT);
+
+    // Another's prefix is fine for another type, refused for the same type.
+    auto dest = store->GetDestination("Europe", 0);
+    dest.set_prefix("0033");
+    dest.set_name("France SMS");
+    dest.set_type(pb::DEST_SMS);
+    store->CommitDestination(dest);
+    dest.set_name("France again");
+    dest.set_type(pb::DEST_FAX);
+    EXPECT_REFUSED(store->CommitDestination(dest), pb::ERROR_ALREADY_EXISTS);
 }
 
 TEST_F(LcrIdentityTest, VersionsAreNeverSharedOrReused) {
@@ -99,7 +105,9 @@ TEST_F(LcrIdentityTest, VersionsAreNeverSharedOrReused) {
     // of the one that went.
     const pb::Rate last = store->GetRate("Europe", 3);
     store->DeleteRate("Europe", 3, last.version(), last.id());
-    note(store->CommitRate(store->GetRate("Europe", 0)));
+    int index = 0;
+    note(store->CommitRate(store->GetRate("Europe", 0), &index));
+    EXPECT_EQ(index, 3) << "a new rate is appended";
 
     // A zone deleted and created again under its name is another zone: a
     // delete with the version loaded before is refused.

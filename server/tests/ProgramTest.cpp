@@ -1,32 +1,108 @@
-// The real veldrano-server program: it serves a store on loopback, answers
-// the demo password, and keeps every acknowledged commit through a kill -9.
+// The real veldrano-server program: its command line, the offline password
+// reset, and a demo store served on loopback that keeps every acknowledged
+// commit through a kill -9.
 
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
-#include <filesystem>
+#include <fstream>
+#include <mutex>
 #include <set>
 #include <thread>
 
+#include "demo/DemoData.h"
 #include "tests/ServiceClient.h"
+#include "tests/TempDirectory.h"
 
 namespace veldrano::server::testing {
 namespace {
 
-namespace fs = std::filesystem;
+std::string Binary() {
+    const char* bin = std::getenv("VELDRANO_SERVER_BIN");
+    return bin ? bin : "server/veldrano-server";
+}
 
+// Runs the program with arguments, feeding input to it; answers its exit
+// code and puts what it printed in *output.
+int RunProgram(const std::string& arguments, const std::string& input, std::string* output) {
+    TempDirectory scratch("veldrano-run");
+    std::ofstream(scratch.File("in")) << input;
+    // A program that starts serving by mistake is stopped, not waited for.
+    const std::string command = "timeout 20 " + Binary() + " " + arguments + " < " +
+                                scratch.File("in") + " > " + scratch.File("out") + " 2>&1";
+    const int status = std::system(command.c_str());
+    std::ifstream out(scratch.File("out"));
+    output->assign(std::istreambuf_iterator<char>(out), {});
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(ProgramOptionsTest, PasswordResetIsOfflineCheckedAndTakesEffect) {
+    TempDirectory dir;
+    const std::string store = dir.File("store.db");
+    std::string output;
+    { ServerHost host(HostOptions(dir, "")); }
+
+    // Too short: refused with the least length, nothing changes.
+    EXPECT_EQ(RunProgram("--data " + store + " --set-password", "short\n", &output), 1);
+    EXPECT_NE(output.find("at least 8 characters"), std::string::npos) << output;
+
+    {
+        ServerHost serving(HostOptions(dir, ""));
+        EXPECT_EQ(RunProgram("--data " + store + " --set-password", "a new password\n", &output),
+                  1);
+        EXPECT_NE(output.find("in use by process " + std::to_string(getpid())), std::string::npos)
+            << output;
+    }
+
+    // The first password of a new store follows the same rule.
+    std::ofstream(dir.File("short")) << "x\n";
+    EXPECT_EQ(RunProgram("--data " + dir.File("new.db") + " --password-file " + dir.File("short") +
+                             " --listen 127.0.0.1:0",
+                         "", &output),
+              1);
+    EXPECT_NE(output.find("at least 8 characters"), std::string::npos) << output;
+
+    EXPECT_EQ(RunProgram("--data=" + store + " --set-password", "a new password\n", &output), 0)
+        << output;
+    ServerOptions options = HostOptions(dir, "");
+    options.password.clear();
+    ServerHost host(options);
+    ServiceClient client(host.InProcessChannel());
+    EXPECT_FALSE(client.Login(kHostPassword).ok());
+    EXPECT_TRUE(client.Login("a new password").ok());
+}
+
+TEST(ProgramOptionsTest, HelpVersionAndRefusedArguments) {
+    std::string output;
+    EXPECT_EQ(RunProgram("--help", "", &output), 0);
+    for (const char* option : {"--data", "--listen", "--certificate", "--key", "--demo", "--brand",
+                               "--language", "--password-file", "--set-password", "--generate",
+                               "--no-simulation", "--log-level", "--version", "--help"})
+        EXPECT_NE(output.find(option), std::string::npos) << option;
+    EXPECT_EQ(RunProgram("--version", "", &output), 0);
+    EXPECT_EQ(output.rfind("veldrano-server ", 0), 0u) << output;
+
+    EXPECT_EQ(RunProgram("--listen=host:99999", "", &output), 2);
+    EXPECT_NE(output.find("0 to 65535"), std::string::npos) << output;
+    EXPECT_EQ(RunProgram("--listen", "", &output), 2);
+    EXPECT_NE(output.find("--listen needs a value"), std::string::npos) << output;
+    EXPECT_EQ(RunProgram("--log-level loud", "", &output), 2);
+    EXPECT_EQ(RunProgram("--no-such-option", "", &output), 2);
+    EXPECT_NE(output.find("--no-such-option"), std::string::npos) << output;
+}
+
+// The program serving the demo installation in data on a loopback port.
 class ServerProcess {
 public:
     ServerProcess(const std::string& data, int port) {
-        const char* bin = std::getenv("VELDRANO_SERVER_BIN");
-        binary_ = bin ? bin : "server/veldrano-server";
-        std::string listen = "127.0.0.1:" + std::to_string(port);
+        const std::string binary = Binary(), listen = "127.0.0.1:" + std::to_string(port);
         pid_ = fork();
         if (pid_ == 0) {
-            execl(binary_.c_str(), binary_.c_str(), "--demo", "--no-simulation", "--data",
+            execl(binary.c_str(), binary.c_str(), "--demo", "--no-simulation", "--data",
                   data.c_str(), "--listen", listen.c_str(), static_cast<char*>(nullptr));
             _exit(127);
         }
@@ -38,45 +114,23 @@ public:
     void Kill(int signal) {
         if (pid_ <= 0) return;
         kill(pid_, signal);
-        int status = 0;
-        waitpid(pid_, &status, 0);
+        waitpid(pid_, nullptr, 0);
         pid_ = -1;
     }
     std::shared_ptr<grpc::Channel> Channel() { return channel_; }
 
 private:
-    std::string binary_;
     pid_t pid_ = -1;
     std::shared_ptr<grpc::Channel> channel_;
 };
 
-int FreePort() {
-    // Ports from a range unlikely to be taken, spread by process id so that
-    // parallel test runs do not collide.
-    return 20000 + static_cast<int>(getpid() % 20000);
-}
-
-// Name of the first user server of the installation, and the server count.
-std::pair<std::string, int> FirstUserServer(ServiceClient& client) {
-    pb::ServerPage page;
-    auto context = client.Context();
-    auto reader = client.stub->ListServers(context.get(), pb::ListRequest());
-    std::string userServer;
-    int servers = 0;
-    while (reader->Read(&page))
-        for (const auto& s : page.servers()) {
-            ++servers;
-            if (s.user_server() && userServer.empty()) userServer = s.name();
-        }
-    EXPECT_TRUE(reader->Finish().ok());
-    return {userServer, servers};
-}
-
 TEST(ProgramTest, AcknowledgedCommitsSurviveAKill9) {
-    fs::path dir = fs::temp_directory_path() / ("veldrano-kill-" + std::to_string(getpid()));
-    fs::create_directories(dir);
-    std::string data = (dir / "store.sqlite").string();
-    int port = FreePort();
+    TempDirectory dir("veldrano-kill");
+    const std::string data = dir.File("store.sqlite");
+    // A port from a range unlikely to be taken, spread by process id so that
+    // parallel test runs do not collide.
+    const int port = 20000 + static_cast<int>(getpid() % 20000);
+    const std::string userServer = "fxmaster";  // of the demo installation
 
     std::set<std::string> acknowledged;
     {
@@ -84,54 +138,41 @@ TEST(ProgramTest, AcknowledgedCommitsSurviveAKill9) {
         ServiceClient client(server.Channel());
         ASSERT_TRUE(client.Login("veldrano").ok()) << "demo password refused";
 
-        auto [userServer, servers] = FirstUserServer(client);
-        EXPECT_GE(servers, 3);
-        ASSERT_FALSE(userServer.empty());
-
         // Commit from a second thread and kill the server while it writes.
-        std::atomic<bool> stop{false};
+        std::atomic<bool> stop{false}, stopped{false};
         std::mutex m;
         std::thread writer([&] {
             for (int i = 0; !stop; ++i) {
-                pb::User u;
-                u.set_host_name(userServer);
-                u.set_name("k" + std::to_string(i));
-                u.set_comment("Written before the crash");
-                u.set_admin_priority(1);
-                u.set_priority(1);
-                for (int p = 0; p < 9; ++p) u.add_background_paper(0);
-                u.set_is_new(true);
+                pb::User u =
+                    demo::MakeUser(userServer, "k" + std::to_string(i), "Before the crash");
                 pb::CommitReply reply;
                 if (!client.stub->CommitUser(client.Context(2).get(), u, &reply).ok()) break;
                 std::lock_guard lock(m);
                 acknowledged.insert(u.name());
             }
+            stopped = true;
         });
-        while (true) {
+        for (size_t count = 0; count < 25 && !stopped;) {
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
             std::lock_guard lock(m);
-            if (acknowledged.size() >= 25) break;
+            count = acknowledged.size();
         }
         server.Kill(SIGKILL);
         stop = true;
         writer.join();
     }
+    ASSERT_GE(acknowledged.size(), 25u);
 
     ServerProcess again(data, port);
     ServiceClient client(again.Channel());
     ASSERT_TRUE(client.Login("veldrano").ok());
-    std::string userServer = FirstUserServer(client).first;
     for (const auto& name : acknowledged) {
-        pb::Key key;
-        key.set_host_name(userServer);
-        key.set_name(name);
         pb::User user;
-        ASSERT_TRUE(client.stub->GetUser(client.Context().get(), key, &user).ok());
+        ASSERT_TRUE(
+            client.stub->GetUser(client.Context().get(), Key(userServer, name), &user).ok());
         EXPECT_FALSE(user.is_new()) << name << " was acknowledged but is gone";
     }
-    EXPECT_GE(acknowledged.size(), 25u);
     again.Kill(SIGTERM);
-    fs::remove_all(dir);
 }
 
 }  // namespace

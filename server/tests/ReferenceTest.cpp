@@ -7,16 +7,15 @@
 
 #include <functional>
 
-#include "tests/DemoTestSupport.h"
 #include "tests/StoreFixtures.h"
 
 namespace veldrano::server::testing {
 namespace {
 
-class ReferenceTest : public ::testing::Test {
+class ReferenceTest : public SeededStore {
 protected:
     void SetUp() override {
-        SeedInstallation(*store);
+        SeededStore::SetUp();
         auto route = store->GetRoute("sales-in");
         route.set_comment("Sales inbound");
         route.mutable_user()->set_user_name("alice");
@@ -51,8 +50,6 @@ protected:
         route.clear_poll_server();
         store->CommitRoute(route);
     }
-
-    TempStore store;
 };
 
 TEST_F(ReferenceTest, ARouteCannotNameWhatIsNotThere) {
@@ -131,14 +128,6 @@ TEST_F(ReferenceTest, APrinterThatUsersPrintOnIsNotDeleted) {
     store->CommitServer(noPrinters, confirmed);
     EXPECT_TRUE(store->ListPrinters("alpha").empty());
     EXPECT_TRUE(store->ListUsers("alpha").empty());
-}
-
-TEST_F(ReferenceTest, AUserWithoutPrinterDoesNotHoldThePrinter) {
-    auto alice = store->GetUser("alpha", "alice");
-    alice.clear_printer();
-    store->CommitUser(alice);
-    store->DeletePrinter("alpha", "laser1", store->GetPrinter("alpha", "laser1").version());
-    EXPECT_TRUE(store->GetPrinter("alpha", "laser1").is_new());
 }
 
 }  // namespace

@@ -2,16 +2,16 @@
 // refusals with their description and source, paging of large collections,
 // label tables, runtime actions, and robustness against bad requests.
 
-#include <grpcpp/generic/generic_stub.h>
 #include <gtest/gtest.h>
 
 #include <cctype>
 #include <fstream>
+#include <map>
 #include <set>
+#include <thread>
 
 #include "service/Auth.h"
 #include "service/Labels.h"
-#include "tests/DemoTestSupport.h"
 #include "tests/ServiceFixture.h"
 
 namespace veldrano::server::testing {
@@ -19,54 +19,55 @@ namespace {
 
 using ServiceTest = ServiceFixture;
 
-TEST_F(ServiceTest, LoginAcceptsOnlyThePasswordAndEveryOtherCallNeedsTheToken) {
+// How often needle occurs in text, case-insensitively.
+size_t Occurrences(std::string text, std::string needle) {
+    for (std::string* s : {&text, &needle})
+        for (char& c : *s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    size_t count = 0;
+    for (size_t at = text.find(needle); at != std::string::npos; at = text.find(needle, at + 1))
+        ++count;
+    return count;
+}
+
+TEST_F(ServiceTest, LoginAcceptsOnlyThePasswordAndEveryOtherCallNeedsALiveToken) {
     pb::Server server;
-    pb::Key key;
-    key.set_name("alpha");
-
-    auto status = client().stub->GetServer(client().Context().get(), key, &server);
+    auto get = [&] {
+        return client().stub->GetServer(client().Context().get(), Key("", "alpha"), &server);
+    };
+    auto status = get();
     EXPECT_EQ(status.error_code(), grpc::StatusCode::UNAUTHENTICATED);
-    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x80070005u);
+    EXPECT_EQ(Number(status), 0x80070005u);
 
+    // Each refusal says its reason once: the table's text, and no detail
+    // that repeats it.
     status = client().Login("wrong");
     EXPECT_EQ(status.error_code(), grpc::StatusCode::UNAUTHENTICATED);
     auto detail = ServiceClient::Detail(status);
     EXPECT_EQ(detail.number(), 0x80070005u);
-    EXPECT_FALSE(detail.description().empty());
-    EXPECT_FALSE(detail.source().empty());
+    EXPECT_EQ(detail.description().rfind(DescribeError(pb::ERROR_ACCESS_DENIED).description, 0), 0u)
+        << detail.description();
+    EXPECT_EQ(Occurrences(detail.description(), "password"), 1u) << detail.description();
 
     client().token = "0123456789abcdef";
-    status = client().stub->GetServer(client().Context().get(), key, &server);
-    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x80070005u);
+    detail = ServiceClient::Detail(get());
+    EXPECT_EQ(detail.number(), 0x80070005u);
+    EXPECT_EQ(Occurrences(detail.description(), "session"), 1u) << detail.description();
 
     client().token.clear();
-    ASSERT_TRUE(client().Login(kPassword).ok());
-    ASSERT_TRUE(client().stub->GetServer(client().Context().get(), key, &server).ok());
+    ASSERT_TRUE(client().Login(kHostPassword).ok());
+    ASSERT_TRUE(get().ok());
     EXPECT_EQ(server.comment(), "Server alpha");
-}
 
-TEST_F(ServiceTest, ExpiredTokensAreRefused) {
-    ASSERT_TRUE(client().Login(kPassword).ok());
+    // A session idle for longer than the limit has ended.
     host_->GetAuth().SetIdleLimit(std::chrono::seconds(0));
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    pb::SessionInfo info;
-    auto status = client().stub->GetSessionInfo(client().Context().get(), pb::Empty(), &info);
-    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x80070005u);
-}
-
-TEST_F(ServiceTest, RepeatedFailuresAreThrottledEvenForTheRightPassword) {
-    for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(ServiceClient::Detail(client().Login("guess")).number(), 0x80070005u);
-    auto status = client().Login(kPassword);
-    EXPECT_EQ(status.error_code(), grpc::StatusCode::RESOURCE_EXHAUSTED);
-    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81000004u);
-    EXPECT_TRUE(client().token.empty());
+    EXPECT_EQ(Number(get()), 0x80070005u);
 }
 
 TEST_F(ServiceTest, APasswordChangeIsCheckedAndEndsEveryOtherSession) {
     ServiceClient other(host_->InProcessChannel());
-    ASSERT_TRUE(client().Login(kPassword).ok());
-    ASSERT_TRUE(other.Login(kPassword).ok());
+    ASSERT_TRUE(client().Login(kHostPassword).ok());
+    ASSERT_TRUE(other.Login(kHostPassword).ok());
     pb::SessionInfo info;
     auto works = [&info](ServiceClient& c) {
         return c.stub->GetSessionInfo(c.Context().get(), pb::Empty(), &info);
@@ -80,20 +81,20 @@ TEST_F(ServiceTest, APasswordChangeIsCheckedAndEndsEveryOtherSession) {
 
     // Seven characters (one of them two bytes long) are too few; nothing changes.
     auto status = setAdmin("sev\xc3\xa9nch");
-    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81010010u);
+    EXPECT_EQ(Number(status), 0x81010010u);
     EXPECT_NE(ServiceClient::Detail(status).description().find("at least 8"), std::string::npos);
     EXPECT_TRUE(works(other).ok());
 
     const std::string changed = "eight ch";
     ASSERT_TRUE(setAdmin(changed).ok());
     EXPECT_TRUE(works(client()).ok()) << "the changing console keeps its session";
-    EXPECT_EQ(ServiceClient::Detail(works(other)).number(), 0x80070005u);
-    EXPECT_EQ(ServiceClient::Detail(other.Login(kPassword)).number(), 0x80070005u);
+    EXPECT_EQ(Number(works(other)), 0x80070005u);
+    EXPECT_EQ(Number(other.Login(kHostPassword)), 0x80070005u);
     EXPECT_TRUE(ServiceClient(host_->InProcessChannel()).Login(changed).ok());
 }
 
 TEST_F(ServiceTest, AUserPasswordIsEmptyOrLongEnoughAndLeavesTheVersion) {
-    ASSERT_TRUE(client().Login(kPassword).ok());
+    ASSERT_TRUE(client().Login(kHostPassword).ok());
     const int64_t version = store().GetUser("alpha", "alice").version();
     auto setUser = [this](const std::string& password) {
         pb::SetUserPasswordRequest req;
@@ -103,7 +104,7 @@ TEST_F(ServiceTest, AUserPasswordIsEmptyOrLongEnoughAndLeavesTheVersion) {
         pb::Empty out;
         return client().stub->SetUserPassword(client().Context().get(), req, &out);
     };
-    EXPECT_EQ(ServiceClient::Detail(setUser("1234567")).number(), 0x81010010u);
+    EXPECT_EQ(Number(setUser("1234567")), 0x81010010u);
     EXPECT_FALSE(store().GetUser("alpha", "alice").password_set());
     const std::string secret = "correct horse";
     ASSERT_TRUE(setUser(secret).ok());
@@ -115,7 +116,7 @@ TEST_F(ServiceTest, AUserPasswordIsEmptyOrLongEnoughAndLeavesTheVersion) {
 
     // Neither the store nor its journal holds the password as typed.
     for (const char* suffix : {"", "-wal"}) {
-        std::ifstream file(dir_ / (std::string("store.sqlite") + suffix), std::ios::binary);
+        std::ifstream file(dir_.File(std::string("store.db") + suffix), std::ios::binary);
         const std::string bytes((std::istreambuf_iterator<char>(file)), {});
         EXPECT_EQ(bytes.find(secret), std::string::npos) << suffix;
     }
@@ -124,18 +125,16 @@ TEST_F(ServiceTest, AUserPasswordIsEmptyOrLongEnoughAndLeavesTheVersion) {
 TEST_F(ServiceTest, ThePasswordIsStoredAsAStrongArgon2idHash) {
     std::string hash = store().GetMeta("admin_password_hash");
     EXPECT_EQ(hash.rfind("$argon2id$", 0), 0u) << hash;
-    EXPECT_EQ(hash.find(kPassword), std::string::npos);
+    EXPECT_EQ(hash.find(kHostPassword), std::string::npos);
     // m is in KiB: at least 19 MiB; t at least two passes.
     EXPECT_NE(hash.find("m=19456,t=2"), std::string::npos) << hash;
 }
 
 TEST_F(ServiceTest, RefusalsCarryTheirNumberDescriptionAndSource) {
-    ASSERT_TRUE(client().Login(kPassword).ok());
-    pb::Key key;
-    key.set_host_name("alpha");
-    key.set_name("alice");
+    ASSERT_TRUE(client().Login(kHostPassword).ok());
     pb::User user;
-    ASSERT_TRUE(client().stub->GetUser(client().Context().get(), key, &user).ok());
+    ASSERT_TRUE(
+        client().stub->GetUser(client().Context().get(), Key("alpha", "alice"), &user).ok());
 
     pb::CommitReply reply;
     user.set_comment("");
@@ -152,45 +151,13 @@ TEST_F(ServiceTest, RefusalsCarryTheirNumberDescriptionAndSource) {
     // A conflict is no transient failure: outside the 0x8100 family, for
     // which the console offers Retry.
     EXPECT_EQ(detail.number(), 0x8101000Eu);
-    EXPECT_NE(detail.number() >> 16, 0x8100u);
     EXPECT_EQ(status.error_code(), grpc::StatusCode::ABORTED);
     // Said once: the table's text and nothing after it.
     EXPECT_EQ(detail.description(), DescribeError(pb::ERROR_VERSION_CONFLICT).description);
-    EXPECT_EQ(detail.description().rfind("Another administrator", 0), 0u) << detail.description();
-}
-
-// How often needle occurs in text, case-insensitively.
-size_t Occurrences(std::string text, std::string needle) {
-    for (std::string* s : {&text, &needle})
-        for (char& c : *s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    size_t count = 0;
-    for (size_t at = text.find(needle); at != std::string::npos; at = text.find(needle, at + 1))
-        ++count;
-    return count;
-}
-
-TEST_F(ServiceTest, RefusalsSayTheirReasonOnce) {
-    const std::string denied = DescribeError(pb::ERROR_ACCESS_DENIED).description;
-    auto detail = ServiceClient::Detail(client().Login("wrong"));
-    EXPECT_EQ(detail.description().rfind(denied, 0), 0u) << detail.description();
-    EXPECT_EQ(Occurrences(detail.description(), "password"), 1u) << detail.description();
-
-    client().token = "0123456789abcdef";
-    pb::SessionInfo info;
-    detail = ServiceClient::Detail(
-        client().stub->GetSessionInfo(client().Context().get(), pb::Empty(), &info));
-    EXPECT_EQ(detail.number(), 0x80070005u);
-    EXPECT_EQ(Occurrences(detail.description(), "session"), 1u) << detail.description();
-
-    client().token.clear();
-    for (int i = 0; i < 2; ++i) client().Login("guess");
-    detail = ServiceClient::Detail(client().Login("guess"));
-    EXPECT_EQ(detail.number(), 0x81000004u);
-    EXPECT_EQ(detail.description(), DescribeError(pb::ERROR_THROTTLED).description);
 }
 
 TEST_F(ServiceTest, CommitServerDeletesTheConfirmedRolesObjectsInTheSameRequest) {
-    ASSERT_TRUE(client().Login(kPassword).ok());
+    ASSERT_TRUE(client().Login(kHostPassword).ok());
     pb::CommitServerRequest request;
     *request.mutable_server() = store().GetServer("alpha");
     request.mutable_server()->set_user_server(false);
@@ -206,7 +173,6 @@ TEST_F(ServiceTest, CommitServerDeletesTheConfirmedRolesObjectsInTheSameRequest)
     const std::string remain = DescribeError(pb::ERROR_ROLE_OBJECTS_REMAIN).description;
     EXPECT_EQ(detail.description(), remain + ": server 'alpha': 1 user");
     EXPECT_EQ(store().ListDevices("alpha").size(), 3u);
-    EXPECT_TRUE(store().GetServer("alpha").user_server());
 
     request.mutable_delete_objects()->set_users(true);
     status = client().stub->CommitServer(client().Context().get(), request, &reply);
@@ -214,7 +180,6 @@ TEST_F(ServiceTest, CommitServerDeletesTheConfirmedRolesObjectsInTheSameRequest)
     EXPECT_EQ(reply.version(), request.server().version() + 1);
     EXPECT_TRUE(store().ListUsers("alpha").empty());
     EXPECT_TRUE(store().ListDevices("alpha").empty());
-    EXPECT_EQ(store().ListPrinters("alpha").size(), 1u);
 }
 
 TEST_F(ServiceTest, LargeCollectionsArriveWholeInPagesBelowOneMebibyte) {
@@ -231,7 +196,7 @@ TEST_F(ServiceTest, LargeCollectionsArriveWholeInPagesBelowOneMebibyte) {
             store().CommitUser(u);
         }
     });
-    ASSERT_TRUE(client().Login(kPassword).ok());
+    ASSERT_TRUE(client().Login(kHostPassword).ok());
     pb::ListRequest req;
     req.set_host_name("alpha");
     auto context = client().Context();
@@ -249,7 +214,7 @@ TEST_F(ServiceTest, LargeCollectionsArriveWholeInPagesBelowOneMebibyte) {
 }
 
 TEST_F(ServiceTest, LabelTablesAreWholeAndOnlySentAgainWhenChanged) {
-    ASSERT_TRUE(client().Login(kPassword).ok());
+    ASSERT_TRUE(client().Login(kHostPassword).ok());
     pb::LabelTable table;
     ASSERT_TRUE(
         client().stub->GetLabels(client().Context().get(), pb::LabelsRequest(), &table).ok());
@@ -267,7 +232,7 @@ TEST_F(ServiceTest, LabelTablesAreWholeAndOnlySentAgainWhenChanged) {
     EXPECT_EQ(unchanged.labels_size(), 0);
 }
 
-TEST_F(ServiceTest, GermanAndEnglishTablesHoldTheSameKeys) {
+TEST(LabelsTest, GermanAndEnglishTablesHoldTheSameKeysOnce) {
     const auto& en = Labels("en");
     const auto& de = Labels("de");
     ASSERT_EQ(en.entries.size(), de.entries.size());
@@ -276,11 +241,10 @@ TEST_F(ServiceTest, GermanAndEnglishTablesHoldTheSameKeys) {
     for (const auto& [k, t] : de.entries) deKeys.insert(k);
     EXPECT_EQ(enKeys, deKeys);
     EXPECT_EQ(enKeys.size(), en.entries.size()) << "a key is written twice";
-    EXPECT_NE(en.stamp, de.stamp);
 }
 
 TEST_F(ServiceTest, RuntimeActionsChangeStateAndLogEvents) {
-    ASSERT_TRUE(client().Login(kPassword).ok());
+    ASSERT_TRUE(client().Login(kHostPassword).ok());
     auto before = store().EventCount("alpha");
     pb::ProcessRequest req;
     req.set_host_name("alpha");
@@ -294,7 +258,7 @@ TEST_F(ServiceTest, RuntimeActionsChangeStateAndLogEvents) {
 
     req.set_slot(99);
     auto status = client().stub->StartProcess(client().Context().get(), req, &empty);
-    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81010002u);
+    EXPECT_EQ(Number(status), 0x81010002u);
 
     // What a viewer holding the log up to the stop's event asks next: the
     // events since then, and a negative id or count is refused.
@@ -323,50 +287,24 @@ TEST_F(ServiceTest, RuntimeActionsChangeStateAndLogEvents) {
     EXPECT_TRUE(events(since.front(), 0, &status).empty());
     for (auto [newerThan, maxCount] : {std::pair{int64_t(-1), 0}, std::pair{int64_t(0), -1}}) {
         events(newerThan, maxCount, &status);
-        EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81010005u);
+        EXPECT_EQ(Number(status), 0x81010005u);
     }
 }
 
 TEST_F(ServiceTest, OversizedAndMalformedRequestsAreRefusedAndTheServerGoesOn) {
-    ASSERT_TRUE(client().Login(kPassword).ok());
+    ASSERT_TRUE(client().Login(kHostPassword).ok());
     pb::User huge = store().GetUser("alpha", "alice");
     huge.set_comment(std::string(5 * 1024 * 1024, 'x'));
     pb::CommitReply reply;
-    auto status = client().stub->CommitUser(client().Context().get(), huge, &reply);
-    EXPECT_FALSE(status.ok());
+    EXPECT_FALSE(client().stub->CommitUser(client().Context().get(), huge, &reply).ok());
 
-    // Not too large for the transport, but far beyond the field.
-    huge.set_comment(std::string(1000, 'x'));
-    status = client().stub->CommitUser(client().Context().get(), huge, &reply);
-    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81010004u);
-
-    // Bytes that are no valid message at all, sent through a raw call.
-    grpc::GenericStub generic(host_->InProcessChannel());
-    grpc::ClientContext context;
-    context.AddMetadata("veldrano-token", client().token);
-    grpc::ByteBuffer garbage, answer;
-    grpc::Slice slice(std::string("\xff\xff\xff\xff\x0f garbage", 14));
-    garbage = grpc::ByteBuffer(&slice, 1);
-    std::mutex m;
-    std::condition_variable done;
-    bool finished = false;
-    grpc::Status raw;
-    generic.UnaryCall(&context, "/veldrano.admin.v1.Administration/CommitUser", {}, &garbage,
-                      &answer, [&](grpc::Status s) {
-                          std::lock_guard lock(m);
-                          raw = s;
-                          finished = true;
-                          done.notify_one();
-                      });
-    std::unique_lock lock(m);
-    done.wait_for(lock, std::chrono::seconds(10), [&] { return finished; });
-    EXPECT_TRUE(finished);
-    EXPECT_FALSE(raw.ok());
+    // Bytes that are no valid message at all.
+    EXPECT_FALSE(RawCall(host_->InProcessChannel(), "/veldrano.admin.v1.Administration/CommitUser",
+                         std::string("\xff\xff\xff\xff\x0f garbage", 14), client().token)
+                     .ok());
 
     pb::Server server;
-    pb::Key key;
-    key.set_name("alpha");
-    EXPECT_TRUE(client().stub->GetServer(client().Context().get(), key, &server).ok());
+    EXPECT_TRUE(client().stub->GetServer(client().Context().get(), Key("", "alpha"), &server).ok());
     EXPECT_EQ(store().GetUser("alpha", "alice").comment(), "User alice");
 }
 

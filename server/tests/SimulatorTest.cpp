@@ -10,16 +10,16 @@
 
 #include "demo/DemoData.h"
 #include "sim/Simulator.h"
-#include "tests/DemoTestSupport.h"
+#include "tests/StoreFixtures.h"
 
-namespace veldrano::server {
+namespace veldrano::server::testing {
 namespace {
-
-using testing::Events;
-using testing::TempStore;
 
 bool IsRunning(const pb::Process& p) {
     return p.run_state() == 1 && p.exit_status() == -1 && p.pid() > 0;
+}
+bool IsTerminated(const pb::Process& p) {
+    return p.run_state() == 1 && p.exit_status() == 0 && p.pid() == 0;
 }
 
 class SimulatorTest : public ::testing::Test {
@@ -51,6 +51,10 @@ protected:
         return {};
     }
 
+    int64_t EventsOfAlphaAndBeta() {
+        return store_->EventCount("alpha") + store_->EventCount("beta");
+    }
+
     TempStore store_;
     Simulator sim_{*store_};
 };
@@ -69,11 +73,8 @@ TEST_F(SimulatorTest, EveryServerGetsEightSlotsOnceRunningOnlyWhenOnline) {
         }
     }
     EXPECT_EQ(pids.size(), 16u) << "two running processes share a pid";
-    for (const pb::Process& p : store_->ListProcesses("gamma")) {
-        EXPECT_EQ(p.pid(), 0);
-        EXPECT_EQ(p.exit_status(), 0);
-    }
     EXPECT_EQ(store_->ListProcesses("gamma").size(), 8u);
+    for (const pb::Process& p : store_->ListProcesses("gamma")) EXPECT_TRUE(IsTerminated(p));
 
     // A second pass, as after a restart of the program, keeps what is there,
     // and a second simulator continues above the stored pids.
@@ -90,32 +91,24 @@ TEST_F(SimulatorTest, EveryServerGetsEightSlotsOnceRunningOnlyWhenOnline) {
 TEST_F(SimulatorTest, ProcessGoesFromStartingToRunningAndStopsToTerminated) {
     const int untouched = Slot("alpha", 4).pid();
     sim_.StopProcess("alpha", 3);
-    pb::Process p = Slot("alpha", 3);
-    EXPECT_EQ(p.run_state(), 1);
-    EXPECT_EQ(p.exit_status(), 0);
-    EXPECT_EQ(p.pid(), 0);
+    EXPECT_TRUE(IsTerminated(Slot("alpha", 3)));
     EXPECT_EQ(Slot("alpha", 4).pid(), untouched);
 
     sim_.StartProcess("alpha", 3);
-    p = Slot("alpha", 3);
+    pb::Process p = Slot("alpha", 3);
     EXPECT_EQ(p.run_state(), 0);
     EXPECT_EQ(p.exit_status(), -2);
     ASSERT_GT(p.pid(), 0);
-    const int pid = p.pid();
-
     sim_.Tick();
-    p = Slot("alpha", 3);
-    EXPECT_TRUE(IsRunning(p));
-    EXPECT_EQ(p.pid(), pid);
+    EXPECT_TRUE(IsRunning(Slot("alpha", 3)));
+    EXPECT_EQ(Slot("alpha", 3).pid(), p.pid());
 }
 
 TEST_F(SimulatorTest, StoppingAServerStopsItsProcessesAndDevicesOnly) {
     sim_.StopServer("alpha");
     EXPECT_FALSE(store_->GetServer("alpha").online());
-    for (const pb::Process& p : store_->ListProcesses("alpha")) {
-        EXPECT_EQ(p.pid(), 0) << "slot " << p.slot();
-        EXPECT_EQ(p.exit_status(), 0) << "slot " << p.slot();
-    }
+    for (const pb::Process& p : store_->ListProcesses("alpha"))
+        EXPECT_TRUE(IsTerminated(p)) << "slot " << p.slot();
     for (const pb::Device& d : store_->ListDevices("alpha"))
         EXPECT_EQ(d.state(), pb::DEVICE_STOPPED);
     EXPECT_TRUE(store_->GetServer("beta").online());
@@ -132,55 +125,41 @@ TEST_F(SimulatorTest, StoppingAServerStopsItsProcessesAndDevicesOnly) {
     for (const pb::Process& p : store_->ListProcesses("alpha")) EXPECT_EQ(p.run_state(), 0);
     for (const pb::Device& d : store_->ListDevices("alpha"))
         EXPECT_EQ(d.state(), pb::DEVICE_RUNNING);
-    sim_.Tick();
-    for (const pb::Process& p : store_->ListProcesses("alpha")) {
-        // The tick may also have let one process die; every other one runs.
-        if (p.pid() != 0) {
-            EXPECT_TRUE(IsRunning(p)) << "slot " << p.slot();
-        }
-    }
 }
 
-TEST_F(SimulatorTest, DeviceActionsSetTheDeviceState) {
-    sim_.StopDevice("alpha", "fax1");
-    EXPECT_EQ(store_->GetDevice("alpha", "fax1").state(), pb::DEVICE_STOPPED);
-    EXPECT_EQ(store_->GetDevice("alpha", "fax2").state(), pb::DEVICE_RUNNING);
-    sim_.StartDevice("alpha", "fax1");
-    EXPECT_EQ(store_->GetDevice("alpha", "fax1").state(), pb::DEVICE_RUNNING);
-    sim_.TerminateDevice("alpha", "fax1");
-    EXPECT_EQ(store_->GetDevice("alpha", "fax1").state(), pb::DEVICE_TERMINATED);
-}
-
-TEST_F(SimulatorTest, EveryActionLogsOneReadableEventOnItsServer) {
+TEST_F(SimulatorTest, EveryActionLogsOneReadableEventOnItsServerAndSetsItsState) {
     struct Action {
         const char* host;
         std::function<void()> run;
         const char* mentions;
+        int deviceState;  // of the device named by mentions; -1 for none
     };
     const std::vector<Action> actions = {
-        {"alpha", [&] { sim_.StopProcess("alpha", 1); }, "faxdriver"},
-        {"alpha", [&] { sim_.StartProcess("alpha", 1); }, "faxdriver"},
-        {"alpha", [&] { sim_.StopDevice("alpha", "fax2"); }, "fax2"},
-        {"alpha", [&] { sim_.StartDevice("alpha", "fax2"); }, "fax2"},
-        {"alpha", [&] { sim_.TerminateDevice("alpha", "fax2"); }, "fax2"},
-        {"beta", [&] { sim_.StopServer("beta"); }, "beta"},
-        {"beta", [&] { sim_.StartServer("beta"); }, "beta"},
-        {"gamma", [&] { sim_.StartDevice("gamma", "fax9"); }, "fax9"},
+        {"alpha", [&] { sim_.StopProcess("alpha", 1); }, "faxdriver", -1},
+        {"alpha", [&] { sim_.StartProcess("alpha", 1); }, "faxdriver", -1},
+        {"alpha", [&] { sim_.StopDevice("alpha", "fax2"); }, "fax2", pb::DEVICE_STOPPED},
+        {"alpha", [&] { sim_.StartDevice("alpha", "fax2"); }, "fax2", pb::DEVICE_RUNNING},
+        {"alpha", [&] { sim_.TerminateDevice("alpha", "fax2"); }, "fax2", pb::DEVICE_TERMINATED},
+        {"beta", [&] { sim_.StopServer("beta"); }, "beta", -1},
+        {"beta", [&] { sim_.StartServer("beta"); }, "beta", -1},
+        {"gamma", [&] { sim_.StartDevice("gamma", "fax9"); }, "fax9", pb::DEVICE_RUNNING},
     };
     for (const Action& a : actions) {
         SCOPED_TRACE(a.mentions);
-        const int64_t before = store_->EventCount(a.host);
-        const int64_t others =
-            store_->EventCount(a.host == std::string("alpha") ? "beta" : "alpha");
+        const char* other = a.host == std::string("alpha") ? "beta" : "alpha";
+        const int64_t before = store_->EventCount(a.host), others = store_->EventCount(other);
         a.run();
         EXPECT_EQ(store_->EventCount(a.host), before + 1);
-        EXPECT_EQ(store_->EventCount(a.host == std::string("alpha") ? "beta" : "alpha"), others);
+        EXPECT_EQ(store_->EventCount(other), others);
         std::vector<pb::Event> newest = Events(*store_, a.host, 1);
         ASSERT_EQ(newest.size(), 1u);
         EXPECT_NE(newest[0].text().find(a.mentions), std::string::npos) << newest[0].text();
         EXPECT_NE(newest[0].text().find("administrator"), std::string::npos) << newest[0].text();
         EXPECT_GT(newest[0].time(), 0);
+        if (a.deviceState >= 0)
+            EXPECT_EQ(store_->GetDevice(a.host, a.mentions).state(), a.deviceState);
     }
+    EXPECT_EQ(store_->GetDevice("alpha", "fax1").state(), pb::DEVICE_RUNNING);
 }
 
 TEST_F(SimulatorTest, UnknownServerSlotOrDeviceIsNotFoundAndLogsNothing) {
@@ -194,7 +173,7 @@ TEST_F(SimulatorTest, UnknownServerSlotOrDeviceIsNotFoundAndLogsNothing) {
         [&] { sim_.StopDevice("beta", "fax1"); },
         [&] { sim_.TerminateDevice("nosuchhost", "fax1"); },
     };
-    const int64_t before = store_->EventCount("alpha") + store_->EventCount("beta");
+    const int64_t before = EventsOfAlphaAndBeta();
     for (size_t i = 0; i < calls.size(); ++i) {
         try {
             calls[i]();
@@ -204,7 +183,7 @@ TEST_F(SimulatorTest, UnknownServerSlotOrDeviceIsNotFoundAndLogsNothing) {
             EXPECT_STRNE(e.what(), "") << "call " << i;
         }
     }
-    EXPECT_EQ(store_->EventCount("alpha") + store_->EventCount("beta"), before);
+    EXPECT_EQ(EventsOfAlphaAndBeta(), before);
     EXPECT_TRUE(store_->GetServer("nosuchhost").is_new());
 }
 
@@ -229,61 +208,55 @@ TEST_F(SimulatorTest, BackgroundEventsCoverEverySeverityWithValidCodes) {
 }
 
 TEST_F(SimulatorTest, ProcessesThatDieOnTheirOwnAreRestartedLater) {
-    bool sawDeath = false;
-    for (int tick = 0; tick < 600 && !sawDeath; ++tick) {
+    auto dead = [](const pb::Process& p) {
+        return p.run_state() == -1 ||
+               (p.exit_status() != -1 && p.exit_status() != -2 && p.exit_status() != 0);
+    };
+    for (int tick = 0; tick < 600; ++tick) {
         sim_.Tick();
         for (const char* host : {"alpha", "beta"}) {
             for (const pb::Process& p : store_->ListProcesses(host)) {
-                bool dead = p.run_state() == -1 || (p.exit_status() != -1 &&
-                                                    p.exit_status() != -2 && p.exit_status() != 0);
-                if (!dead) continue;
-                sawDeath = true;
+                if (!dead(p)) continue;
                 EXPECT_EQ(p.pid(), 0) << "a dead process keeps its pid";
-                bool back = false;
-                for (int wait = 0; wait < 10 && !back; ++wait) {
+                for (int wait = 0; wait < 10; ++wait) {
                     sim_.Tick();
-                    pb::Process now = Slot(host, p.slot());
-                    back = now.pid() > 0 && (now.run_state() == 0 || IsRunning(now));
+                    const pb::Process now = Slot(host, p.slot());
+                    if (now.pid() > 0 && (now.run_state() == 0 || IsRunning(now))) return;
                 }
-                EXPECT_TRUE(back) << host << " slot " << p.slot() << " was never restarted";
-                break;
+                FAIL() << host << " slot " << p.slot() << " was never restarted";
             }
-            if (sawDeath) break;
         }
     }
-    EXPECT_TRUE(sawDeath) << "no process ever failed or exited in 600 ticks";
+    FAIL() << "no process ever failed or exited in 600 ticks";
 }
 
 TEST_F(SimulatorTest, RunTicksOnItsOwnAndStopReturnsPromptly) {
-    const int64_t before = store_->EventCount("alpha") + store_->EventCount("beta");
+    // Stop must not wait for a long period (a minute) to run out; the bound of
+    // a few seconds only leaves room for a loaded machine. The pauses let the
+    // thread reach its wait first.
+    const auto stopsPromptly = [](const std::function<void()>& stop) {
+        const auto t0 = std::chrono::steady_clock::now();
+        stop();
+        return std::chrono::steady_clock::now() - t0 < std::chrono::seconds(5);
+    };
+    const int64_t before = EventsOfAlphaAndBeta();
     sim_.Run(5);
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    auto t0 = std::chrono::steady_clock::now();
-    sim_.Stop();
-    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::seconds(5));
-    const int64_t after = store_->EventCount("alpha") + store_->EventCount("beta");
+    EXPECT_TRUE(stopsPromptly([&] { sim_.Stop(); }));
+    const int64_t after = EventsOfAlphaAndBeta();
     EXPECT_GE(after - before, 5);
 
-    // Stop must not wait for a long period (a minute) to run out; the bound of
-    // a few seconds only leaves room for a loaded machine. The pause lets the
-    // thread reach its wait first.
     sim_.Run(60000);
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    t0 = std::chrono::steady_clock::now();
-    sim_.Stop();
-    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::seconds(5));
-    EXPECT_EQ(store_->EventCount("alpha") + store_->EventCount("beta"), after);
+    EXPECT_TRUE(stopsPromptly([&] { sim_.Stop(); }));
+    EXPECT_EQ(EventsOfAlphaAndBeta(), after);
 
     // Destroying a running simulator ends its thread as well.
-    t0 = std::chrono::steady_clock::now();
-    {
-        Simulator running(*store_);
-        running.Run(60000);
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        t0 = std::chrono::steady_clock::now();
-    }
-    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::seconds(5));
+    auto running = std::make_unique<Simulator>(*store_);
+    running->Run(60000);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_TRUE(stopsPromptly([&] { running.reset(); }));
 }
 
 }  // namespace
-}  // namespace veldrano::server
+}  // namespace veldrano::server::testing

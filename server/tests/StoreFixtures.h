@@ -1,11 +1,16 @@
 #pragma once
 // A small installation that the store and service suites start from: three
 // servers with different roles, users on two of them, a group across both,
-// printers and devices on the first, and two routing zones.
+// printers and devices on the first, and two routing zones; and what the
+// store suites check with.
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "store/Store.h"
+#include "tests/TempDirectory.h"
 
 // Expects statement to throw a ServiceError with the expected code.
 #define EXPECT_REFUSED(statement, expected)              \
@@ -19,6 +24,23 @@
     } while (0)
 
 namespace veldrano::server::testing {
+
+// record after edit(record), for a commit that differs in one field.
+template <class M, class Edit>
+M With(M record, Edit edit) {
+    edit(record);
+    return record;
+}
+
+// Newest events of a server, newest first.
+inline std::vector<pb::Event> Events(Store& store, const std::string& host, int max = 0) {
+    pb::EventRequest req;
+    req.set_host_name(host);
+    req.set_max_count(max);
+    std::vector<pb::Event> out;
+    store.ForEachEvent(req, [&](const pb::Event& e) { out.push_back(e); });
+    return out;
+}
 
 inline void SeedInstallation(Store& store) {
     auto server = [&](const char* name, bool users, bool printers, bool devices, const char* net) {
@@ -90,6 +112,13 @@ inline void SeedInstallation(Store& store) {
         store.CommitDestination(d);
     }
 }
+
+// A store seeded with the small installation.
+class SeededStore : public ::testing::Test {
+protected:
+    void SetUp() override { SeedInstallation(*store); }
+    TempStore store;
+};
 
 // Configures line 2 of the seeded ISDN device isdn1 of alpha, comment
 // "Second channel".

@@ -4,75 +4,62 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/DemoTestSupport.h"
 #include "tests/StoreFixtures.h"
 
 namespace veldrano::server::testing {
 namespace {
 
-pb::TransferRequest Transfer(const char* kind, const char* source, const char* name,
-                             const char* target, bool cut) {
-    pb::TransferRequest request;
-    request.set_kind(kind);
-    request.set_source(source);
-    request.set_name(name);
-    request.set_target(target);
-    request.set_cut(cut);
-    return request;
-}
-
-class TransferTest : public ::testing::Test {
+class TransferTest : public SeededStore {
 protected:
     void SetUp() override {
-        SeedInstallation(*store);
+        SeededStore::SetUp();
         store->SetUserPasswordHash("alpha", "alice", "hash-of-alice");
     }
-    bool PasswordSet(const std::string& host, const std::string& name) {
-        return store->GetUser(host, name).password_set();
+    // Pastes the object of kind named name from source onto target, cut or copied.
+    pb::TransferOutcome Paste(const char* kind, const char* source, const char* name,
+                              const char* target, bool cut) {
+        pb::TransferRequest request;
+        request.set_kind(kind);
+        request.set_source(source);
+        request.set_name(name);
+        request.set_target(target);
+        request.set_cut(cut);
+        return store->TransferObject(request);
     }
-    TempStore store;
 };
 
 TEST_F(TransferTest, ACopiedUserKeepsEveryPropertyAndItsPassword) {
-    EXPECT_EQ(store->TransferObject(Transfer("User", "alpha", "alice", "beta", false)),
-              pb::TRANSFERRED);
+    EXPECT_EQ(Paste("User", "alpha", "alice", "beta", false), pb::TRANSFERRED);
     const pb::User source = store->GetUser("alpha", "alice");
     pb::User copy = store->GetUser("beta", "alice");
     ASSERT_FALSE(copy.is_new());
     EXPECT_EQ(copy.comment(), source.comment());
     ASSERT_EQ(copy.extras_size(), 1);
     EXPECT_EQ(copy.extras(0).value(), "Sales");
-    EXPECT_TRUE(PasswordSet("beta", "alice"));
+    EXPECT_TRUE(store->GetUser("beta", "alice").password_set());
     // Cut: the source goes, the target gets it.
-    EXPECT_EQ(store->TransferObject(Transfer("User", "beta", "bob", "alpha", true)),
-              pb::TRANSFERRED);
+    EXPECT_EQ(Paste("User", "beta", "bob", "alpha", true), pb::TRANSFERRED);
     EXPECT_TRUE(store->GetUser("beta", "bob").is_new());
     EXPECT_FALSE(store->GetUser("alpha", "bob").is_new());
 }
 
 TEST_F(TransferTest, MissingOrBlockingEndsStopChangeNothing) {
-    EXPECT_EQ(store->TransferObject(Transfer("User", "alpha", "nobody", "beta", true)),
-              pb::TRANSFER_STOPPED);
-    EXPECT_EQ(store->TransferObject(Transfer("User", "alpha", "alice", "omega", true)),
-              pb::TRANSFER_STOPPED);
+    EXPECT_EQ(Paste("User", "alpha", "nobody", "beta", true), pb::TRANSFER_STOPPED);
+    EXPECT_EQ(Paste("User", "alpha", "alice", "omega", true), pb::TRANSFER_STOPPED);
     store->SetServerOnline("beta", false);
-    EXPECT_EQ(store->TransferObject(Transfer("User", "alpha", "alice", "beta", true)),
-              pb::TRANSFER_STOPPED);
+    EXPECT_EQ(Paste("User", "alpha", "alice", "beta", true), pb::TRANSFER_STOPPED);
     EXPECT_FALSE(store->GetUser("alpha", "alice").is_new());
-    EXPECT_REFUSED(store->TransferObject(Transfer("Group", "alpha", "Sales", "beta", false)),
-                   pb::ERROR_INVALID_ARGUMENT);
+    EXPECT_REFUSED(Paste("Group", "alpha", "Sales", "beta", false), pb::ERROR_INVALID_ARGUMENT);
 }
 
 TEST_F(TransferTest, ACutOntoATakenNameLeavesTheSourceOnPurpose) {
     // A copy onto a taken name adds nothing and removes nothing.
-    store->TransferObject(Transfer("User", "alpha", "alice", "beta", false));
+    Paste("User", "alpha", "alice", "beta", false);
     const int64_t copied = store->GetUser("beta", "alice").version();
-    EXPECT_EQ(store->TransferObject(Transfer("User", "alpha", "alice", "beta", false)),
-              pb::TRANSFER_TARGET_EXISTS);
+    EXPECT_EQ(Paste("User", "alpha", "alice", "beta", false), pb::TRANSFER_TARGET_EXISTS);
     EXPECT_FALSE(store->GetUser("alpha", "alice").is_new());
     // Cut: the source's user is gone, the target's is the one it had.
-    EXPECT_EQ(store->TransferObject(Transfer("User", "alpha", "alice", "beta", true)),
-              pb::TRANSFER_TARGET_EXISTS);
+    EXPECT_EQ(Paste("User", "alpha", "alice", "beta", true), pb::TRANSFER_TARGET_EXISTS);
     EXPECT_TRUE(store->GetUser("alpha", "alice").is_new());
     EXPECT_EQ(store->GetUser("beta", "alice").version(), copied);
 }
@@ -82,24 +69,20 @@ TEST_F(TransferTest, ARefusalOnTheTargetUndoesTheCut) {
     auto alice = store->GetUser("alpha", "alice");
     alice.set_printer("laser1");
     store->CommitUser(alice);
-    EXPECT_REFUSED(store->TransferObject(Transfer("User", "alpha", "alice", "beta", true)),
-                   pb::ERROR_UNKNOWN_REFERENCE);
+    EXPECT_REFUSED(Paste("User", "alpha", "alice", "beta", true), pb::ERROR_UNKNOWN_REFERENCE);
     EXPECT_FALSE(store->GetUser("alpha", "alice").is_new());
     EXPECT_TRUE(store->GetUser("beta", "alice").is_new());
     EXPECT_EQ(store->GetGroup("Sales").members_size(), 2);
     // A printer that a user prints on does not leave its server, and a copy
     // onto a server without the printer role is refused.
-    EXPECT_REFUSED(store->TransferObject(Transfer("Printer", "alpha", "laser1", "gamma", true)),
-                   pb::ERROR_STILL_NAMED);
-    EXPECT_REFUSED(store->TransferObject(Transfer("Printer", "alpha", "laser1", "beta", false)),
-                   pb::ERROR_ROLE_MISSING);
+    EXPECT_REFUSED(Paste("Printer", "alpha", "laser1", "gamma", true), pb::ERROR_STILL_NAMED);
+    EXPECT_REFUSED(Paste("Printer", "alpha", "laser1", "beta", false), pb::ERROR_ROLE_MISSING);
     EXPECT_FALSE(store->GetPrinter("alpha", "laser1").is_new());
     EXPECT_TRUE(store->GetPrinter("gamma", "laser1").is_new());
 }
 
 TEST_F(TransferTest, PrintersDevicesWithTheirLinesAndGatewayUsers) {
-    EXPECT_EQ(store->TransferObject(Transfer("Printer", "alpha", "laser1", "gamma", true)),
-              pb::TRANSFERRED);
+    EXPECT_EQ(Paste("Printer", "alpha", "laser1", "gamma", true), pb::TRANSFERRED);
     EXPECT_EQ(store->GetPrinter("gamma", "laser1").filter_command(), "lpr -P laser1");
     EXPECT_TRUE(store->GetPrinter("alpha", "laser1").is_new());
 
@@ -108,8 +91,7 @@ TEST_F(TransferTest, PrintersDevicesWithTheirLinesAndGatewayUsers) {
     auto gammaServer = store->GetServer("gamma");
     gammaServer.set_device_server(true);
     store->CommitServer(gammaServer);
-    EXPECT_EQ(store->TransferObject(Transfer("Device", "alpha", "isdn1", "gamma", false)),
-              pb::TRANSFERRED);
+    EXPECT_EQ(Paste("Device", "alpha", "isdn1", "gamma", false), pb::TRANSFERRED);
     const pb::Device copy = store->GetDevice("gamma", "isdn1");
     ASSERT_EQ(copy.secondary_lines_size(), 1);
     EXPECT_EQ(copy.secondary_lines(0).settings().comment(), "Second channel");
@@ -125,9 +107,9 @@ TEST_F(TransferTest, PrintersDevicesWithTheirLinesAndGatewayUsers) {
     auto user = store->GetGatewayUser("smtp.example.com", "sales@example.com");
     user.set_extension("200");
     store->CommitGatewayUser(user);
-    EXPECT_EQ(store->TransferObject(Transfer("GatewayUser", "smtp.example.com", "sales@example.com",
-                                             "x400.example.net", true)),
-              pb::TRANSFERRED);
+    EXPECT_EQ(
+        Paste("GatewayUser", "smtp.example.com", "sales@example.com", "x400.example.net", true),
+        pb::TRANSFERRED);
     EXPECT_EQ(store->GetGatewayUser("x400.example.net", "sales@example.com").extension(), "200");
     EXPECT_TRUE(store->GetGatewayUser("smtp.example.com", "sales@example.com").is_new());
 }

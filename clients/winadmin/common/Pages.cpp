@@ -1,5 +1,6 @@
 #include "common/Pages.h"
 
+#include <QShortcut>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <vector>
@@ -21,6 +22,30 @@ bool ShowPageOf(QWidget* control) {
     for (auto page = pages.rbegin(); page != pages.rend(); ++page)
         page->first->setCurrentWidget(page->second);
     return control->isVisible();
+}
+
+void InstallPageKeys(QTabWidget* tabs) {
+    QWidget* window = tabs->window();
+    const auto turn = [tabs](int step) {
+        const int count = tabs->count();
+        for (int i = 1; i < count; ++i) {
+            const int page = (tabs->currentIndex() + step * i + count) % count;
+            if (tabs->isTabEnabled(page)) {
+                tabs->setCurrentIndex(page);
+                return;
+            }
+        }
+    };
+    const QKeySequence forward(Qt::CTRL | Qt::Key_Tab);
+    // Shift turns the tab key into a back tab on some platforms, not on others.
+    const QKeySequence backward[] = {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Tab),
+                                     QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Backtab)};
+    auto* next = new QShortcut(forward, window);
+    QObject::connect(next, &QShortcut::activated, tabs, [turn] { turn(1); });
+    for (const QKeySequence& keys : backward) {
+        auto* previous = new QShortcut(keys, window);
+        QObject::connect(previous, &QShortcut::activated, tabs, [turn] { turn(-1); });
+    }
 }
 
 }  // namespace winadmin

@@ -57,6 +57,7 @@ void EditorFrame::SetUpFrame(const Controls& controls, const Messages& messages)
         key->installEventFilter(this);
     }
     InstallHelpKey(this, QString::fromLatin1(controls_.helpTopic));
+    if (auto* tabs = qobject_cast<QTabWidget*>(controls_.details)) InstallPageKeys(tabs);
     connect(controls_.ok, &QAbstractButton::clicked, this, &EditorFrame::PressOK);
     connect(controls_.cancel, &QAbstractButton::clicked, this, &EditorFrame::reject);
     if (controls_.remove)

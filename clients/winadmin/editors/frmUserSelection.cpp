@@ -79,9 +79,10 @@ std::vector<ListRow> frmUserSelection::FetchRows() {
     }
     const QString host = ChosenHost();
     if (host.isEmpty()) return rows;
-    std::vector<ListRow> users = UserRows(TheSession()->Users(host), host);
+    // What the list shows of each user, not the whole records.
+    const ListRowSet users = UserRows(TheSession()->UserListRows(host), host);
     rows.reserve(rows.size() + users.size());
-    std::move(users.begin(), users.end(), std::back_inserter(rows));
+    for (ListRow row : users) rows.push_back(std::move(row));
     return rows;
 }
 

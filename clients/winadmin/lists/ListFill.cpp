@@ -157,9 +157,9 @@ std::vector<ListColumn> BuildListColumns(const QString& kind, const ColumnWidths
     return columns;
 }
 
-std::vector<ListRow> FillListView(const QString& kind, const QString& key, ServerSession& session,
-                                  const NodeScope& scope, const FillProgress& progress) {
-    std::vector<ListRow> rows;
+ListRowSet FillListView(const QString& kind, const QString& key, ServerSession& session,
+                        const NodeScope& scope, const FillProgress& progress) {
+    ListRowSet rows;
     if (kind == QLatin1String("Administrator") || kind == QLatin1String("Zone")) {
         rows = FolderRows(kind, key, {});
     } else if (kind == QLatin1String("Server")) {
@@ -178,7 +178,7 @@ std::vector<ListRow> FillListView(const QString& kind, const QString& key, Serve
         rows = ServerRows(session.Servers());
     } else if (kind == QLatin1String("Users")) {
         const QString server = ServerOf(key, scope, QLatin1String("Users"));
-        rows = UserRows(session.Users(server), server);
+        rows = UserRows(session.UserListRows(server), server);
     } else if (kind == QLatin1String("Printers")) {
         const QString server = ServerOf(key, scope, QLatin1String("Printers"));
         rows = PrinterRows(session.Printers(server), server);

@@ -36,7 +36,7 @@ std::vector<ListColumn> BuildListColumns(const QString& kind, const ColumnWidths
 // read from the key, and for the rates and destinations of a zone the zone is
 // looked up by the key's index when the scope does not name it. An unknown
 // kind has no rows. Throws SessionError when a call fails.
-std::vector<ListRow> FillListView(const QString& kind, const QString& key, ServerSession& session,
-                                  const NodeScope& scope = {}, const FillProgress& progress = {});
+ListRowSet FillListView(const QString& kind, const QString& key, ServerSession& session,
+                        const NodeScope& scope = {}, const FillProgress& progress = {});
 
 }  // namespace winadmin

@@ -25,6 +25,8 @@ std::vector<ListRow> GatewayUserRows(std::vector<GatewayUserRecord>&& users);
 // Server-scoped kinds; every row carries the server's name as its tag.
 std::vector<ListRow> ServerRows(const std::vector<ServerRecord>& servers);
 std::vector<ListRow> UserRows(std::vector<UserRecord>&& users, const QString& server);
+// The explorer's users: the table's rows, a few bytes each besides their texts.
+ListRowSet UserRows(RowTable&& users, const QString& server);
 // With a name, only that printer (or device); a name that is not among the
 // records gives one row for it whose further cells say "<not found>".
 std::vector<ListRow> PrinterRows(const std::vector<PrinterRecord>& printers, const QString& server,

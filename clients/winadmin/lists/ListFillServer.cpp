@@ -63,6 +63,12 @@ std::vector<ListRow> UserRows(std::vector<UserRecord>&& users, const QString& se
                       {&UserRecord::name, &UserRecord::comment});
 }
 
+ListRowSet UserRows(RowTable&& users, const QString& server) {
+    const size_t count = users.Size();
+    return ListRowSet(std::make_shared<const TableRecords>(std::move(users)), count,
+                      QStringLiteral("User"), server);
+}
+
 std::vector<ListRow> PrinterRows(const std::vector<PrinterRecord>& printers, const QString& server,
                                  const QString& only) {
     std::vector<ListRow> rows;

@@ -18,35 +18,6 @@ bool ListModel::IsDraggable(const QString& iconKey) {
            iconKey == QLatin1String("Device") || iconKey == QLatin1String("GatewayUser");
 }
 
-namespace {
-
-class Utf8Row final : public ListRecords {
-public:
-    explicit Utf8Row(std::initializer_list<std::string_view> texts)
-        : texts_(texts.begin(), texts.end()) {}
-    int CellCount() const override { return int(texts_.size()); }
-    QString Cell(size_t, int cell) const override {
-        return QString::fromStdString(texts_[size_t(cell)]);
-    }
-
-private:
-    std::vector<std::string> texts_;
-};
-
-}  // namespace
-
-ListCells ListCells::FromUtf8(std::initializer_list<std::string_view> texts) {
-    return ListCells(std::make_shared<const Utf8Row>(texts), 0);
-}
-
-QStringList ListCells::ToStringList() const {
-    if (!records_) return texts_;
-    QStringList texts;
-    texts.reserve(size());
-    for (int i = 0; i < size(); ++i) texts.append(at(i));
-    return texts;
-}
-
 ListModel::ListModel(QObject* parent) : QAbstractTableModel(parent) {}
 
 void ListModel::SetColumns(std::vector<ListColumn> columns) {
@@ -58,7 +29,7 @@ void ListModel::SetColumns(std::vector<ListColumn> columns) {
                    [](const ListColumn& a, const ListColumn& b) { return a.key == b.key; });
     beginResetModel();
     columns_ = std::move(columns);
-    rows_.clear();
+    rows_ = {};
     if (!sameKind) {
         sortColumn_ = -1;
         sortOrder_ = Qt::AscendingOrder;
@@ -66,18 +37,15 @@ void ListModel::SetColumns(std::vector<ListColumn> columns) {
     endResetModel();
 }
 
-void ListModel::SetRows(std::vector<ListRow> rows) {
+void ListModel::SetRows(ListRowSet rows) {
     beginResetModel();
+    // The old rows go before the new ones are sorted, so that a refresh of a
+    // large list holds one list at a time.
     rows_ = std::move(rows);
     // Whatever order the server answered in, a list the administrator sorted
     // stays sorted when it is filled again.
-    if (sortColumn_ >= 0 && sortColumn_ < columnCount()) {
-        const std::vector<size_t> positions = SortedPositions(sortColumn_, sortOrder_);
-        std::vector<ListRow> sorted;
-        sorted.reserve(rows_.size());
-        for (size_t position : positions) sorted.push_back(std::move(rows_[position]));
-        rows_ = std::move(sorted);
-    }
+    if (sortColumn_ >= 0 && sortColumn_ < columnCount())
+        rows_.Reorder(SortedPositions(sortColumn_, sortOrder_));
     endResetModel();
 }
 
@@ -92,8 +60,7 @@ void ListModel::AddNewestRows(std::vector<ListRow> rows, size_t maxRows) {
     if (rows.empty()) return;
     if (sortColumn_ < 0 || sortColumn_ >= columnCount()) {
         beginInsertRows({}, 0, int(rows.size()) - 1);
-        rows_.insert(rows_.begin(), std::make_move_iterator(rows.begin()),
-                     std::make_move_iterator(rows.end()));
+        rows_.Insert(0, std::move(rows));
         endInsertRows();
         return;
     }
@@ -102,7 +69,9 @@ void ListModel::AddNewestRows(std::vector<ListRow> rows, size_t maxRows) {
     for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
         const int place = int(SortedPlace(*row));
         beginInsertRows({}, place, place);
-        rows_.insert(rows_.begin() + place, std::move(*row));
+        std::vector<ListRow> one;
+        one.push_back(std::move(*row));
+        rows_.Insert(size_t(place), std::move(one));
         endInsertRows();
     }
 }
@@ -112,14 +81,14 @@ void ListModel::RemoveOldest(size_t count) {
     if (count == 0) return;
     if (sortColumn_ < 0 || sortColumn_ >= columnCount()) {
         beginRemoveRows({}, int(rows_.size() - count), int(rows_.size()) - 1);
-        rows_.resize(rows_.size() - count);
+        rows_.Erase(rows_.size() - count, rows_.size());
         endRemoveRows();
         return;
     }
     std::vector<size_t> positions(rows_.size());
     std::iota(positions.begin(), positions.end(), size_t(0));
     std::nth_element(positions.begin(), positions.begin() + ptrdiff_t(count - 1), positions.end(),
-                     [&](size_t a, size_t b) { return rows_[a].id < rows_[b].id; });
+                     [&](size_t a, size_t b) { return rows_.Id(a) < rows_.Id(b); });
     positions.resize(count);
     // From the bottom up, a run of neighbours at a time, so that no removal
     // moves a row still to go.
@@ -129,7 +98,7 @@ void ListModel::RemoveOldest(size_t count) {
         size_t first = last;
         while (++i < positions.size() && positions[i] == first - 1) first = positions[i];
         beginRemoveRows({}, int(first), int(last));
-        rows_.erase(rows_.begin() + ptrdiff_t(first), rows_.begin() + ptrdiff_t(last) + 1);
+        rows_.Erase(first, last + 1);
         endRemoveRows();
     }
 }
@@ -142,7 +111,7 @@ size_t ListModel::SortedPlace(const ListRow& row) const {
     size_t low = 0, high = rows_.size();
     while (low < high) {
         const size_t middle = low + (high - low) / 2;
-        const QString held = rows_[middle].cells.value(sortColumn_);
+        const QString held = rows_.Cell(middle, sortColumn_);
         const int c = plain ? QString::compare(held, text, Qt::CaseInsensitive)
                             : collator.compare(held, text);
         if (sortOrder_ == Qt::AscendingOrder ? c < 0 : c > 0)
@@ -155,7 +124,7 @@ size_t ListModel::SortedPlace(const ListRow& row) const {
 
 void ListModel::Clear() {
     beginResetModel();
-    rows_.clear();
+    rows_ = {};
     endResetModel();
 }
 
@@ -164,17 +133,17 @@ void ListModel::SetColumnWidth(int column, int width) {
 }
 
 int ListModel::FindKey(const QString& key) const {
-    if (key.isEmpty()) return -1;
+    if (key.isEmpty() || !rows_.HasKeys()) return -1;
     for (size_t i = 0; i < rows_.size(); ++i)
-        if (rows_[i].key == key) return static_cast<int>(i);
+        if (rows_.Key(i) == key) return static_cast<int>(i);
     return -1;
 }
 
 int ListModel::FindText(const QString& text, const QString& iconKey) const {
     for (size_t i = 0; i < rows_.size(); ++i) {
-        const auto& row = rows_[i];
-        if (!row.cells.isEmpty() && row.cells.front() == text &&
-            (iconKey.isEmpty() || row.iconKey == iconKey))
+        // A row without cells has no text to match, not even an empty one.
+        if ((iconKey.isEmpty() || rows_.IconKey(i) == iconKey) && rows_.CellCount(i) > 0 &&
+            rows_.Cell(i, 0) == text)
             return static_cast<int>(i);
     }
     return -1;
@@ -198,13 +167,13 @@ int ListModel::columnCount(const QModelIndex& parent) const {
 
 QVariant ListModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.row() >= rowCount() || index.column() >= columnCount()) return {};
-    const auto& row = rows_[static_cast<size_t>(index.row())];
+    const size_t row = static_cast<size_t>(index.row());
     switch (role) {
         case Qt::DisplayRole:
         case Qt::AccessibleTextRole:
-            return row.cells.value(index.column());
+            return rows_.Cell(row, index.column());
         case Qt::DecorationRole:
-            return index.column() == 0 ? QVariant(KindIcon(row.iconKey)) : QVariant();
+            return index.column() == 0 ? QVariant(KindIcon(rows_.IconKey(row))) : QVariant();
         case Qt::TextAlignmentRole:
             return int(columns_[static_cast<size_t>(index.column())].alignment | Qt::AlignVCenter);
         default:
@@ -238,7 +207,7 @@ std::vector<size_t> ListModel::SortedPositions(int column, Qt::SortOrder order) 
     if (collator.locale().language() == QLocale::C) {
         std::vector<QString> texts;
         texts.reserve(rows_.size());
-        for (const ListRow& row : rows_) texts.push_back(row.cells.value(column));
+        for (size_t i = 0; i < rows_.size(); ++i) texts.push_back(rows_.Cell(i, column));
         sortBy(texts, [](const QString& a, const QString& b) {
             return QString::compare(a, b, Qt::CaseInsensitive);
         });
@@ -246,7 +215,8 @@ std::vector<size_t> ListModel::SortedPositions(int column, Qt::SortOrder order) 
         collator.setCaseSensitivity(Qt::CaseInsensitive);
         std::vector<QCollatorSortKey> keys;
         keys.reserve(rows_.size());
-        for (const ListRow& row : rows_) keys.push_back(collator.sortKey(row.cells.value(column)));
+        for (size_t i = 0; i < rows_.size(); ++i)
+            keys.push_back(collator.sortKey(rows_.Cell(i, column)));
         sortBy(keys,
                [](const QCollatorSortKey& a, const QCollatorSortKey& b) { return a.compare(b); });
     }
@@ -260,14 +230,9 @@ void ListModel::sort(int column, Qt::SortOrder order) {
     // Positions are sorted rather than rows, so that persistent indexes (the
     // selection) can be moved to where their rows went.
     const std::vector<size_t> positions = SortedPositions(column, order);
-    std::vector<ListRow> sorted;
-    sorted.reserve(rows_.size());
     std::vector<int> newPosition(rows_.size());
-    for (size_t i = 0; i < positions.size(); ++i) {
-        newPosition[positions[i]] = static_cast<int>(i);
-        sorted.push_back(std::move(rows_[positions[i]]));
-    }
-    rows_ = std::move(sorted);
+    for (size_t i = 0; i < positions.size(); ++i) newPosition[positions[i]] = static_cast<int>(i);
+    rows_.Reorder(positions);
     QModelIndexList after;
     after.reserve(before.size());
     for (const QModelIndex& index : before)
@@ -280,7 +245,8 @@ void ListModel::sort(int column, Qt::SortOrder order) {
 
 Qt::ItemFlags ListModel::flags(const QModelIndex& index) const {
     Qt::ItemFlags flags = QAbstractTableModel::flags(index);
-    if (index.isValid() && index.row() < rowCount() && IsDraggable(Row(index.row()).iconKey))
+    if (index.isValid() && index.row() < rowCount() &&
+        IsDraggable(rows_.IconKey(size_t(index.row()))))
         flags |= Qt::ItemIsDragEnabled;
     return flags;
 }
@@ -297,7 +263,7 @@ QMimeData* ListModel::mimeData(const QModelIndexList& indexes) const {
     for (const QModelIndex& index : indexes) {
         if (!index.isValid() || index.row() >= rowCount() || rows.contains(index.row())) continue;
         rows.insert(index.row());
-        const ListRow& row = Row(index.row());
+        const ListRow row = Row(index.row());
         if (!IsDraggable(row.iconKey)) continue;
         lines.append(row.iconKey + u'\t' + row.tag + u'\t' +
                      (row.cells.isEmpty() ? QString() : row.cells.front()));

@@ -1,16 +1,15 @@
 #pragma once
-// The one model behind the explorer's list and the other object lists: a
-// vector of rows of cell texts, shown by a QTreeView in details mode and by a
+// The one model behind the explorer's list and the other object lists: rows
+// of cell texts (a ListRowSet), shown by a QTreeView in details mode and by a
 // QListView in the icon and list modes. Every row carries its kind word (icon
 // key), the server it belongs to (tag) and, for rates and destinations, its
 // key ("3Rate"), which the commands read.
 
 #include <QAbstractTableModel>
 #include <QStringList>
-#include <memory>
-#include <string>
-#include <string_view>
 #include <vector>
+
+#include "lists/ListRowSet.h"
 
 class QMimeData;
 
@@ -27,59 +26,6 @@ struct ListColumn {
     QString widthKey;
 };
 
-// Records that a list shows, kept as they came from the server and read only
-// for the cells that are shown, searched or sorted.
-class ListRecords {
-public:
-    virtual ~ListRecords() = default;
-    virtual int CellCount() const = 0;
-    virtual QString Cell(size_t record, int cell) const = 0;
-};
-
-// The texts of a row's cells: either ready-made texts, or a record of a
-// shared table whose texts are made when asked for. A list of a hundred
-// thousand users thus costs no text for the rows nobody scrolls to: filling
-// it touches neither the records nor their texts.
-class ListCells {
-public:
-    ListCells() = default;
-    ListCells(QStringList texts) : texts_(std::move(texts)) {}
-    ListCells(std::initializer_list<QString> texts) : texts_(texts) {}
-    ListCells(std::shared_ptr<const ListRecords> records, size_t record)
-        : records_(std::move(records)), record_(record) {}
-    // Cells of one row kept as the UTF-8 texts given, made into texts when
-    // asked for. (Rows of many records share one table; see ListRecords.)
-    static ListCells FromUtf8(std::initializer_list<std::string_view> texts);
-
-    int size() const { return records_ ? records_->CellCount() : int(texts_.size()); }
-    bool isEmpty() const { return size() == 0; }
-    // The text of cell i, which must exist.
-    QString at(int i) const { return records_ ? records_->Cell(record_, i) : texts_.at(i); }
-    QString operator[](int i) const { return at(i); }
-    // "" for a cell the row does not have.
-    QString value(int i) const { return i >= 0 && i < size() ? at(i) : QString(); }
-    QString front() const { return at(0); }
-    QStringList ToStringList() const;
-
-private:
-    QStringList texts_;
-    std::shared_ptr<const ListRecords> records_;
-    size_t record_ = 0;
-};
-
-struct ListRow {
-    ListCells cells;  // the text, then the sub-items in column order
-    QString iconKey;  // the kind word: "User", "Rate", ...
-    QString tag;      // the owning server, for server-scoped kinds
-    QString key;      // index + kind word for rates and destinations
-    // What the row showed of a record addressed by its place (zones, rates,
-    // destinations): its identity and version, so that a command acts on
-    // that record even after another console moved it. Events carry their
-    // id, which grows with the log. 0 for other kinds.
-    int64_t id = 0;
-    int64_t version = 0;
-};
-
 class ListModel : public QAbstractTableModel {
     Q_OBJECT
 
@@ -90,8 +36,8 @@ public:
     // object and clears the sort as well; the same keys keep it.
     void SetColumns(std::vector<ListColumn> columns);
     // New rows of the same kind (a refresh) keep the order the administrator
-    // chose by clicking a header.
-    void SetRows(std::vector<ListRow> rows);
+    // chose by clicking a header. The model takes the rows over.
+    void SetRows(ListRowSet rows);
     // Rows of a log that grows (newest first, each with a greater id than
     // every row held): they join the list and the rows of the lowest ids
     // beyond maxRows leave it, so the list holds what SetRows with the newest
@@ -106,7 +52,9 @@ public:
     void SetColumnWidth(int column, int width);
 
     const std::vector<ListColumn>& Columns() const { return columns_; }
-    const ListRow& Row(int row) const { return rows_[static_cast<size_t>(row)]; }
+    // A copy of the row (made on demand for a table's rows): cheap, since its
+    // texts are shared.
+    ListRow Row(int row) const { return rows_[static_cast<size_t>(row)]; }
     // -1 when no row has it; rows without a key are never found by key.
     int FindKey(const QString& key) const;
     int FindText(const QString& text, const QString& iconKey = QString()) const;
@@ -150,7 +98,7 @@ private:
     void RemoveOldest(size_t count);
 
     std::vector<ListColumn> columns_;
-    std::vector<ListRow> rows_;
+    ListRowSet rows_;
     int sortColumn_ = -1;
     Qt::SortOrder sortOrder_ = Qt::AscendingOrder;
 };

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "common/DialogHelp.h"
 #include "common/FormParameters.h"
 #include "common/Labels.h"
 #include "common/Prompter.h"
@@ -63,6 +64,7 @@ MonitorWindow::~MonitorWindow() = default;
 
 void MonitorWindow::AttachControls(const Controls& controls) {
     controls_ = controls;
+    InstallHelpKey(this, QString::fromLatin1(controls_.helpTopic));
 
     QTreeView* list = controls_.list;
     list->setModel(model_);

@@ -70,6 +70,7 @@ protected:
         QLineEdit* updateSpeed;
         UpDown* updateSpeedUpDown;
         QTreeView* list;
+        const char* helpTopic;  // the guide's section that F1 shows
     };
 
     // section: the settings section of the viewer's list ("ProcessView"),

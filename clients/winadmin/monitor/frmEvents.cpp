@@ -48,8 +48,8 @@ frmEvents::frmEvents(QWidget* parent)
         ReadSetting(kMaxEventsSetting, QString::number(kDefaultMaxEvents)), kDefaultMaxEvents);
     ui->edtMaxEvents->setText(QString::number(appliedMaxEvents_));
 
-    AttachControls(
-        {ui->cboServer, ui->cmdUpdate, ui->edtUpdateSpeed, ui->updUpdateSpeed, ui->lvEventView});
+    AttachControls({ui->cboServer, ui->cmdUpdate, ui->edtUpdateSpeed, ui->updUpdateSpeed,
+                    ui->lvEventView, "events"});
     // A new filter shows at once. It is not written back to "Severity": that
     // is the explorer's setting, changed in the options dialog, and a look at
     // the errors here should not hide the notes there.

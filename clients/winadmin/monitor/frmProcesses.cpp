@@ -14,8 +14,8 @@ frmProcesses::frmProcesses(QWidget* parent)
       ui(std::make_unique<Ui::frmProcesses>()) {
     ui->setupUi(this);
     ApplyFormLabels(this);
-    AttachControls(
-        {ui->cboServer, ui->cmdUpdate, ui->edtUpdateSpeed, ui->updUpdateSpeed, ui->lvProcessView});
+    AttachControls({ui->cboServer, ui->cmdUpdate, ui->edtUpdateSpeed, ui->updUpdateSpeed,
+                    ui->lvProcessView, "processes"});
     // A double click on a row opens nothing: the slots are no objects with a
     // window of their own, and starting or stopping one belongs to the
     // explorer's menu, where it is confirmed. The row is only selected.

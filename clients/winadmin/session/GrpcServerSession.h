@@ -69,6 +69,7 @@ public:
     void StopServer(const QString& name) override;
 
     std::vector<UserRecord> Users(const QString& host) override;
+    RowTable UserListRows(const QString& host) override;
     UserRecord GetUser(const QString& host, const QString& name) override;
     int64_t CommitUser(const UserRecord& user) override;
     void DeleteUser(const QString& host, const QString& name, int64_t expectedVersion = 0) override;

@@ -40,6 +40,13 @@ pb::ListRequest ListOf(const QString& host, const QString& parent = {}) {
     return request;
 }
 
+// A list call that answers only what the list of its kind shows.
+pb::ListRequest ColumnsOf(const QString& host) {
+    pb::ListRequest request = ListOf(host);
+    request.set_columns_only(true);
+    return request;
+}
+
 pb::DeviceActionRequest DeviceAction(const QString& host, const QString& name) {
     pb::DeviceActionRequest request;
     request.set_host_name(host.toStdString());
@@ -111,6 +118,23 @@ std::vector<UserRecord> GrpcServerSession::Users(const QString& host) {
     return VELDRANO_LIST(pb::User, ListUsers, ListOf(host), pb::UserPage, users);
 }
 
+RowTable GrpcServerSession::UserListRows(const QString& host) {
+    // Each page's users go into the table as they arrive and the page is
+    // reused, so the whole list never exists as records.
+    const pb::ListRequest request = ColumnsOf(host);
+    RowTable table;
+    Run([&](grpc::ClientContext& context) {
+        table = RowTable(2);
+        auto reader = stub_->ListUsers(&context, request);
+        pb::UserPage page;
+        while (reader->Read(&page))
+            for (const pb::User& user : page.users()) table.Append({user.name(), user.comment()});
+        return reader->Finish();
+    });
+    table.Compact();
+    return table;
+}
+
 UserRecord GrpcServerSession::GetUser(const QString& host, const QString& name) {
     return VELDRANO_UNARY(pb::User, GetUser, MakeKey(host, name));
 }
@@ -144,7 +168,7 @@ QStringList GrpcServerSession::Scanners(const QString& host) {
 // --- Groups -----------------------------------------------------------------------------
 
 std::vector<GroupRecord> GrpcServerSession::Groups() {
-    return VELDRANO_LIST(pb::Group, ListGroups, ListOf({}), pb::GroupPage, groups);
+    return VELDRANO_LIST(pb::Group, ListGroups, ColumnsOf({}), pb::GroupPage, groups);
 }
 
 GroupRecord GrpcServerSession::GetGroup(const QString& name) {
@@ -162,7 +186,7 @@ void GrpcServerSession::DeleteGroup(const QString& name, int64_t expectedVersion
 // --- Printers ---------------------------------------------------------------------------
 
 std::vector<PrinterRecord> GrpcServerSession::Printers(const QString& host) {
-    return VELDRANO_LIST(pb::Printer, ListPrinters, ListOf(host), pb::PrinterPage, printers);
+    return VELDRANO_LIST(pb::Printer, ListPrinters, ColumnsOf(host), pb::PrinterPage, printers);
 }
 
 PrinterRecord GrpcServerSession::GetPrinter(const QString& host, const QString& name) {
@@ -191,7 +215,7 @@ std::vector<DeviceTypeRecord> GrpcServerSession::DeviceTypes() {
 }
 
 std::vector<DeviceRecord> GrpcServerSession::Devices(const QString& host) {
-    return VELDRANO_LIST(pb::Device, ListDevices, ListOf(host), pb::DevicePage, devices);
+    return VELDRANO_LIST(pb::Device, ListDevices, ColumnsOf(host), pb::DevicePage, devices);
 }
 
 DeviceRecord GrpcServerSession::GetDevice(const QString& host, const QString& name, int newType) {
@@ -277,7 +301,7 @@ std::vector<EventRecord> GrpcServerSession::Events(const QString& host, int minS
 // --- Routes and number mappings -----------------------------------------------------------
 
 std::vector<RouteRecord> GrpcServerSession::Routes() {
-    return VELDRANO_LIST(pb::Route, ListRoutes, ListOf({}), pb::RoutePage, routes);
+    return VELDRANO_LIST(pb::Route, ListRoutes, ColumnsOf({}), pb::RoutePage, routes);
 }
 
 RouteRecord GrpcServerSession::GetRoute(const QString& name) {

@@ -1,7 +1,9 @@
 #pragma once
 // The console's one connection to the administered installation. The login
 // dialog creates it; every window reaches the server through it until the
-// program ends. Records travel whole and collections arrive in one call; every
+// program ends. A record fetched by key travels whole; a collection arrives in
+// one call, and the collections that lists show (users, groups, printers,
+// devices, routes) carry only what their lists show of each record. Every
 // failure is thrown as SessionError.
 
 #include <QString>
@@ -12,6 +14,7 @@
 
 #include "common/Labels.h"
 #include "session/Records.h"
+#include "session/RowTable.h"
 #include "session/SessionError.h"
 
 namespace winadmin {
@@ -82,7 +85,11 @@ public:
 
     // --- Users of a server -------------------------------------------------------
 
+    // Whole records, for what needs more of each user than its list shows.
     virtual std::vector<UserRecord> Users(const QString& host) = 0;
+    // The users as their list shows them: name and comment, row by row in
+    // the server's order, read into the table page by page as they arrive.
+    virtual RowTable UserListRows(const QString& host) = 0;
     virtual UserRecord GetUser(const QString& host, const QString& name) = 0;
     virtual int64_t CommitUser(const UserRecord& user) = 0;
     virtual void DeleteUser(const QString& host, const QString& name,
@@ -93,6 +100,7 @@ public:
 
     // --- Groups --------------------------------------------------------------------
 
+    // Name and comment of each group, without its members.
     virtual std::vector<GroupRecord> Groups() = 0;
     virtual GroupRecord GetGroup(const QString& name) = 0;
     virtual int64_t CommitGroup(const GroupRecord& group) = 0;
@@ -100,6 +108,7 @@ public:
 
     // --- Printers of a server ------------------------------------------------------
 
+    // Name, comment and type of each printer.
     virtual std::vector<PrinterRecord> Printers(const QString& host) = 0;
     virtual PrinterRecord GetPrinter(const QString& host, const QString& name) = 0;
     virtual int64_t CommitPrinter(const PrinterRecord& printer) = 0;
@@ -109,6 +118,7 @@ public:
     // --- Devices of a server and their lines ---------------------------------------
 
     virtual std::vector<DeviceTypeRecord> DeviceTypes() = 0;
+    // Name, type and primary line comment of each device.
     virtual std::vector<DeviceRecord> Devices(const QString& host) = 0;
     // The device as the editor shows it: every line 2 .. configured lines by
     // number (a line not configured on the server has version 0 and fresh
@@ -145,6 +155,7 @@ public:
 
     // --- Inbound routes and number mappings ------------------------------------------
 
+    // Name, comment and match texts of each route.
     virtual std::vector<RouteRecord> Routes() = 0;
     virtual RouteRecord GetRoute(const QString& name) = 0;
     virtual int64_t CommitRoute(const RouteRecord& route) = 0;

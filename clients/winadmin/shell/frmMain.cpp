@@ -68,6 +68,7 @@ void frmMain::ApplyLabels() {
     // of their own. The list is named after what it shows (ShowNode).
     ui->tvTreeView->setAccessibleName(GetLabel(QStringLiteral("Explorer")));
     ui->tbToolBar->setAccessibleName(GetLabel(QStringLiteral("Toolbar")));
+    ui->mnuBar->setAccessibleName(GetLabel(QStringLiteral("Menu Bar")));
     ui->sbStatusBar->setAccessibleName(GetLabel(QStringLiteral("Status")));
     NameList(GetLabel(QStringLiteral("Objects")));
     // The toolbar buttons show no text; screen readers announce the tooltip.

@@ -94,23 +94,26 @@ bool frmMain::BuildTree(bool keepOnFailure) {
 void frmMain::ShowNode(QTreeWidgetItem* node) {
     const QString kind = KindOf(node);
     const QString key = KeyOf(node);
-    std::vector<ListRow> rows;
+    // The kind's columns first, whatever the fill does (a failed fill leaves
+    // them without rows). Setting them lets the old rows go before the new
+    // ones arrive, so a refresh of a large list never holds two of it.
+    layingOutColumns_ = true;
+    listModel_->SetColumns(BuildListColumns(kind, widths_));
+    ApplyColumnWidths();
+    layingOutColumns_ = false;
     ServerSession* session = TheSession();
     if (node && session) {
         const NodeScope scope = ScopeOfNode(node);
+        ListRowSet rows;
         CallSession([&] {
             rows = FillListView(kind, key, *session, scope,
                                 [this](int count) { ShowFillCount(count); });
         });
         if (QLabel* panel = StatusPanel(1)) panel->clear();
+        layingOutColumns_ = true;
+        listModel_->SetRows(std::move(rows));
+        layingOutColumns_ = false;
     }
-    // The kind's columns whatever the fill did; a failed fill leaves them
-    // without rows.
-    layingOutColumns_ = true;
-    listModel_->SetColumns(BuildListColumns(kind, widths_));
-    ApplyColumnWidths();
-    listModel_->SetRows(std::move(rows));
-    layingOutColumns_ = false;
     ShowSortIndicator();
     SelectRow(0);
     NameList(node ? node->text(0) : GetLabel(QStringLiteral("Objects")));

@@ -4,6 +4,7 @@
 // messages, F1 in a dialog opens the guide at that dialog, Ctrl+Q quits.
 
 #include <QAccessible>
+#include <QComboBox>
 #include <QFile>
 #include <QHeaderView>
 #include <QLabel>
@@ -18,6 +19,7 @@
 #include "editors/frmGroupDetails.h"
 #include "editors/frmUserDetails.h"
 #include "lists/ExplorerListView.h"
+#include "monitor/frmEvents.h"
 #include "shell/HelpViewer.h"
 #include "shell/frmMain.h"
 #include "support/EditorDriver.h"
@@ -54,6 +56,7 @@ bool Interactive(QAccessible::Role role) {
         case QAccessible::MenuItem:
         case QAccessible::ToolBar:
         case QAccessible::StatusBar:
+        case QAccessible::MenuBar:
             return true;
         default:
             return false;
@@ -107,6 +110,7 @@ class TestAccessibility : public ExplorerSuite {
 private slots:
     void MainWindowNamesEveryControl();
     void UserEditorNamesEveryControlOnEveryPage();
+    void CtrlTabTurnsPagesFromADropDownList();
     void FieldLabelsLeadToTheirFieldsAndMessagesShowNoMarker();
     void F1OpensTheGuideAtTheDialogsSection();
     void CtrlQQuitsTheConsole();
@@ -154,6 +158,31 @@ void TestAccessibility::UserEditorNamesEveryControlOnEveryPage() {
     // The names are the captions as the session's table gives them.
     QCOMPARE(editor.Field("edtComment")->accessibleName(),
              CaptionWithoutColon(GetLabel(QStringLiteral("Comment"))));
+}
+
+void TestAccessibility::CtrlTabTurnsPagesFromADropDownList() {
+    UserEditor editor(User(QStringLiteral("jmueller")));
+    QVERIFY(QTest::qWaitForWindowActive(&editor.dialog));
+    auto* tabs = editor.Field<QTabWidget>("tabDetails");
+    auto* scanner = editor.Field<QComboBox>("cboScanner");
+    const int scanPage = tabs->indexOf(scanner->parentWidget());
+    QVERIFY(scanPage >= 0 && scanPage + 1 < tabs->count());
+    tabs->setCurrentIndex(scanPage);
+    scanner->setFocus();
+    // As X11 delivers them: the tab key carries its character, which a
+    // drop-down list would take for a search.
+    QTest::sendKeyEvent(QTest::Click, scanner, Qt::Key_Tab, QStringLiteral("\t"),
+                        Qt::ControlModifier);
+    QCOMPARE(tabs->currentIndex(), scanPage + 1);
+    QTest::sendKeyEvent(QTest::Click, tabs->currentWidget(), Qt::Key_Backtab, QStringLiteral("\t"),
+                        Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(tabs->currentIndex(), scanPage);
+    // From the last page it wraps round to the first.
+    tabs->setCurrentIndex(tabs->count() - 1);
+    QTest::sendKeyEvent(QTest::Click, tabs->currentWidget(), Qt::Key_Tab, QStringLiteral("\t"),
+                        Qt::ControlModifier);
+    QCOMPARE(tabs->currentIndex(), 0);
+    editor.Click("cmdCancel");
 }
 
 void TestAccessibility::FieldLabelsLeadToTheirFieldsAndMessagesShowNoMarker() {
@@ -217,10 +246,23 @@ void TestAccessibility::F1OpensTheGuideAtTheDialogsSection() {
         QCOMPARE(viewer->CurrentPage(), Section("groups"));
         editor.Click("cmdCancel");
     }
+    {
+        // The viewers are windows of their own, not dialogs; F1 works there too.
+        frmEvents events;
+        events.show();
+        events.Open(QStringLiteral("fxmaster"));
+        QVERIFY(QTest::qWaitForWindowExposed(&events));
+        QTest::keyClick(events.findChild<QTreeView*>(QStringLiteral("lvEventView")), Qt::Key_F1);
+        HelpViewer* viewer = HelpViewer::Current();
+        QVERIFY(viewer);
+        QCOMPARE(viewer->CurrentPage(), Section("events"));
+        events.close();
+    }
     // Every section a dialog names is in the guide.
     QSet<QString> anchors;
-    for (const char* topic : {"users", "groups", "servers", "gateways", "printers", "devices",
-                              "routes", "mappings", "lcr", "administrator", "login", "menus"})
+    for (const char* topic :
+         {"users", "groups", "servers", "gateways", "printers", "devices", "routes", "mappings",
+          "lcr", "administrator", "login", "menus", "processes", "events"})
         anchors.insert(QString::fromLatin1(topic));
     QFile guide(QStringLiteral(":/help/index.html"));
     QVERIFY(guide.open(QIODevice::ReadOnly));

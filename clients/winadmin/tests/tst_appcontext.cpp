@@ -8,7 +8,6 @@
 #include <QTest>
 
 #include "common/AppContext.h"
-#include "common/Twips.h"
 
 using namespace winadmin;
 
@@ -19,7 +18,6 @@ private slots:
     void SeparatorComesFromTheUserLocale();
     void BrandTable_data();
     void BrandTable();
-    void TwipsFollowTheScreen();
 };
 
 void TestAppContext::SeparatorComesFromTheUserLocale() {
@@ -65,15 +63,6 @@ void TestAppContext::BrandTable() {
     QTEST(ProductTitle(word), "product");
     // The logo must be one the program carries.
     if (!logo.isEmpty()) QVERIFY2(QFile::exists(logo), qPrintable(logo));
-}
-
-void TestAppContext::TwipsFollowTheScreen() {
-    // The screen's dots per inch reach the twips through the font's size in
-    // pixels: the classic font on a 96 dpi screen is 15 twips a pixel.
-    QCOMPARE(TwipsPerPixel(), qMax(1.0, 15.0 * kClassicAverageCharWidth / AverageCharWidth()));
-    // Geometry saved and read again lands on the same pixel.
-    for (int pixels = -50; pixels <= 4000; ++pixels)
-        QCOMPARE(TwipsToPixels(PixelsToTwips(pixels)), pixels);
 }
 
 int main(int argc, char** argv) {

@@ -49,11 +49,10 @@ void TestErrorDialog::ChoosesButtonsByFamily_data() {
                         const char* text) {
         QTest::newRow(name) << number << buttons << answer << QString(text);
     };
-    row("transient", 0x81000001u, PromptButtons::RetryCancel, Answer::Retry, "Failed (81000001).");
     // Through the protocol's table: what repeating can cure offers Retry, a
     // conflict (the same commit would be refused again) does not.
     QTest::newRow("time-out") << ErrorNumber(pb::ERROR_TIMEOUT) << PromptButtons::RetryCancel
-                              << int(Answer::Cancel) << QStringLiteral("Failed (81000001).");
+                              << int(Answer::Retry) << QStringLiteral("Failed (81000001).");
     QTest::newRow("version conflict")
         << ErrorNumber(pb::ERROR_VERSION_CONFLICT) << PromptButtons::OK << int(Answer::OK)
         << QStringLiteral("Failed (8101000E).");

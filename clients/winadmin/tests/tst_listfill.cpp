@@ -25,20 +25,20 @@ QString L(const char* key) {
     return GetLabel(QLatin1String(key));
 }
 
-QList<QStringList> Cells(const std::vector<ListRow>& rows) {
+QList<QStringList> Cells(const ListRowSet& rows) {
     QList<QStringList> cells;
     for (const ListRow& row : rows) cells << row.cells.ToStringList();
     return cells;
 }
 
-QStringList Column(const std::vector<ListRow>& rows, int column) {
+QStringList Column(const ListRowSet& rows, int column) {
     QStringList texts;
     for (const ListRow& row : rows) texts << row.cells.value(column);
     return texts;
 }
 
 // Every row of the list has this kind and this tag.
-bool AllRows(const std::vector<ListRow>& rows, const char* kind, const QString& tag = {}) {
+bool AllRows(const ListRowSet& rows, const char* kind, const QString& tag = {}) {
     return std::all_of(rows.begin(), rows.end(), [&](const ListRow& row) {
         return row.iconKey == QLatin1String(kind) && row.tag == tag;
     });
@@ -61,8 +61,8 @@ private:
     veldrano::server::Store& Store() { return fx_->server->GetStore(); }
     void AddServer(const std::string& name, bool remote = false);
     // Every row's kind has its picture.
-    std::vector<ListRow> Fill(const char* kind, const QString& key, const NodeScope& scope = {}) {
-        std::vector<ListRow> rows = FillListView(QLatin1String(kind), key, *TheSession(), scope);
+    ListRowSet Fill(const char* kind, const QString& key, const NodeScope& scope = {}) {
+        ListRowSet rows = FillListView(QLatin1String(kind), key, *TheSession(), scope);
         for (const ListRow& row : rows)
             if (KindIcon(row.iconKey).isNull())
                 QTest::qFail(qPrintable("no picture for " + row.iconKey), __FILE__, __LINE__);
@@ -144,14 +144,14 @@ void TestListFill::ServersAndTheirObjects() {
     const pb::DeviceType& type = veldrano::server::Store::DeviceTypes().front();
     Store().CommitDevice(demo::MakeDevice("alpha", "line1", type, "alpha", "First line"));
 
-    const std::vector<ListRow> servers = Fill("Servers", QStringLiteral("Servers"));
+    const ListRowSet servers = Fill("Servers", QStringLiteral("Servers"));
     QCOMPARE(Cells(servers),
              (QList<QStringList>{{"alpha", "Server alpha", L("Yes"), L("Yes"), L("Yes"), L("Yes")},
                                  {"beta", "Second", L("No"), L("Yes"), L("No"), L("No")}}));
     QCOMPARE(servers[1].tag, QStringLiteral("beta"));
 
     // A server's branches name it in their key, or in the scope the tree gives.
-    const std::vector<ListRow> users = Fill("Users", QStringLiteral("alphaUsers"));
+    const ListRowSet users = Fill("Users", QStringLiteral("alphaUsers"));
     QCOMPARE(Cells(users), (QList<QStringList>{{"amy", "Amy Adler"}, {"zed", "Zed Zimmer"}}));
     QVERIFY(AllRows(users, "User", "alpha"));
     QCOMPARE(Column(Fill("Users", QStringLiteral("betaUsers"), {"beta", {}}), 0),
@@ -160,7 +160,7 @@ void TestListFill::ServersAndTheirObjects() {
     // (an unreachable server is the explorer's test, through the error dialog).
     QVERIFY_THROWS_EXCEPTION(SessionError, Fill("Users", QStringLiteral("nosuchUsers")));
 
-    const std::vector<ListRow> printers = Fill("Printers", QStringLiteral("alphaPrinters"));
+    const ListRowSet printers = Fill("Printers", QStringLiteral("alphaPrinters"));
     QCOMPARE(Column(printers, 2),
              QStringList({L("PRN_ASCII"), L("PRN_HP_LJ_FAST"), L("PRN_WINDOWS")}));
     QVERIFY(AllRows(printers, "Printer", "alpha"));
@@ -203,14 +203,14 @@ void TestListFill::EventsFilteredBySeverityOnTheServer() {
     for (int severity = 0; severity <= 6; ++severity)
         Store().AppendEvent("alpha", demo::MakeEvent(base + severity, severity, 17, 4100 + severity,
                                                      0x41, "event " + std::to_string(severity)));
-    auto severities = [](const std::vector<ListRow>& rows) {
+    auto severities = [](const ListRowSet& rows) {
         QStringList texts;
         for (const ListRow& row : rows) texts << row.cells.value(3).section(u' ', 1);
         return texts;
     };
 
     // Nothing stored: every severity, newest first, the time in local time.
-    std::vector<ListRow> rows = Fill("Events", QStringLiteral("alphaEvents"));
+    ListRowSet rows = Fill("Events", QStringLiteral("alphaEvents"));
     QCOMPARE(severities(rows), QStringList({"6", "5", "4", "3", "2", "1", "0"}));
     QCOMPARE(
         rows.back().cells.ToStringList(),
@@ -268,7 +268,7 @@ void TestListFill::ZonesRatesAndDestinations() {
     zone("Local calls", true, "", "", "");
     zone("Germany", false, "alpha", "", "");
     zone("Overseas", false, "", "alpha", "lcrd");
-    const std::vector<ListRow> zones = Fill("LCR", QStringLiteral("LCR"));
+    const ListRowSet zones = Fill("LCR", QStringLiteral("LCR"));
     const QString none = L("(None)");
     QCOMPARE(Cells(zones),
              (QList<QStringList>{{"Local calls", L("Yes"), none, none, L("No"), none},
@@ -298,7 +298,7 @@ void TestListFill::ZonesRatesAndDestinations() {
     const QList<QStringList> germany = {{"Mo,Tu,", "08:05", "18:00"},
                                         {"Mo,Tu,We,Th,Fr,Sa,Su", "00:05", "24:00"},
                                         {"Su", "09:05", "12:00"}};
-    const std::vector<ListRow> rates = Fill("Rates", QStringLiteral("Rates2"), {{}, "Germany"});
+    const ListRowSet rates = Fill("Rates", QStringLiteral("Rates2"), {{}, "Germany"});
     QCOMPARE(Cells(rates), germany);
     QCOMPARE(rates[2].key, QStringLiteral("3Rate"));
     // Without a scope the zone is the one the key's index names in the walk.
@@ -316,7 +316,7 @@ void TestListFill::ZonesRatesAndDestinations() {
         destination.set_is_new(true);
         Store().CommitDestination(destination);
     }
-    const std::vector<ListRow> destinations = Fill("Destinations", QStringLiteral("Destinations3"));
+    const ListRowSet destinations = Fill("Destinations", QStringLiteral("Destinations3"));
     QCOMPARE(Cells(destinations), (QList<QStringList>{{"001", "FAX", L("Yes"), "to 001"},
                                                       {"002", "SMS", L("No"), "to 002"},
                                                       {"003", "TELEX", L("Yes"), "to 003"},
@@ -350,7 +350,7 @@ void TestListFill::InstallationWideKindsAndFolders() {
         {"Gateway", "smtp.example.com", 4, "GatewayUser", {"accounts@example.com", "310"}},
     };
     for (const auto& [kind, key, count, rowKind, row] : lists) {
-        const std::vector<ListRow> rows = Fill(kind, QLatin1String(key));
+        const ListRowSet rows = Fill(kind, QLatin1String(key));
         QCOMPARE(int(rows.size()), count);
         QVERIFY2(Cells(rows).contains(row), qPrintable(row.join(u'|')));
         QVERIFY(AllRows(rows, rowKind));
@@ -359,7 +359,7 @@ void TestListFill::InstallationWideKindsAndFolders() {
     // The folders list their branches, known without asking the server.
     auto* grpc = static_cast<GrpcServerSession*>(TheSession());
     const uint64_t calls = grpc->RpcCount();
-    auto keys = [](const std::vector<ListRow>& rows) {
+    auto keys = [](const ListRowSet& rows) {
         QStringList keys;
         for (const ListRow& row : rows) {
             const QString label = row.iconKey == QLatin1String("LCR") ? "Lcr" : row.iconKey;
@@ -369,7 +369,7 @@ void TestListFill::InstallationWideKindsAndFolders() {
     };
     QCOMPARE(keys(Fill("Administrator", QStringLiteral("Administrator"))),
              QStringList({"Groups", "Routes", "LCR", "NumberMappings", "Gateways", "Servers"}));
-    const std::vector<ListRow> server = Fill("Server", QStringLiteral("fx1"));
+    const ListRowSet server = Fill("Server", QStringLiteral("fx1"));
     QCOMPARE(keys(server),
              QStringList({"fx1Users", "fx1Printers", "fx1Devices", "fx1Processes", "fx1Events"}));
     QCOMPARE(server[3].tag, QStringLiteral("fx1"));

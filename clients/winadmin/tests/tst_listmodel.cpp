@@ -45,6 +45,7 @@ private slots:
     void HeaderClicksSortAndReverse();
     void RefillKeepsTheOrderOfTheSameKind();
     void CellsFromRecordsAndFindingRows();
+    void TableRowsRefillSortedAndKeepTheSelection();
     void RowsOfObjectsCanBeDragged();
 };
 
@@ -160,6 +161,39 @@ void TestListModel::CellsFromRecordsAndFindingRows() {
     model.SortByHeaderClick(1);
     QLocale::setDefault(before);
     QCOMPARE(Texts(model, 0), QStringList({"short", "adam", "Émile", "zora"}));
+}
+
+void TestListModel::TableRowsRefillSortedAndKeepTheSelection() {
+    auto table = [](std::initializer_list<std::pair<const char*, const char*>> users) {
+        RowTable rows(2);
+        for (const auto& [name, comment] : users) rows.Append({name, comment});
+        rows.Compact();
+        return rows;
+    };
+    RowTable filled = table({{"bert", "2nd"}, {"anna", "1st"}, {"Émile", "3rd"}});
+    QCOMPARE(filled.HeldBytes(), size_t(23 + 6 * 4));  // UTF-8 texts and cell ends, no more
+    QVERIFY_THROWS_EXCEPTION(std::logic_error, filled.Append({"one cell"}));
+
+    ListModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    model.SetColumns(TwoColumns());
+    model.SetRows(UserRows(std::move(filled), QStringLiteral("fxmaster")));
+    QCOMPARE(Texts(model, 1), QStringList({"2nd", "1st", "3rd"}));
+    QItemSelectionModel selection(&model);
+    selection.setCurrentIndex(model.index(0, 0), QItemSelectionModel::Select);
+    model.SortByHeaderClick(1);
+    QCOMPARE(Texts(model, 0), QStringList({"anna", "bert", "Émile"}));
+    QCOMPARE(selection.currentIndex().data().toString(), QStringLiteral("bert"));
+
+    // A refresh with the same columns comes in sorted as chosen; a row past
+    // the table's cells has none.
+    model.SetColumns(TwoColumns());
+    model.SetRows(UserRows(table({{"dora", "0th"}, {"carl", "4th"}}), QStringLiteral("fxmaster")));
+    QCOMPARE(Texts(model, 0), QStringList({"dora", "carl"}));
+    QCOMPARE(model.Row(1).cells.ToStringList(), QStringList({"carl", "4th"}));
+    QCOMPARE(model.Row(1).tag, QStringLiteral("fxmaster"));
+    QCOMPARE(model.FindText(QStringLiteral("carl"), QStringLiteral("User")), 1);
+    QCOMPARE(model.FindText(QStringLiteral("4th")), -1);
 }
 
 void TestListModel::RowsOfObjectsCanBeDragged() {

@@ -391,14 +391,6 @@ void TestMainWindow::MenuEntriesAndShortcuts() {
              QKeySequence(Qt::ALT | Qt::Key_Return));
     QCOMPARE(Child<QAction>(*main, "mnuFileDelete")->shortcut(), QKeySequence(Qt::Key_Delete));
 
-    // Toolbar buttons have no text, so each needs a name to be read out.
-    auto* toolBar = Child<QToolBar>(*main, "tbToolBar");
-    for (QAction* action : toolBar->actions()) {
-        if (action->isSeparator()) continue;
-        QVERIFY2(!action->toolTip().isEmpty(), qPrintable(action->objectName()));
-        QCOMPARE(toolBar->widgetForAction(action)->accessibleName(), action->toolTip());
-    }
-
     // Nothing selected: of the pop-up entries only help, the routing reload
     // and, as the main menu's, properties act (start, stop and terminate are
     // set as their menu opens).
