@@ -45,19 +45,6 @@ int RowNamed(QTreeView& list, const QString& name) {
     return static_cast<const ListModel*>(list.model())->FindText(name);
 }
 
-// Types both entries into the password dialog once it shows and presses OK
-// (or Cancel when cancel is set).
-void WhenAskedForPassword(const QString& entry, const QString& confirmation, bool cancel = false) {
-    WhenShown<frmChangePassword>([=](frmChangePassword& dialog) {
-        Retype(Child<QLineEdit>(dialog, "edtEnterNewPassword"), entry);
-        Retype(Child<QLineEdit>(dialog, "edtConfirmNewPassword"), confirmation);
-        QTest::mouseClick(Child<QPushButton>(dialog, cancel ? "cmdCancel" : "cmdOK"),
-                          Qt::LeftButton);
-        // A mismatch keeps the dialog open: the test closes it.
-        if (dialog.isVisible()) dialog.reject();
-    });
-}
-
 }  // namespace
 
 class TestAdminEditor : public ExplorerSuite {

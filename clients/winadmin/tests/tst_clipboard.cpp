@@ -38,22 +38,9 @@ bool Pick(frmMain& main, const QString& node, const QString& row) {
 bool Drop(frmMain& main, const QString& row, const QString& nodeKey,
           Qt::KeyboardModifiers modifiers = {}) {
     const int index = RowOf(main, row);
-    QTreeWidgetItem* node = main.FindNode(nodeKey);
-    if (index < 0 || !node) return false;
-    for (QTreeWidgetItem* parent = node->parent(); parent; parent = parent->parent())
-        parent->setExpanded(true);
+    if (index < 0) return false;
     std::unique_ptr<QMimeData> data(main.ListRows()->mimeData({main.ListRows()->index(index, 0)}));
-    main.Tree()->scrollToItem(node);
-    const QPoint at = main.Tree()->visualItemRect(node).center();
-    QDropEvent drop(at, Qt::CopyAction | Qt::MoveAction, data.get(), Qt::LeftButton, modifiers);
-    // Entered and moved over first, as a drag gets there.
-    QDragEnterEvent enter(at, Qt::CopyAction | Qt::MoveAction, data.get(), Qt::LeftButton,
-                          modifiers);
-    QApplication::sendEvent(main.Tree()->viewport(), &enter);
-    QDragMoveEvent move(at, Qt::CopyAction | Qt::MoveAction, data.get(), Qt::LeftButton, modifiers);
-    QApplication::sendEvent(main.Tree()->viewport(), &move);
-    QApplication::sendEvent(main.Tree()->viewport(), &drop);
-    return drop.isAccepted();
+    return Fx::DragOnto(main, data.get(), nodeKey, true, modifiers);
 }
 
 }  // namespace
@@ -228,8 +215,7 @@ void TestClipboard::DeviceWithItsLinesAndGatewayUser() {
 void TestClipboard::DragAndDropCopiesAndShiftMoves() {
     auto main = fx_->OpenMain();
     QVERIFY(Fx::Click(*main, QStringLiteral("fxmasterUsers")));
-    // Not onto a node of another kind.
-    QVERIFY(!Drop(*main, QStringLiteral("phoffmann"), QStringLiteral("fxprint01Printers")));
+    // Where a drop is taken at all is tst_explorerinput's.
     QVERIFY(Drop(*main, QStringLiteral("phoffmann"), QStringLiteral("fxsalesUsers")));
     QTRY_VERIFY(!Store().GetUser("fxsales", "phoffmann").is_new());
     QVERIFY(!Store().GetUser("fxmaster", "phoffmann").is_new());

@@ -120,15 +120,9 @@ void TestCommandLine::DisplayNeedFollowsThePlatform_data() {
     QTest::newRow("default with X11") << ""
                                       << ":0"
                                       << "" << true;
-    QTest::newRow("default with Wayland") << ""
-                                          << ""
-                                          << "wayland-0" << true;
     QTest::newRow("default without either") << ""
                                             << ""
                                             << "" << false;
-    QTest::newRow("xcb with X11") << "xcb"
-                                  << ":0"
-                                  << "" << true;
     QTest::newRow("xcb with only Wayland") << "xcb"
                                            << ""
                                            << "wayland-0" << false;
@@ -151,9 +145,6 @@ void TestCommandLine::DisplayNeedFollowsThePlatform_data() {
     QTest::newRow("offscreen") << "offscreen"
                                << ""
                                << "" << true;
-    QTest::newRow("vnc") << "vnc:size=800x600"
-                         << ""
-                         << "" << true;
 }
 
 void TestCommandLine::DisplayNeedFollowsThePlatform() {

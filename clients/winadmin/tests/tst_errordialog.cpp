@@ -56,12 +56,8 @@ void TestErrorDialog::ChoosesButtonsByFamily_data() {
     QTest::newRow("version conflict")
         << ErrorNumber(pb::ERROR_VERSION_CONFLICT) << PromptButtons::OK << int(Answer::OK)
         << QStringLiteral("Failed (8101000E).");
-    QTest::newRow("role objects remain")
-        << ErrorNumber(pb::ERROR_ROLE_OBJECTS_REMAIN) << PromptButtons::OK << int(Answer::OK)
-        << QStringLiteral("Failed (8101000F).");
     row("8101, letters upper case", 0x8101000Du, PromptButtons::OK, Answer::Ignore,
         "Failed (8101000D).");
-    row("access denied", 0x80070005u, PromptButtons::OK, Answer::OK, "Failed (80070005).");
     row("short number", 5u, PromptButtons::OK, Answer::OK, "Failed (5).");
     // Seven digits that start like the transient family are still no prefix.
     row("seven digits", 0x08100001u, PromptButtons::OK, Answer::OK, "Failed (8100001).");

@@ -150,7 +150,6 @@ void TestFind::Search_data() {
     QTest::newRow("star in whole word keeps length")
         << "Sa*" << false << true << -1 << none << 5 << quiet;
     QTest::newRow("question mark is literal") << "q?" << false << true << -1 << none << 4 << quiet;
-    QTest::newRow("dot is literal") << "1.5" << false << false << -1 << none << 5 << quiet;
     QTest::newRow("brackets are literal") << "[ext]" << false << false << -1 << none << 5 << quiet;
     const QStringList again{"MsgFindAgain"};
     QTest::newRow("last row, yes wraps") << "bert" << false << false << 5 << yes << 1 << again;

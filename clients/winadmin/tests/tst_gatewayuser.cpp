@@ -69,20 +69,14 @@ void TestGatewayUser::AddressTakesNoParenthesesAndEightyCharacters() {
     QCOMPARE(editor.dialog.State(), EditorState::NewKey);
     editor.Type("edtMailAddress", QStringLiteral("a(b)c@example.com"));
     QCOMPARE(editor.Field("edtMailAddress")->text(), QStringLiteral("abc@example.com"));
-    // Pasted text with a parenthesis does not get in at all.
-    editor.Paste("edtMailAddress", QStringLiteral("x(y)"));
-    QCOMPARE(editor.Field("edtMailAddress")->text(), QStringLiteral("abc@example.com"));
-
-    // Up to 80 characters by any route; the 81st is refused with a beep.
+    // Up to 80 characters; the 81st is refused with a beep (pasted text
+    // meets the same filter, tst_fieldhelpers).
     const QString eighty = QString(68, QLatin1Char('m')) + QStringLiteral("@example.com");
     editor.Type("edtMailAddress", eighty);
     const int beeps = fx_->prompter.BeepCount();
     QTest::keyClicks(editor.Field("edtMailAddress"), QStringLiteral("z"));
     QCOMPARE(editor.Field("edtMailAddress")->text(), eighty);
     QCOMPARE(fx_->prompter.BeepCount(), beeps + 1);
-    editor.Field("edtMailAddress")->clear();
-    editor.Paste("edtMailAddress", eighty + QStringLiteral("zz"));
-    QCOMPARE(editor.Field("edtMailAddress")->text(), eighty);
 }
 
 void TestGatewayUser::TakenAddressAsksOnlyInItsOwnGateway() {
@@ -127,19 +121,12 @@ void TestGatewayUser::CreateEditDeleteRoundTrip() {
     QVERIFY(OpenObjectEditor(nullptr, request));
     QVERIFY(title.contains(kX400));
     QCOMPARE(stored().extension(), std::string("4712"));
-    {
-        GatewayEditor editor(OpenRequest(address, kX400));
-        fx_->prompter.Answer(Answer::Yes);
-        editor.Click("cmdDelete");
-        const Prompt& asked = fx_->prompter.LastPrompt();
-        QVERIFY(asked.text.endsWith(QLatin1Char('\'') + address + QLatin1Char('\'')));
-        QCOMPARE(asked.defaultButton, 2);
-        QCOMPARE(editor.dialog.State(), EditorState::Empty);
-        QVERIFY(stored().is_new());
-        editor.Click("cmdCancel");
-        QCOMPARE(editor.Answer(), QStringLiteral("-1"));
-    }
-    // The other gateway's users were never touched.
+    // Deleted from the dialog (its question is the frame's, tst_servereditor):
+    // the other gateway's users are never touched.
+    GatewayEditor editor(OpenRequest(address, kX400));
+    fx_->prompter.Answer(Answer::Yes);
+    editor.Click("cmdDelete");
+    QVERIFY(stored().is_new());
     QCOMPARE(Store().ListGatewayUsers(kSmtp.toStdString()).size(), size_t(4));
 }
 

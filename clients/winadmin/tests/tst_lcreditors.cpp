@@ -147,24 +147,16 @@ void TestLcrEditors::ZoneChecks() {
     ZoneEditor editor({{QStringLiteral("New"), QString()}});
     QCOMPARE(editor.dialog.State(), EditorState::NewObject);
     QVERIFY(!editor.Field("edtZoneName")->isReadOnly());
-    fx_->prompter.Answer(Answer::OK);
-    editor.Click("cmdOK");
-    QCOMPARE(fx_->prompter.LastPrompt().text, EmptyMessage("Zone Name"));
+    editor.ExpectOK(fx_->prompter, EmptyMessage("Zone Name"));
 
     // Neither local nor daemon: a primary host is needed, the secondary not.
     editor.Type("edtZoneName", QStringLiteral("Nordics"));
     QCOMPARE(editor.Field<QComboBox>("cboPrimHost")->currentText(), NoneText());
-    fx_->prompter.Answer(Answer::OK);
-    editor.Click("cmdOK");
-    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("PrimaryHostMissing")));
-    QCOMPARE(fx_->prompter.LastPrompt().icon, PromptIcon::Exclamation);
-    QCOMPARE(editor.dialog.focusWidget(), editor.Field<QWidget>("cboPrimHost"));
+    editor.ExpectOK(fx_->prompter, GetLabel(QStringLiteral("PrimaryHostMissing")), "cboPrimHost");
 
     // A daemon zone needs its user.
     editor.Set("chkIsDaemon=1");
-    fx_->prompter.Answer(Answer::OK);
-    editor.Click("cmdOK");
-    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("DaemonUserMissing")));
+    editor.ExpectOK(fx_->prompter, GetLabel(QStringLiteral("DaemonUserMissing")));
     QVERIFY(Store().GetZone("Nordics").is_new());
 
     editor.Set("chkIsDaemon=0");
@@ -191,10 +183,7 @@ void TestLcrEditors::DaemonTypedAsUserAtHost() {
     QCOMPARE(fx_->prompter.LastPrompt().buttons, PromptButtons::OK);
     QCOMPARE(editor.dialog.focusWidget(), static_cast<QWidget*>(daemon));
     // OK refuses it the same way.
-    fx_->prompter.Answer(Answer::OK);
-    editor.Click("cmdOK");
-    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("ProvideUser@Host")));
-    QVERIFY(editor.dialog.isVisible());
+    editor.ExpectOK(fx_->prompter, GetLabel(QStringLiteral("ProvideUser@Host")));
     // Typed whole, it is stored as user and host.
     editor.Type("edtDaemon", QStringLiteral("admin@fxmaster"));
     editor.Click("cmdOK");
@@ -216,11 +205,7 @@ void TestLcrEditors::RateTimesAndDays() {
     editor.Key("updStartTime", Qt::Key_Up);
     QCOMPARE(start->text(), QStringLiteral("24:00"));
     const auto refused = [&](const char* key, const char* focus) {
-        fx_->prompter.Answer(Answer::OK);
-        editor.Click("cmdOK");
-        QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QLatin1String(key)));
-        QCOMPARE(editor.dialog.focusWidget(), editor.Field<QWidget>(focus));
-        QVERIFY(editor.dialog.isVisible());
+        editor.ExpectOK(fx_->prompter, GetLabel(QLatin1String(key)), focus);
     };
     // The focus goes to the field's spin box, which holds the field.
     refused("InvalidStartTime", "updStartTime");
@@ -260,16 +245,11 @@ void TestLcrEditors::DestinationsAreUniqueByPrefixAndType() {
     // An empty name is refused before the uniqueness is looked at.
     editor.Set("ddlType=FAX");
     editor.Type("edtPrefix", QStringLiteral("+49"));
-    fx_->prompter.Answer(Answer::OK);
-    editor.Click("cmdOK");
-    QCOMPARE(fx_->prompter.LastPrompt().text, EmptyMessage("Destination Name"));
+    editor.ExpectOK(fx_->prompter, EmptyMessage("Destination Name"));
     // A second FAX destination with the prefix is refused, an SMS one not.
     editor.Type("edtDestComment", QStringLiteral("German numbers by SMS"));
-    fx_->prompter.Answer(Answer::OK);
-    editor.Click("cmdOK");
-    QCOMPARE(fx_->prompter.LastPrompt().text,
-             GetLabel(QStringLiteral("This Destination already exists")));
-    QCOMPARE(editor.dialog.focusWidget(), editor.Field<QWidget>("edtPrefix"));
+    editor.ExpectOK(fx_->prompter, GetLabel(QStringLiteral("This Destination already exists")),
+                    "edtPrefix");
     editor.Set("ddlType=SMS");
     editor.Click("cmdOK");
     QVERIFY(!editor.dialog.isVisible());

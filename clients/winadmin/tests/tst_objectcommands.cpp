@@ -30,7 +30,6 @@ private slots:
     void DeleteRateByIndexFromKey();
     void PropertiesOpensEditorAndRefreshKeepsSelection();
     void NewServerFromTreeAddsItsNode();
-    void AdministratorAndUsersHaveTheirWindows();
     void KindsWithoutWindowAreNotOffered();
 };
 
@@ -167,36 +166,24 @@ void TestObjectCommands::NewServerFromTreeAddsItsNode() {
     QCOMPARE(SelectedRowText(*main), QStringLiteral("fxnew"));
 }
 
-void TestObjectCommands::AdministratorAndUsersHaveTheirWindows() {
-    auto main = fx_->OpenMain();
-    QAction* create = main->MenuEntry(QStringLiteral("mnuFileNew"));
-    QAction* properties = main->MenuEntry(QStringLiteral("mnuFileProperties"));
-    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Administrator")));
-    QVERIFY(properties->isEnabled() && !create->isEnabled());
-    QVERIFY(ExplorerFixture::Click(
-        *main,
-        main->FindNode(QStringLiteral("fxmaster"))->child(0)->data(0, NodeKeyRole).toString()));
-    QCOMPARE(ExplorerFixture::Kind(main->Tree()->currentItem()), QStringLiteral("Users"));
-    QVERIFY(create->isEnabled());
-    QVERIFY(ClickRow(*main, QStringLiteral("mweber")));
-    QVERIFY(properties->isEnabled());
-}
-
 void TestObjectCommands::KindsWithoutWindowAreNotOffered() {
     auto main = fx_->OpenMain();
     QAction* create = main->MenuEntry(QStringLiteral("mnuFileNew"));
     QAction* properties = main->MenuEntry(QStringLiteral("mnuFileProperties"));
-    // Nodes under which nothing is created.
+    // The root has its settings window, but nothing is created under it.
     QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("Administrator")));
-    QVERIFY(!create->isEnabled());
-    // A folder row is no object: Enter opens its branch instead.
+    QVERIFY(properties->isEnabled() && !create->isEnabled());
+    // A folder row is no object (Enter on it opens its branch, tst_explorerinput).
     QVERIFY(ClickRow(*main, main->FindNode(QStringLiteral("Servers"))->text(0)));
     QVERIFY(!properties->isEnabled());
-    QTest::keyClick(main->List()->DetailsView(), Qt::Key_Return);
-    QCOMPARE(CurrentKey(*main), QStringLiteral("Servers"));
     // A server node from the tree opens its editor; Delete is offered too.
     QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("fxmaster")));
     QVERIFY(properties->isEnabled() && Enabled(*main, "mnuFileDelete"));
+    // Users are created under their branch and a user row has its window.
+    QVERIFY(ExplorerFixture::Click(*main, QStringLiteral("fxmasterUsers")));
+    QVERIFY(create->isEnabled());
+    QVERIFY(ClickRow(*main, QStringLiteral("mweber")));
+    QVERIFY(properties->isEnabled());
 }
 
 QTEST_MAIN(TestObjectCommands)

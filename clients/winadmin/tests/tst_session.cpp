@@ -389,7 +389,6 @@ void TestSession::ChannelTargetsFromHostText_data() {
     row("msgsrv:0", "");
     row("localhost:70000", "");
     row("msgsrv:http", "");
-    row("msgsrv:", "");
     row("[::1]x", "");
     row("[]", "");
     row("   ", "");

@@ -92,7 +92,6 @@ void TestSettings::StoredTextIsReadAsTheClassicBufferHeldIt_data() {
 
     const QString dflt = QStringLiteral("<default>");
     QTest::newRow("blanks only") << QStringLiteral("     ") << dflt;
-    QTest::newRow("empty") << QString() << dflt;
     QTest::newRow("zero") << QStringLiteral("0") << QStringLiteral("0");
     QTest::newRow("padded") << QStringLiteral("  4711 ") << QStringLiteral("4711");
     QTest::newRow("text after NUL") << QStringLiteral("mx-01\0junk") << QStringLiteral("mx-01");
@@ -195,7 +194,6 @@ void TestSettings::LeadingNumber_data() {
     QTest::newRow("negative, blanks around") << QStringLiteral("  -42  ") << -42.0;
     QTest::newRow("fraction then letter") << QStringLiteral("1.5x") << 1.5;
     QTest::newRow("letters") << QStringLiteral("abc") << fallback;
-    QTest::newRow("empty") << QString() << fallback;
     QTest::newRow("leading point") << QStringLiteral(".25") << 0.25;
     QTest::newRow("sign alone") << QStringLiteral("-") << fallback;
     QTest::newRow("point alone") << QStringLiteral(".") << fallback;

@@ -172,9 +172,11 @@ void TestStartup::SplashAndAboutFollowTheBrand() {
     QVERIFY(QTest::qWaitForWindowExposed(&about));
     QCOMPARE(about.windowTitle(), "About " + title);
     QCOMPARE(Child<QLabel>(about, "lblProductName")->text(), title);
-    QVERIFY(Child<QLabel>(about, "lblVersion")
-                ->text()
-                .endsWith(QStringLiteral(")\nServer version 1.0.0")));
+    // The console's version and build beside the server's version.
+    const QString versions = Child<QLabel>(about, "lblVersion")->text();
+    QVERIFY2(versions.contains(QStringLiteral("Console version 1.0.0 (build ")) &&
+                 versions.endsWith(QStringLiteral(")\nServer version 1.0.0")),
+             qPrintable(versions));
     QTest::mouseClick(Child<QPushButton>(about, "cmdOK"), Qt::LeftButton);
     QVERIFY(!about.isVisible());
     QCOMPARE(about.result(), int(QDialog::Accepted));

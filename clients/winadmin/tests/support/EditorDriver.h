@@ -25,7 +25,6 @@ public:
     void Type(const char* field, const QString& text) { Retype(Field(field), text); }
     void Key(const char* field, Qt::Key key);
     void Click(const char* button);
-    void Paste(const char* field, const QString& text) { winadmin::Paste(Field(field), text); }
     // Sets a control as a person does, its page brought to the front first:
     // types into a text field, picks a list entry by its text, presses Space
     // on a box or option whose state is to change. assignment: "name=value".
@@ -40,6 +39,11 @@ public:
     // Clicks the rows with these names, the first plainly, the others with Ctrl.
     void Select(const char* list, const QStringList& names, bool doubleClick = false);
 
+    // Presses OK. With no message the dialog must close; with one it must
+    // stay, refuse with that message, and have the focus on the control
+    // named (or on the spin box around it) when one is named.
+    void ExpectOK(ScriptedPrompter& prompter, const QString& message, const QString& focus = {});
+
     // The "Refresh" answer a closed dialog leaves.
     static QString Answer() { return FormParameterValue(QStringLiteral("Refresh")); }
 
@@ -49,6 +53,10 @@ public:
 private:
     QWidget& window_;
 };
+
+// Types both entries into the password dialog once it shows and presses OK
+// (or Cancel when cancel is set); a dialog a mismatch keeps open is closed.
+void WhenAskedForPassword(const QString& entry, const QString& confirmation, bool cancel = false);
 
 // The messages of a refused field, as the English labels make them.
 QString EmptyMessage(const char* field);

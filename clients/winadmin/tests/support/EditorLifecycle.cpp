@@ -4,6 +4,7 @@
 #include <QLineEdit>
 #include <QTest>
 
+#include "common/Labels.h"
 #include "support/EditorDriver.h"
 #include "support/ScriptedPrompter.h"
 
@@ -37,14 +38,19 @@ bool EditorFrameProbe::Save(EditorFrame& editor) {
 }
 
 void CheckNotExistClosesWithZero(const LifecycleSubject& subject, ScriptedPrompter& prompter) {
-    if (subject.missing.isEmpty()) return;
-    prompter.Answer(Answer::OK);
-    Opened editor(subject, subject.missing);
-    QTRY_VERIFY(!editor.dialog->isVisible());
-    const Prompt& shown = prompter.LastPrompt();
-    QCOMPARE(shown.text, subject.notExistText);
-    QCOMPARE(shown.icon, PromptIcon::Exclamation);
-    QCOMPARE(editor.driver.Answer(), QStringLiteral("0"));
+    const std::pair<const FormParameterList*, QString> requests[] = {
+        {&subject.missing, subject.notExistText},
+        {&subject.missingServer, GetLabel(QStringLiteral("ServerNotExist"))}};
+    for (const auto& [request, text] : requests) {
+        if (request->isEmpty()) continue;
+        prompter.Answer(Answer::OK);
+        Opened editor(subject, *request);
+        QTRY_VERIFY(!editor.dialog->isVisible());
+        const Prompt& shown = prompter.LastPrompt();
+        QCOMPARE(shown.text, text);
+        QCOMPARE(shown.icon, PromptIcon::Exclamation);
+        QCOMPARE(editor.driver.Answer(), QStringLiteral("0"));
+    }
 }
 
 void CheckLoadingIsNoEdit(const LifecycleSubject& subject, ScriptedPrompter& prompter) {

@@ -1,10 +1,10 @@
 #pragma once
 // The lifecycle every properties dialog shares, checked once here and run by
-// each editor's test in a few lines: a request that names no object closes
-// with "0"; the save question's three answers; a save, then edits, then No
-// still answers "-1"; a taken key asks and Yes opens that object; a new key keeps the
-// details and OK disabled; loading never counts as an edit; Enter in the key
-// field never presses OK.
+// each editor's test in a few lines: a request that names no object (or no
+// server) closes with "0"; the save question's three answers; a save, then
+// edits, then No still answers "-1"; a taken key asks and Yes opens that
+// object; a new key keeps the details and OK disabled; loading never counts
+// as an edit; Enter in the key field never presses OK.
 
 #include <QString>
 #include <functional>
@@ -32,7 +32,8 @@ struct LifecycleSubject {
     FormParameterList open;     // opens a stored object
     FormParameterList missing;  // names no object; empty for a keyless editor
     QString notExistText;
-    FormParameterList create;  // starts a new object; empty when there is none
+    FormParameterList missingServer;  // names a server that is not there, if the editor has one
+    FormParameterList create;         // starts a new object; empty when there is none
     // Keyed editors: the key field, a key that is taken, its message.
     const char* keyField = nullptr;
     QString takenKey;

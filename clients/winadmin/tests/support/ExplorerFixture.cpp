@@ -1,11 +1,14 @@
 #include "support/ExplorerFixture.h"
 
+#include <QApplication>
+#include <QDropEvent>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QTest>
 #include <QTreeView>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
+#include <optional>
 
 #include "common/UserReferenceField.h"
 #include "demo/DemoData.h"
@@ -37,15 +40,42 @@ veldrano::server::Store& ExplorerFixture::Store() {
     return server->GetStore();
 }
 
-QTreeWidgetItem* ExplorerFixture::Click(frmMain& main, const QString& key) {
+namespace {
+
+// The node's centre, its branches opened and the node scrolled into view.
+std::optional<QPoint> NodePoint(frmMain& main, const QString& key) {
     QTreeWidgetItem* node = main.FindNode(key);
-    if (!node) return nullptr;
+    if (!node) return std::nullopt;
     for (QTreeWidgetItem* parent = node->parent(); parent; parent = parent->parent())
         parent->setExpanded(true);
     main.Tree()->scrollToItem(node);
-    QTest::mouseClick(main.Tree()->viewport(), Qt::LeftButton, {},
-                      main.Tree()->visualItemRect(node).center());
-    return node;
+    return main.Tree()->visualItemRect(node).center();
+}
+
+}  // namespace
+
+QTreeWidgetItem* ExplorerFixture::Click(frmMain& main, const QString& key) {
+    const std::optional<QPoint> at = NodePoint(main, key);
+    if (!at) return nullptr;
+    QTest::mouseClick(main.Tree()->viewport(), Qt::LeftButton, {}, *at);
+    return main.FindNode(key);
+}
+
+bool ExplorerFixture::DragOnto(frmMain& main, const QMimeData* data, const QString& key, bool drop,
+                               Qt::KeyboardModifiers modifiers) {
+    const std::optional<QPoint> at = NodePoint(main, key);
+    if (!at) return false;
+    const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
+    QWidget* viewport = main.Tree()->viewport();
+    QDragEnterEvent enter(*at, actions, data, Qt::LeftButton, modifiers);
+    QApplication::sendEvent(viewport, &enter);
+    if (!enter.isAccepted()) return false;
+    QDragMoveEvent move(*at, actions, data, Qt::LeftButton, modifiers);
+    QApplication::sendEvent(viewport, &move);
+    if (!drop || !move.isAccepted()) return move.isAccepted();
+    QDropEvent dropped(*at, actions, data, Qt::LeftButton, modifiers);
+    QApplication::sendEvent(viewport, &dropped);
+    return dropped.isAccepted();
 }
 
 void ExplorerFixture::ClickHeader(frmMain& main, int section) {

@@ -12,6 +12,7 @@
 #include "support/ConsoleFixture.h"
 
 class QAbstractItemModel;
+class QMimeData;
 class QTreeWidgetItem;
 
 namespace veldrano::server {
@@ -35,6 +36,11 @@ public:
     // node has the key.
     static QTreeWidgetItem* Click(frmMain& main, const QString& key);
     static void ClickHeader(frmMain& main, int section);
+    // Drags data onto the node (its branches opened first) as the mouse does,
+    // entering and moving over it, and with drop set lets it go there;
+    // answers whether the tree took it.
+    static bool DragOnto(frmMain& main, const QMimeData* data, const QString& key,
+                         bool drop = false, Qt::KeyboardModifiers modifiers = {});
 
     static QString Key(const QTreeWidgetItem* node);
     static QString Kind(const QTreeWidgetItem* node);
