@@ -8,6 +8,7 @@
 #include "common/FieldHelpers.h"
 #include "common/Labels.h"
 #include "session/CallSession.h"
+#include "session/RowTable.h"
 #include "session/ServerSession.h"
 #include "ui_frmGroupDetails.h"
 
@@ -175,14 +176,18 @@ Committed frmGroupDetails::Commit(Action action) {
 const std::vector<ListRow>& frmGroupDetails::ServerUsers(const QString& host) {
     if (const auto found = usersByHost_.find(host); found != usersByHost_.end())
         return found->second;
-    std::vector<UserRecord> users;
+    // The users list's own fields (name, comment) are all the offer shows.
     // A failure is reported once; the server then offers nobody instead of
     // being asked again for each of its members.
-    CallSession([&] { users = TheSession()->Users(host); });
+    RowTable users;
+    CallSession([&] { users = TheSession()->UserListRows(host); });
+    const auto text = [&](size_t row, int column) {
+        const std::string_view cell = users.Cell(row, column);
+        return QString::fromUtf8(cell.data(), qsizetype(cell.size()));
+    };
     std::vector<ListRow> rows;
-    rows.reserve(users.size());
-    for (const UserRecord& user : users)
-        rows.push_back(UserRow(Text(user.name()), Text(user.comment()), host));
+    rows.reserve(users.Size());
+    for (size_t i = 0; i < users.Size(); ++i) rows.push_back(UserRow(text(i, 0), text(i, 1), host));
     return usersByHost_.emplace(host, std::move(rows)).first->second;
 }
 
