@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Reads the console's windows the way a screen reader does, over AT-SPI.
 
+  walk.py ready                  starts the accessibility bus and registry
   walk.py login HOST PASSWORD    fills the login dialog through its accessible
                                  text fields and presses its OK button
   walk.py check TITLE...         walks every window whose title starts with one
@@ -49,7 +50,7 @@ NAMED_ROLES = {
 }
 
 
-def application(timeout=20.0):
+def application(timeout=60.0):
     deadline = time.monotonic() + timeout
     while time.monotonic() < deadline:
         desktop = Atspi.get_desktop(0)
@@ -190,7 +191,15 @@ def check(titles):
     return failed
 
 
+def ready():
+    # Asking for the desktop starts the accessibility bus and its registry,
+    # so that a program started next finds them there to register with.
+    return 0 if Atspi.get_desktop(0) is not None else 1
+
+
 def main(argv):
+    if len(argv) == 2 and argv[1] == "ready":
+        return ready()
     if len(argv) >= 4 and argv[1] == "login":
         return login(argv[2], argv[3])
     if len(argv) >= 3 and argv[1] == "check":
