@@ -70,43 +70,63 @@ void LogIn(BenchServer& server) {
     winadmin::SetTheSession(std::move(owned));
 }
 
-// The device dialog on a device of lines lines among devices such devices.
-void MeasureDeviceDialog(int deviceCount, int lines) {
-    veldrano::server::GenerateSizes sizes;
+// Fills the bench server's store with one generated server of the given sizes,
+// printing how long that took as timing; answers the server's name.
+std::string GenerateOneServer(BenchServer& server, veldrano::server::GenerateSizes sizes,
+                              const char* timing) {
     sizes.servers = 1;
-    sizes.devicesPerServer = deviceCount;
-    BenchServer benchServer;
-    veldrano::server::Store& store = benchServer.Host().GetStore();
-    Clock::time_point start = Clock::now();
+    veldrano::server::Store& store = server.Host().GetStore();
+    const Clock::time_point start = Clock::now();
     veldrano::server::Generate(store, sizes);
-    const std::string host = store.ListServers().front().name();
-    StoreLines(store, host, lines);
-    Print("generate_ms", MillisecondsSince(start));
-    const std::vector<pb::Device> devices = store.ListDevices(host);
-    const QString device = QString::fromStdString(devices[devices.size() / 2].name());
-    LogIn(benchServer);
+    Print(timing, MillisecondsSince(start));
+    return store.ListServers().front().name();
+}
 
-    std::vector<double> opens, switches;
+// Opens Dialog with the given request Runs times, each time from creation to
+// the first paint with its object loaded, and hands each open dialog to
+// afterOpen; answers the median opening time in milliseconds.
+template <class Dialog, class AfterOpen>
+double MedianOpen(const winadmin::FormParameterList& request, AfterOpen afterOpen) {
+    std::vector<double> opens;
     for (int run = 0; run < Runs; ++run) {
-        winadmin::SetFormParameters({{QStringLiteral("DeviceName"), device},
-                                     {QStringLiteral("HostName"), QString::fromStdString(host)}});
-        start = Clock::now();
-        winadmin::frmDeviceDetails dialog;
+        winadmin::SetFormParameters(request);
+        const Clock::time_point start = Clock::now();
+        Dialog dialog;
         dialog.show();
         WaitFor([&] { return dialog.State() == winadmin::EditorState::Shown; });
         dialog.repaint();
         opens.push_back(MillisecondsSince(start));
-
-        auto* selector = dialog.findChild<QComboBox*>(QStringLiteral("cboLine"));
-        start = Clock::now();
-        selector->setCurrentIndex(selector->count() - 1);
-        dialog.repaint();
-        switches.push_back(MillisecondsSince(start));
-        if (dialog.Line() != lines) throw std::runtime_error("the last line is not shown");
+        afterOpen(dialog);
         dialog.hide();
     }
+    return Median(opens);
+}
+
+// The device dialog on a device of lines lines among devices such devices.
+void MeasureDeviceDialog(int deviceCount, int lines) {
+    veldrano::server::GenerateSizes sizes;
+    sizes.devicesPerServer = deviceCount;
+    BenchServer benchServer;
+    const std::string host = GenerateOneServer(benchServer, sizes, "generate_ms");
+    veldrano::server::Store& store = benchServer.Host().GetStore();
+    StoreLines(store, host, lines);
+    const std::vector<pb::Device> devices = store.ListDevices(host);
+    const QString device = QString::fromStdString(devices[devices.size() / 2].name());
+    LogIn(benchServer);
+
+    std::vector<double> switches;
+    const double openMs = MedianOpen<winadmin::frmDeviceDetails>(
+        {{QStringLiteral("DeviceName"), device},
+         {QStringLiteral("HostName"), QString::fromStdString(host)}},
+        [&](winadmin::frmDeviceDetails& dialog) {
+            auto* selector = dialog.findChild<QComboBox*>(QStringLiteral("cboLine"));
+            const Clock::time_point start = Clock::now();
+            selector->setCurrentIndex(selector->count() - 1);
+            dialog.repaint();
+            switches.push_back(MillisecondsSince(start));
+            if (dialog.Line() != lines) throw std::runtime_error("the last line is not shown");
+        });
     winadmin::SetTheSession(nullptr);
-    const double openMs = Median(opens);
     Print("device_lines", static_cast<long long>(lines));
     Print("device_dialog_open_ms", openMs);
     Print("device_line_switch_ms", Median(switches));
@@ -118,14 +138,10 @@ void MeasureDeviceDialog(int deviceCount, int lines) {
 void MeasureGroupDialog(int users) {
     constexpr int kMembers = 50;
     veldrano::server::GenerateSizes sizes;
-    sizes.servers = 1;
     sizes.firstServerUsers = users;
     BenchServer benchServer;
+    const std::string host = GenerateOneServer(benchServer, sizes, "generate_users_ms");
     veldrano::server::Store& store = benchServer.Host().GetStore();
-    Clock::time_point start = Clock::now();
-    veldrano::server::Generate(store, sizes);
-    Print("generate_users_ms", MillisecondsSince(start));
-    const std::string host = store.ListServers().front().name();
     pb::Group group = store.GetGroup("Night shift");
     group.set_comment("Benchmark group");
     for (int i = 0; i < kMembers; ++i) {
@@ -138,24 +154,17 @@ void MeasureGroupDialog(int users) {
     store.CommitGroup(group);
     LogIn(benchServer);
 
-    std::vector<double> opens;
-    for (int run = 0; run < Runs; ++run) {
-        winadmin::SetFormParameters({{QStringLiteral("GroupName"), QStringLiteral("Night shift")}});
-        start = Clock::now();
-        winadmin::frmGroupDetails dialog;
-        dialog.show();
-        WaitFor([&] { return dialog.State() == winadmin::EditorState::Shown; });
-        dialog.repaint();
-        opens.push_back(MillisecondsSince(start));
-        auto* members = dialog.findChild<QTreeView*>(QStringLiteral("lvGrpMembers"))->model();
-        if (members->rowCount() != kMembers ||
-            members->index(kMembers - 1, 1).data().toString() !=
-                QStringLiteral("Benchmark user %1").arg(1 + (kMembers - 1) * (users / kMembers)))
-            throw std::runtime_error("the members are not shown with their comments");
-        dialog.hide();
-    }
+    const QString lastComment =
+        QStringLiteral("Benchmark user %1").arg(1 + (kMembers - 1) * (users / kMembers));
+    const double openMs = MedianOpen<winadmin::frmGroupDetails>(
+        {{QStringLiteral("GroupName"), QStringLiteral("Night shift")}},
+        [&](winadmin::frmGroupDetails& dialog) {
+            auto* members = dialog.findChild<QTreeView*>(QStringLiteral("lvGrpMembers"))->model();
+            if (members->rowCount() != kMembers ||
+                members->index(kMembers - 1, 1).data().toString() != lastComment)
+                throw std::runtime_error("the members are not shown with their comments");
+        });
     winadmin::SetTheSession(nullptr);
-    const double openMs = Median(opens);
     Print("group_server_users", static_cast<long long>(users));
     Print("group_members", static_cast<long long>(kMembers));
     Print("group_open_100k_ms", openMs);
