@@ -160,6 +160,12 @@ void CheckNewKey(const LifecycleSubject& subject, ScriptedPrompter& prompter) {
     QVERIFY(DetailsOf(*editor.dialog)->isEnabled());
 }
 
+std::function<void(EditorDriver&)> TypeCounted(const char* field, const QString& prefix) {
+    return [field, prefix, count = 0](EditorDriver& editor) mutable {
+        editor.Type(field, prefix + QString::number(++count));
+    };
+}
+
 void CheckLifecycle(const LifecycleSubject& subject, ScriptedPrompter& prompter) {
     using Check = void (*)(const LifecycleSubject&, ScriptedPrompter&);
     for (Check check : {&CheckNotExistClosesWithZero, &CheckLoadingIsNoEdit,

@@ -44,6 +44,10 @@ struct LifecycleSubject {
     std::function<int64_t()> storedVersion;
 };
 
+// An edit for LifecycleSubject::edit: types the prefix and a number that
+// grows with each call, so that every call changes the field.
+std::function<void(EditorDriver&)> TypeCounted(const char* field, const QString& prefix);
+
 // Runs every check that fits the subject; a failed check ends the test case
 // with its message.
 void CheckLifecycle(const LifecycleSubject& subject, ScriptedPrompter& prompter);
