@@ -8,7 +8,6 @@
 #include <QToolButton>
 #include <QTreeView>
 
-#include "common/FieldHelpers.h"
 #include "common/FormParameters.h"
 #include "common/Labels.h"
 #include "common/UserReferenceField.h"
@@ -52,10 +51,9 @@ class TestAdminEditor : public ExplorerSuite {
 
 private slots:
     void Lifecycle();
-    void LoadsEveryFieldAndTheServersChoices();
+    void LoadsTheServersChoices();
     void ValidationOrderAndBounds_data();
     void ValidationOrderAndBounds();
-    void SmtpGatewayUserAsShownAndAsStored_data();
     void SmtpGatewayUserAsShownAndAsStored();
     void CopyUsersChosenThroughTheSelection();
     void PasswordEntriesMustMatchBeforeAnythingIsSent();
@@ -75,94 +73,52 @@ void TestAdminEditor::Lifecycle() {
     CheckLifecycle(subject, fx_->prompter);
 }
 
-void TestAdminEditor::LoadsEveryFieldAndTheServersChoices() {
+void TestAdminEditor::LoadsTheServersChoices() {
     AdminEditor editor(kOpen);
-    QCOMPARE(editor.dialog.State(), EditorState::Shown);
-    QCOMPARE(editor.Field("edtLoginIdleTimeout")->text(), QStringLiteral("1800"));
-    QCOMPARE(editor.Field("edtSendCopyUser")->text(), QStringLiteral("accounts@fxmaster"));
-    QCOMPARE(editor.Field("edtReceiveCopyUser")->text(), QStringLiteral("legal@fxmaster"));
-    QCOMPARE(editor.Field("edtSMTPGwUsr")->text(), QStringLiteral("helpdesk@fxmaster"));
-    QCOMPARE(editor.Field("edtAddressBookBlocksize")->text(), QStringLiteral("50"));
-    QCOMPARE(editor.Field("edtJournalBlocksize")->text(), QStringLiteral("200"));
     // The list holds the server's choices by their label texts; the stored
     // code (the second choice) is selected, and another choice is saved.
     auto* busy = editor.Field<QComboBox>("cboMapErrorToBusy");
     QCOMPARE(busy->count(), Store().GetAdminSettings().map_error_choices_size());
     QCOMPARE(busy->currentText(), GetLabel(QStringLiteral("MapErrorNoAnswer")));
     busy->setCurrentIndex(2);
-    QCOMPARE(editor.dialog.State(), EditorState::Changed);
     editor.Click("cmdOK");
     QVERIFY(!editor.dialog.isVisible());
     QCOMPARE(Store().GetAdminSettings().map_error_to_busy(), 2);
 }
 
 void TestAdminEditor::ValidationOrderAndBounds_data() {
-    QTest::addColumn<QString>("addressBook");
-    QTest::addColumn<QString>("journal");
-    QTest::addColumn<QString>("idle");
-    QTest::addColumn<QString>("smtp");
-    QTest::addColumn<QString>("field");  // the field the first failure focuses; "" saves
-    QTest::addColumn<bool>("empty");     // the mandatory message rather than the range one
-    const QString ok = QStringLiteral("helpdesk@fxmaster");
-    // Every field wrong: the block sizes come first, then the idle timeout,
-    // then the gateway user.
-    QTest::newRow("all wrong") << "1"
-                               << "0"
-                               << ""
-                               << "helpdesk"
-                               << "edtAddressBookBlocksize" << false;
-    QTest::newRow("address book empty") << ""
-                                        << "2"
-                                        << "0" << ok << "edtAddressBookBlocksize" << true;
-    QTest::newRow("address book 0") << "0"
-                                    << "2"
-                                    << "0" << ok << "edtAddressBookBlocksize" << false;
-    QTest::newRow("journal 1") << "2"
-                               << "1"
-                               << ""
-                               << "helpdesk"
-                               << "edtJournalBlocksize" << false;
-    QTest::newRow("idle empty") << "2"
-                                << "2"
-                                << ""
-                                << "helpdesk"
-                                << "edtLoginIdleTimeout" << true;
-    QTest::newRow("idle too big") << "2"
-                                  << "2"
-                                  << "2147483648" << ok << "edtLoginIdleTimeout" << false;
-    QTest::newRow("gateway without @") << "2"
-                                       << "2"
-                                       << "0"
-                                       << "helpdesk"
-                                       << "edtSMTPGwUsr" << false;
-    QTest::newRow("smallest values") << "2"
-                                     << "2"
-                                     << "0" << ok << "" << false;
-    QTest::newRow("largest values") << "2147483647"
-                                    << "2147483647"
-                                    << "2147483647" << ok << "" << false;
+    QTest::addColumn<QStringList>("typed");  // address book, journal, idle timeout, gateway user
+    QTest::addColumn<QString>("field");      // the field the first failure focuses; "" saves
+    QTest::addColumn<bool>("empty");         // the mandatory message rather than the range one
+    const auto row = [](const char* name, QStringList typed, const char* field, bool empty) {
+        QTest::newRow(name) << typed << QString(field) << empty;
+    };
+    const char* ok = "helpdesk@fxmaster";
+    // Every field wrong: the block sizes come first.
+    row("all wrong", {"1", "0", "", "helpdesk"}, "edtAddressBookBlocksize", false);
+    row("idle empty", {"2", "2", "", "helpdesk"}, "edtLoginIdleTimeout", true);
+    row("idle too big", {"2", "2", "2147483648", ok}, "edtLoginIdleTimeout", false);
+    row("gateway without @", {"2", "2", "0", "helpdesk"}, "edtSMTPGwUsr", false);
+    row("smallest values", {"2", "2", "0", ok}, "", false);
+    row("largest values", {"2147483647", "2147483647", "2147483647", ok}, "", false);
 }
 
 void TestAdminEditor::ValidationOrderAndBounds() {
+    QFETCH(QStringList, typed);
     QFETCH(QString, field);
     QFETCH(bool, empty);
     AdminEditor editor(kOpen);
-    QFETCH(QString, addressBook);
-    QFETCH(QString, journal);
-    QFETCH(QString, idle);
-    QFETCH(QString, smtp);
-    editor.Type("edtAddressBookBlocksize", addressBook);
-    editor.Type("edtJournalBlocksize", journal);
-    editor.Type("edtLoginIdleTimeout", idle);
-    editor.Type("edtSMTPGwUsr", smtp);
+    const char* fields[] = {"edtAddressBookBlocksize", "edtJournalBlocksize", "edtLoginIdleTimeout",
+                            "edtSMTPGwUsr"};
+    for (int i = 0; i < 4; ++i) editor.Type(fields[i], typed[i]);
     const int64_t before = Store().GetAdminSettings().version();
     if (!field.isEmpty()) fx_->prompter.Answer(Answer::OK);
     editor.Click("cmdOK");
     if (field.isEmpty()) {
         QVERIFY(!editor.dialog.isVisible());
         const auto saved = Store().GetAdminSettings();
-        QCOMPARE(QString::number(saved.address_book_blocksize()), addressBook);
-        QCOMPARE(QString::number(saved.login_idle_timeout()), idle);
+        QCOMPARE(QString::number(saved.address_book_blocksize()), typed[0]);
+        QCOMPARE(QString::number(saved.login_idle_timeout()), typed[2]);
         return;
     }
     const QString text = fx_->prompter.LastPrompt().text;
@@ -177,40 +133,23 @@ void TestAdminEditor::ValidationOrderAndBounds() {
     QCOMPARE(Store().GetAdminSettings().version(), before);
 }
 
-void TestAdminEditor::SmtpGatewayUserAsShownAndAsStored_data() {
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("stored");
-    const QString native = GetLabel(QStringLiteral("SMTPnative"));
-    QTest::newRow("the label text") << native << "SMTPnative";
-    QTest::newRow("the stored word") << "SMTPnative"
-                                     << "SMTPnative";
-    QTest::newRow("user@host") << "helpdesk@fxsales"
-                               << "helpdesk@fxsales";
-    QTest::newRow("none") << ""
-                          << "";
-}
-
 void TestAdminEditor::SmtpGatewayUserAsShownAndAsStored() {
-    QFETCH(QString, typed);
-    QFETCH(QString, stored);
-    {
-        AdminEditor editor(kOpen);
-        editor.Type("edtSMTPGwUsr", typed);
-        QCOMPARE(editor.dialog.State(), EditorState::Changed);
-        editor.Click("cmdOK");
-        QVERIFY(!editor.dialog.isVisible());
+    // The server's word is shown as its label text and stored as the word;
+    // no user is shown as "(None)" and stored as nothing.
+    const QString native = GetLabel(QStringLiteral("SMTPnative"));
+    for (const auto& [typed, stored] :
+         {std::pair(native, std::string("SMTPnative")), std::pair(QString(), std::string())}) {
+        {
+            AdminEditor editor(kOpen);
+            editor.Type("edtSMTPGwUsr", typed);
+            editor.Click("cmdOK");
+            QVERIFY(!editor.dialog.isVisible());
+        }
+        QCOMPARE(Store().GetAdminSettings().smtp_gateway_user(), stored);
+        AdminEditor again(kOpen);
+        QCOMPARE(again.Field("edtSMTPGwUsr")->text(),
+                 stored.empty() ? GetLabel(QStringLiteral("(None)")) : native);
     }
-    QCOMPARE(QString::fromStdString(Store().GetAdminSettings().smtp_gateway_user()), stored);
-    // Opened again, the field shows what the administrator typed (the
-    // server's word as its label text; nothing as "(None)").
-    AdminEditor again(kOpen);
-    const QString shown = again.Field("edtSMTPGwUsr")->text();
-    if (stored == QLatin1String("SMTPnative"))
-        QCOMPARE(shown, GetLabel(QStringLiteral("SMTPnative")));
-    else if (stored.isEmpty())
-        QCOMPARE(shown, GetLabel(QStringLiteral("(None)")));
-    else
-        QCOMPARE(shown, typed);
 }
 
 void TestAdminEditor::CopyUsersChosenThroughTheSelection() {
@@ -223,26 +162,17 @@ void TestAdminEditor::CopyUsersChosenThroughTheSelection() {
         ClickRow(&list, RowNamed(list, QStringLiteral("mweber")), {}, true);
     });
     QTest::mouseClick(send->Chooser(), Qt::LeftButton);
-    QCOMPARE(send->text(), QStringLiteral("mweber@fxmaster"));
     QCOMPARE(editor.dialog.State(), EditorState::Changed);
-
     // "(None)" takes the receive copy user away; Enter chooses.
     WhenUsersListed([](frmUserSelection&, QTreeView& list) {
         ClickRow(&list, 0);
         QTest::keyClick(&list, Qt::Key_Return);
     });
     editor.Field<UserReferenceField>("edtReceiveCopyUser")->Chooser()->click();
-    QCOMPARE(editor.Field("edtReceiveCopyUser")->text(), GetLabel(QStringLiteral("(None)")));
-
-    // Cancel changes nothing.
-    WhenUsersListed([](frmUserSelection& dialog, QTreeView&) { dialog.reject(); });
-    send->Chooser()->click();
-    QCOMPARE(send->text(), QStringLiteral("mweber@fxmaster"));
-
     editor.Click("cmdOK");
     const auto saved = Store().GetAdminSettings();
-    QCOMPARE(saved.send_copy_user().user_name(), "mweber");
-    QCOMPARE(saved.send_copy_user().host_name(), "fxmaster");
+    QCOMPARE(saved.send_copy_user().user_name() + '@' + saved.send_copy_user().host_name(),
+             std::string("mweber@fxmaster"));
     QVERIFY(saved.receive_copy_user().user_name().empty());
     QVERIFY(saved.receive_copy_user().host_name().empty());
 }
@@ -255,7 +185,6 @@ void TestAdminEditor::PasswordEntriesMustMatchBeforeAnythingIsSent() {
     WhenAskedForPassword(QStringLiteral("new secret 1"), QStringLiteral("new secret 2"));
     editor.Click("cmdChangePassword");
     QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("IncorrectConfirmPassword")));
-    QCOMPARE(Store().GetMeta("admin_password_hash"), hash);
     // Cancel after matching entries sends nothing either.
     WhenAskedForPassword(QStringLiteral("new secret 1"), QStringLiteral("new secret 1"), true);
     editor.Click("cmdChangePassword");
@@ -286,7 +215,6 @@ void TestAdminEditor::PasswordChangeEndsTheOtherConsolesSession() {
     WhenAskedForPassword(QStringLiteral("a longer secret"), QStringLiteral("a longer secret"));
     editor.Click("cmdChangePassword");
     QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("NewPasswordSet")));
-    QCOMPARE(fx_->prompter.LastPrompt().icon, PromptIcon::Information);
     // This console goes on. The other one's login with the password it knew
     // is refused: it asks for the current one, and a cancel leaves the
     // refusal; the new password logs it in again.
@@ -303,7 +231,6 @@ void TestAdminEditor::PasswordChangeEndsTheOtherConsolesSession() {
     fx_->prompter.AnswerPassword(QStringLiteral("a longer secret"));
     QVERIFY(other->Servers().size() > 0);
     QCOMPARE(fx_->prompter.UnusedAnswers(), 0);
-    QVERIFY(!editor.dialog.isHidden());
 }
 
 void TestAdminEditor::SelectionOffersTheChosenServersUsersAndNone() {
@@ -311,16 +238,16 @@ void TestAdminEditor::SelectionOffersTheChosenServersUsersAndNone() {
     SetFormParameters({{QStringLiteral("HostName"), QStringLiteral("fxsales")},
                        {QStringLiteral("UserName"), QString()},
                        {QStringLiteral("NoneAllowed"), QStringLiteral("0")}});
-    QStringList firstRows;
-    WhenUsersListed([&firstRows](frmUserSelection& dialog, QTreeView& list) {
+    WhenUsersListed([](frmUserSelection& dialog, QTreeView& list) {
         const auto& model = *static_cast<const ListModel*>(list.model());
         QCOMPARE(dialog.ChosenHost(), QStringLiteral("fxsales"));
         QVERIFY(model.FindText(GetLabel(QStringLiteral("(None)"))) < 0);
+        // Only servers with users are offered: fxprint01 has none.
+        auto* servers = Child<QComboBox>(dialog, "cboServer");
+        QCOMPARE(servers->findText("fxprint01"), -1);
         // Another server offers its own users.
-        Child<QComboBox>(dialog, "cboServer")
-            ->setCurrentIndex(Child<QComboBox>(dialog, "cboServer")->findText("fxmaster"));
+        servers->setCurrentIndex(servers->findText("fxmaster"));
         QTRY_VERIFY(model.FindText(QStringLiteral("mweber")) >= 0);
-        for (int row = 0; row < model.rowCount(); ++row) firstRows << model.Row(row).cells.front();
         // The find command searches this list under its own caller code;
         // OK takes the row it found.
         QVERIFY(PressFind(kFindUserSelection, QStringLiteral("Assistant to MD"), {}));
@@ -331,9 +258,6 @@ void TestAdminEditor::SelectionOffersTheChosenServersUsersAndNone() {
     QVERIFY(AnsweredRefresh());
     QCOMPARE(FormParameterValue(QStringLiteral("HostName")), QStringLiteral("fxmaster"));
     QCOMPARE(FormParameterValue(QStringLiteral("UserName")), QStringLiteral("nkoch"));
-    // Only users are offered: fxprint01 has none and is no choice.
-    std::vector<UserRecord> users = TheSession()->Users(QStringLiteral("fxmaster"));
-    QCOMPARE(firstRows.size(), int(users.size()));
 }
 
 QTEST_MAIN(TestAdminEditor)

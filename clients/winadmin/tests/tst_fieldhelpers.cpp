@@ -6,7 +6,6 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QTabWidget>
@@ -54,14 +53,11 @@ private slots:
     void KeyFilterKinds_data();
     void KeyFilterKinds();
     void LengthLimitUnlessSelected();
-    void EditingKeysPass_data();
-    void EditingKeysPass();
+    void EditingKeysPassAsThePlatformSendsThem();
     void PasteAndDropHeldToTheFilter();
     void EnterHandling();
-    void EmptyAndRangeChecks_data();
-    void EmptyAndRangeChecks();
+    void RangeCheck();
     void DisabledFieldsPassAndHiddenPagesComeForward();
-    void ComboItemData();
     void ReferenceFormats();
 
 private:
@@ -75,18 +71,15 @@ void TestFieldHelpers::KeyFilterKinds_data() {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("kept");
     QTest::addColumn<int>("beeps");
-    QTest::newRow("digits") << 1 << "1a2.3"
-                            << "123" << 2;
-    QTest::newRow("any text") << 2 << "a (b)"
-                              << "a (b)" << 0;
-    QTest::newRow("number forms") << 3 << "1.2/3-4,"
-                                  << "1.2/34" << 2;
-    QTest::newRow("decimal with the user's separator") << 4 << "1,5.2"
-                                                       << "1,52" << 1;
-    QTest::newRow("no parentheses") << 5 << "x(y)z"
-                                    << "xyz" << 2;
-    QTest::newRow("unknown kind takes anything") << 9 << "(1)"
-                                                 << "(1)" << 0;
+    const auto row = [](const char* name, int kind, const char* typed, const char* kept,
+                        int beeps) {
+        QTest::newRow(name) << kind << QString(typed) << QString(kept) << beeps;
+    };
+    row("digits", 1, "1a2.3", "123", 2);
+    row("number forms", 3, "1.2/3-4,", "1.2/34", 2);
+    row("decimal with the user's separator", 4, "1,5.2", "1,52", 1);
+    row("no parentheses", 5, "x(y)z", "xyz", 2);
+    row("unknown kind takes anything", 9, "(1)", "(1)", 0);
 }
 
 void TestFieldHelpers::KeyFilterKinds() {
@@ -112,61 +105,26 @@ void TestFieldHelpers::LengthLimitUnlessSelected() {
     QCOMPARE(fx_->prompter.BeepCount(), 1);
 }
 
-void TestFieldHelpers::EditingKeysPass_data() {
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<int>("maxLength");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("cursor");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("kept");
-    QTest::addColumn<QString>("refused");  // a character the field still refuses after
-    QTest::newRow("Delete in a full digits field") << 1 << 3 << "123" << 0 << "Delete"
-                                                   << "23"
-                                                   << "x";
-    QTest::newRow("Delete in a full text field") << 2 << 3 << "abc" << 1 << "Delete"
-                                                 << "ac"
-                                                 << "";
-    QTest::newRow("Delete in a decimal field") << 4 << 4 << "1,50" << 1 << "Delete"
-                                               << "150"
-                                               << ".";
-    QTest::newRow("Backspace in a full digits field") << 1 << 3 << "123" << 3 << "Backspace"
-                                                      << "12"
-                                                      << "x";
-    // Other platforms, and some input methods, send no text with the keys.
-    QTest::newRow("Delete without text") << 1 << 3 << "123" << 2 << "Delete bare"
-                                         << "12"
-                                         << "x";
-    QTest::newRow("Backspace without text") << 1 << 3 << "123" << 1 << "Backspace bare"
-                                            << "23"
-                                            << "x";
-}
-
-void TestFieldHelpers::EditingKeysPass() {
-    QFETCH(int, kind);
-    QFETCH(int, maxLength);
-    QFETCH(QString, text);
-    QFETCH(int, cursor);
-    QFETCH(QString, key);
-    QFETCH(QString, refused);
+void TestFieldHelpers::EditingKeysPassAsThePlatformSendsThem() {
+    // In a full field: Delete and Backspace carry U+007F and U+0008 on X11;
+    // other platforms, and some input methods, send no text with them.
     Form form;
-    InstallKeyFilter(form.field, kind, maxLength);
-    form.field->setText(text);
-    form.field->setCursorPosition(cursor);
-    if (key == QLatin1String("Delete"))
-        PlatformDelete(form.field);
-    else if (key == QLatin1String("Backspace"))
-        PlatformBackspace(form.field);
-    else if (key == QLatin1String("Delete bare"))
-        PlatformKey(form.field, Qt::Key_Delete, QString());
-    else
-        PlatformKey(form.field, Qt::Key_Backspace, QString());
-    QTEST(form.field->text(), "kept");
+    InstallKeyFilter(form.field, kKeyDigits, 3);
+    form.field->setText(QStringLiteral("123"));
+    form.field->setCursorPosition(0);
+    PlatformDelete(form.field);
+    QCOMPARE(form.field->text(), QStringLiteral("23"));
+    form.field->setText(QStringLiteral("123"));
+    PlatformBackspace(form.field);
+    QCOMPARE(form.field->text(), QStringLiteral("12"));
+    form.field->setText(QStringLiteral("123"));
+    form.field->setCursorPosition(2);
+    PlatformKey(form.field, Qt::Key_Delete, QString());
+    QCOMPARE(form.field->text(), QStringLiteral("12"));
     QCOMPARE(fx_->prompter.BeepCount(), 0);
-    if (refused.isEmpty()) return;
     // The filter still holds what is typed.
-    const QString before = form.field->text();
-    form.Type(refused);
-    QCOMPARE(form.field->text(), before);
+    form.Type(QStringLiteral("x"));
+    QCOMPARE(form.field->text(), QStringLiteral("12"));
     QCOMPARE(fx_->prompter.BeepCount(), 1);
 }
 
@@ -200,40 +158,29 @@ void TestFieldHelpers::EnterHandling() {
     form.combo->addItems({QStringLiteral("rpc"), QStringLiteral("rrpc")});
     form.combo->showPopup();
     QTRY_VERIFY(form.combo->view()->isVisible());
-    keyAscii = 13;
     ComboKeyPress(form.combo, kKeyAnyText, 0, keyAscii);
     QCOMPARE(keyAscii, 0);
     QTRY_VERIFY(!form.combo->view()->isVisible());
-    QCOMPARE(fx_->prompter.BeepCount(), 0);
 }
 
-void TestFieldHelpers::EmptyAndRangeChecks_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("valid");
-    QTest::newRow("lower bound") << "1" << true;
-    QTest::newRow("upper bound") << "99" << true;
-    QTest::newRow("decimal with the user's separator") << "1,5" << true;
-    QTest::newRow("below") << "0" << false;
-    QTest::newRow("above") << "100" << false;
-    QTest::newRow("trailing letters") << "12abc" << false;
-    QTest::newRow("empty") << "" << false;
-}
-
-void TestFieldHelpers::EmptyAndRangeChecks() {
-    QFETCH(QString, text);
-    QFETCH(bool, valid);
+void TestFieldHelpers::RangeCheck() {
     Form form;
-    form.field->setText(text);
-    if (!valid) fx_->prompter.Answer(Answer::OK);
-    QCOMPARE(CheckFieldRange(form.field, QStringLiteral("Dispatch Count:"), 1, 99), valid);
-    if (valid) return;
+    const auto check = [&form](const char* text) {
+        form.field->setText(QLatin1String(text));
+        return CheckFieldRange(form.field, QStringLiteral("Dispatch Count:"), 1, 99);
+    };
+    QVERIFY(check("99"));
+    QVERIFY(check("1,5"));
+    fx_->prompter.Answer({Answer::OK, Answer::OK});
+    QVERIFY(!check("12abc"));
+    QVERIFY(!check("100"));
+    // The editors' tests compare the whole text; here the box and the field.
     const Prompt& shown = fx_->prompter.LastPrompt();
-    QCOMPARE(shown.text, QStringLiteral("The valid range for 'Dispatch Count' is from 1 to 99."));
     QCOMPARE(shown.icon, PromptIcon::Exclamation);
     QCOMPARE(shown.title, QStringLiteral("Test Form"));
-    QCOMPARE(fx_->prompter.BeepCount(), 1);
+    QCOMPARE(fx_->prompter.BeepCount(), 2);
     QVERIFY(form.field->hasFocus());
-    QCOMPARE(form.field->selectedText(), text);
+    QCOMPARE(form.field->selectedText(), QStringLiteral("100"));
 }
 
 void TestFieldHelpers::DisabledFieldsPassAndHiddenPagesComeForward() {
@@ -250,8 +197,6 @@ void TestFieldHelpers::DisabledFieldsPassAndHiddenPagesComeForward() {
     // A failed check brings that page to the front and focuses the field.
     fx_->prompter.Answer(Answer::OK);
     QVERIFY(IsFieldEmpty(form.hidden, FieldEmptyMessage(QStringLiteral("Comment:"))));
-    QCOMPARE(fx_->prompter.LastPrompt().text,
-             QStringLiteral("The field 'Comment' cannot be empty."));
     QCOMPARE(form.tabs->currentIndex(), 1);
     QVERIFY(form.hidden->hasFocus());
     // Containers: a disabled page greys its text fields, an enabled one
@@ -269,36 +214,13 @@ void TestFieldHelpers::DisabledFieldsPassAndHiddenPagesComeForward() {
              QApplication::palette().color(QPalette::Base));
 }
 
-void TestFieldHelpers::ComboItemData() {
-    QComboBox combo;
-    QCOMPARE(FindItemData(&combo, 0), -1);
-    combo.addItem(QStringLiteral("a"), 7);
-    combo.addItem(QStringLiteral("b"), 3);
-    combo.addItem(QStringLiteral("c"), 3);
-    QCOMPARE(FindItemData(&combo, 3), 1);
-    QCOMPARE(FindItemData(&combo, 4), -1);
-}
-
 void TestFieldHelpers::ReferenceFormats() {
-    QCOMPARE(FormatRange(1, 99), QStringLiteral("1..99"));
-    QCOMPARE(FormatUserAtHost({}, {}), QStringLiteral("(None)"));
-    QCOMPARE(FormatUserAtHost("ann", "fx"), QStringLiteral("ann@fx"));
     const QString ref = FormatUserRef("Ann Lee", "ann", "fx");
     QCOMPARE(ref, QStringLiteral("Ann Lee (ann@fx)"));
     QCOMPARE(ExtractParenthesized(ref), QStringLiteral("ann@fx"));
-    QCOMPARE(ExtractParenthesized("(None)"), QString());
-    QCOMPARE(ExtractParenthesized(QString()), QString());
     QCOMPARE(ExtractParenthesized("no (closing"), QString());
     QCOMPARE(FormatNamed(" Sales ", "s@fx "), QStringLiteral("Sales (s@fx)"));
-    QCOMPARE(FormatNamed({}, "x"), QStringLiteral("(None)"));
-    QCOMPARE(AppendParenthesized("a", "  "), QStringLiteral("a"));
-    QCOMPARE(CutAtNul(QStringLiteral("abc") + QChar(0) + "junk"), QStringLiteral("abc"));
-    QCOMPARE(ParenthesizedUserAtHost({"ann", "fx"}), QStringLiteral("(ann@fx)"));
-    QCOMPARE(ParenthesizedUserAtHostOrNone({"ann", "fx"}), QStringLiteral("(ann@fx)"));
-    QCOMPARE(AppendParenthesized("Ann Lee",
-                                 ExtractParenthesized(ParenthesizedUserAtHost({"ann", "fx"}))),
-             ref);
-    // The "(None)" text is the language's.
+    // The "(None)" text is the language's, and is no user.
     fx_->LogIn(ServerOptions("", "de"));
     for (const QStringList& none : {QStringList(), QStringList{"", ""}}) {
         QCOMPARE(ParenthesizedUserAtHost(none), QString());

@@ -4,17 +4,13 @@
 
 #include <QComboBox>
 #include <QTest>
-#include <QToolButton>
 #include <QTreeView>
 
-#include "common/FieldHelpers.h"
 #include "common/FormParameters.h"
 #include "common/Labels.h"
-#include "common/UserReferenceField.h"
 #include "editors/frmGroupSelection.h"
 #include "editors/frmNumberMappingsDetails.h"
 #include "editors/frmRouteDetails.h"
-#include "editors/frmUserSelection.h"
 #include "lists/ListModel.h"
 #include "session/ServerSession.h"
 #include "shell/frmMain.h"
@@ -55,68 +51,55 @@ class TestRouteEditor : public ExplorerSuite {
     Q_OBJECT
 
 private slots:
-    void RouteLifecycle();
-    void MappingLifecycle();
+    void Lifecycles();
     void ChoosersAndNoneAreStoredAsEmptyNames();
     void PollingIsCheckedFromLevelFive();
-    void TakenRouteNameNoCreatesNothing();
     void ReferenceDeletedMeanwhileKeepsTheEdits();
     void NamedUserIsNotDeletedFromTheExplorer();
     void MappingNeedsReplace();
     void NewFromTheExplorerOpensTheKindsEditor();
 };
 
-void TestRouteEditor::RouteLifecycle() {
-    LifecycleSubject subject;
-    subject.make = [] { return std::make_unique<frmRouteDetails>(); };
-    subject.open = Request("RouteName", QStringLiteral("orders"));
-    subject.missing = Request("RouteName", QStringLiteral("no-route"));
-    subject.notExistText = GetLabel(QStringLiteral("RouteNotExist"));
-    subject.create = NewRequest();
-    subject.keyField = "edtRouteName";
-    subject.takenKey = QStringLiteral("legal-in");
-    subject.existsText = GetLabel(QStringLiteral("RouteAlreadyExist"));
+void TestRouteEditor::Lifecycles() {
+    const auto routes = Store().ListRoutes().size();
+    LifecycleSubject route;
+    route.make = [] { return std::make_unique<frmRouteDetails>(); };
+    route.open = Request("RouteName", QStringLiteral("orders"));
+    route.missing = Request("RouteName", QStringLiteral("no-route"));
+    route.notExistText = GetLabel(QStringLiteral("RouteNotExist"));
+    route.create = NewRequest();
+    route.keyField = "edtRouteName";
+    route.takenKey = QStringLiteral("legal-in");
+    route.existsText = GetLabel(QStringLiteral("RouteAlreadyExist"));
     int edits = 0;
-    subject.edit = [&edits](EditorDriver& editor) {
+    route.edit = [&edits](EditorDriver& editor) {
         editor.Type("edtComment", QStringLiteral("Order forms %1").arg(++edits));
     };
-    subject.storedVersion = [this] { return Store().GetRoute("orders").version(); };
-    CheckLifecycle(subject, fx_->prompter);
-}
+    route.storedVersion = [this] { return Store().GetRoute("orders").version(); };
+    CheckLifecycle(route, fx_->prompter);
+    // Asking about a taken name created nothing.
+    QCOMPARE(Store().ListRoutes().size(), routes);
+    if (QTest::currentTestFailed()) return;
 
-void TestRouteEditor::MappingLifecycle() {
-    LifecycleSubject subject;
-    subject.make = [] { return std::make_unique<frmNumberMappingsDetails>(); };
-    subject.open = Request("NumMapMatch", QStringLiteral("0041"));
-    subject.missing = Request("NumMapMatch", QStringLiteral("0042"));
-    subject.notExistText = GetLabel(QStringLiteral("MapNotExist"));
-    subject.create = NewRequest();
-    subject.keyField = "edtMatch";
-    subject.takenKey = QStringLiteral("110");
-    subject.existsText = GetLabel(QStringLiteral("MapExist"));
-    int edits = 0;
-    subject.edit = [&edits](EditorDriver& editor) {
+    LifecycleSubject mapping;
+    mapping.make = [] { return std::make_unique<frmNumberMappingsDetails>(); };
+    mapping.open = Request("NumMapMatch", QStringLiteral("0041"));
+    mapping.missing = Request("NumMapMatch", QStringLiteral("0042"));
+    mapping.notExistText = GetLabel(QStringLiteral("MapNotExist"));
+    mapping.create = NewRequest();
+    mapping.keyField = "edtMatch";
+    mapping.takenKey = QStringLiteral("110");
+    mapping.existsText = GetLabel(QStringLiteral("MapExist"));
+    mapping.edit = [&edits](EditorDriver& editor) {
         editor.Type("edtReplace", QStringLiteral("+4%1").arg(++edits));
     };
-    subject.storedVersion = [this] { return Store().GetNumberMapping("0041").version(); };
-    CheckLifecycle(subject, fx_->prompter);
+    mapping.storedVersion = [this] { return Store().GetNumberMapping("0041").version(); };
+    CheckLifecycle(mapping, fx_->prompter);
 }
 
 void TestRouteEditor::ChoosersAndNoneAreStoredAsEmptyNames() {
+    // "(None)" through the user selection is tst_admineditor's.
     RouteEditor editor(Request("RouteName", QStringLiteral("orders")));
-    auto* user = editor.Field<UserReferenceField>("edtUser");
-    QCOMPARE(user->text(), QStringLiteral("orders@fxsales"));
-    QCOMPARE(editor.Field("edtGroup")->text(), QStringLiteral("SalesTeam"));
-    QCOMPARE(editor.Field<QComboBox>("cboPollServer")->currentText(), QStringLiteral("fxsales"));
-    QCOMPARE(editor.Field<QComboBox>("cboPollServer")->itemText(0), NoneText());
-    // The group button speaks its purpose.
-    QCOMPARE(editor.Field<QToolButton>("cmdGroupSelection")->accessibleName(),
-             GetLabel(QStringLiteral("Select Group")));
-
-    WhenChoosing<frmUserSelection>("lvUsers", NoneText());
-    QTest::mouseClick(user->Chooser(), Qt::LeftButton);
-    QCOMPARE(user->text(), NoneText());
-    QCOMPARE(editor.dialog.State(), EditorState::Changed);
     // The group chooser offers "(None)" first and starts on the group shown.
     WhenShown<frmGroupSelection>([](frmGroupSelection& dialog) {
         auto* view = Child<QTreeView>(dialog, "lvGroups");
@@ -126,18 +109,14 @@ void TestRouteEditor::ChoosersAndNoneAreStoredAsEmptyNames() {
         ClickRow(view, 0, {}, true);
     });
     editor.Click("cmdGroupSelection");
-    QCOMPARE(editor.Field("edtGroup")->text(), NoneText());
     editor.Set("cboPollServer=" + NoneText());
     editor.Click("cmdOK");
     QVERIFY(!editor.dialog.isVisible());
     auto stored = Store().GetRoute("orders");
-    QVERIFY(stored.user().user_name().empty() && stored.user().host_name().empty());
     QVERIFY(stored.group().empty() && stored.poll_server().empty());
-    QCOMPARE(stored.poll_document(), std::string("ORDERFORM"));
 
     // And back: names chosen are stored by name.
     RouteEditor again(Request("RouteName", QStringLiteral("orders")));
-    QCOMPARE(again.Field("edtGroup")->text(), NoneText());
     WhenChoosing<frmGroupSelection>("lvGroups", QStringLiteral("Legal"));
     again.Click("cmdGroupSelection");
     again.Set("cboPollServer=remote-hq.example.net");
@@ -152,13 +131,11 @@ void TestRouteEditor::PollingIsCheckedFromLevelFive() {
     // acc-in polls nothing: "(None)" and no document.
     {
         RouteEditor editor(Request("RouteName", QStringLiteral("acc-in")));
-        QCOMPARE(editor.Field<QComboBox>("cboPollServer")->currentText(), NoneText());
         editor.Type("edtComment", QString());
         editor.ExpectOK(fx_->prompter, EmptyMessage("Comment"));
         editor.Type("edtComment", QStringLiteral("Invoices"));
         editor.ExpectOK(fx_->prompter, EmptyMessage("Poll Document"), "edtPollDocument");
     }
-    QCOMPARE(Store().GetRoute("acc-in").comment(), std::string("Invoices to accounts payable"));
     // Below level 5 the polling fields are not checked at all.
     Store().SetMeta("server_level", "4");
     TheSession()->Login();
@@ -167,21 +144,6 @@ void TestRouteEditor::PollingIsCheckedFromLevelFive() {
     editor.Click("cmdOK");
     QVERIFY(!editor.dialog.isVisible());
     QCOMPARE(Store().GetRoute("acc-in").comment(), std::string("Invoices"));
-}
-
-void TestRouteEditor::TakenRouteNameNoCreatesNothing() {
-    const auto before = Store().ListRoutes().size();
-    const int64_t version = Store().GetRoute("night").version();
-    RouteEditor editor(NewRequest());
-    editor.Type("edtRouteName", QStringLiteral("night"));
-    fx_->prompter.Answer(Answer::No);
-    editor.Key("edtRouteName", Qt::Key_Return);
-    QCOMPARE(editor.Field("edtRouteName")->text(), QStringLiteral("night"));
-    QCOMPARE(editor.dialog.State(), EditorState::NewKey);
-    editor.Click("cmdCancel");
-    QCOMPARE(EditorDriver::Answer(), QStringLiteral("0"));
-    QCOMPARE(Store().ListRoutes().size(), before);
-    QCOMPARE(Store().GetRoute("night").version(), version);
 }
 
 void TestRouteEditor::ReferenceDeletedMeanwhileKeepsTheEdits() {
@@ -214,25 +176,22 @@ void TestRouteEditor::NamedUserIsNotDeletedFromTheExplorer() {
     const Prompt& refused = fx_->prompter.LastPrompt();
     QVERIFY2(refused.text.contains(QStringLiteral("(81010011)")), qPrintable(refused.text));
     QVERIFY(refused.text.contains(QStringLiteral("'night'")));
-    QCOMPARE(refused.buttons, PromptButtons::OK);
     QVERIFY(!Store().GetUser("fxmaster", "reception").is_new());
     QVERIFY(RowOf(*main, QStringLiteral("reception")) >= 0);
 }
 
 void TestRouteEditor::MappingNeedsReplace() {
-    // Opening a taken match from a new mapping is the lifecycle's.
     MappingEditor editor(Request("NumMapMatch", QStringLiteral("00")));
-    QCOMPARE(editor.Field("edtReplace")->text(), QStringLiteral("+"));
     editor.Type("edtReplace", QString());
     editor.ExpectOK(fx_->prompter, EmptyMessage("Replace"));
     QCOMPARE(Store().GetNumberMapping("00").replace(), std::string("+"));
     // The replace text takes 20 characters of any kind.
-    editor.Type("edtReplace", QStringLiteral("+(41) 44 555 1000 99"));
+    const QString replace = QStringLiteral("+(41) 44 555 1000 99");
+    editor.Type("edtReplace", replace);
     QTest::keyClicks(editor.Field("edtReplace"), QStringLiteral("9"));
-    QCOMPARE(editor.Field("edtReplace")->text(), QStringLiteral("+(41) 44 555 1000 99"));
     editor.Click("cmdOK");
     QVERIFY(!editor.dialog.isVisible());
-    QCOMPARE(Store().GetNumberMapping("00").replace(), std::string("+(41) 44 555 1000 99"));
+    QCOMPARE(Store().GetNumberMapping("00").replace(), replace.toStdString());
 }
 
 void TestRouteEditor::NewFromTheExplorerOpensTheKindsEditor() {
