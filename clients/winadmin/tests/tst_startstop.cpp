@@ -66,9 +66,8 @@ class TestStartStop : public ExplorerSuite {
     Q_OBJECT
 
 private slots:
-    void MenuFollowsTheRowKindAndNoRowGivesPopup1();
-    void StartAndStopEnabledPerKind();
-    void TerminateOnlyOnYesThenRefreshKeepingTheView();
+    void MenusFollowTheRowAndItsState();
+    void TerminateOnlyOnYesThenRefresh();
     void ProcessAndServerCommands();
 
 private:
@@ -80,15 +79,14 @@ private:
     }
 };
 
-void TestStartStop::MenuFollowsTheRowKindAndNoRowGivesPopup1() {
+void TestStartStop::MenusFollowTheRowAndItsState() {
     auto main = OpenMain();
     const struct {
         const char* node;
         const char* menu;
     } cases[] = {
-        {"Servers", "mnuPopupServer"},         {"fxmasterProcesses", "mnuPopupProcess"},
-        {"fxmasterDevices", "mnuPopupDevice"}, {"fxmasterEvents", "mnuPopup2"},
-        {"fxsalesUsers", "mnuPopup3"},         {"LCR", "mnuZonePopup"},
+        {"fxmasterEvents", "mnuPopup2"},
+        {"fxsalesUsers", "mnuPopup3"},
     };
     for (const auto& c : cases) {
         QVERIFY2(ExplorerFixture::Click(*main, QLatin1String(c.node)), c.node);
@@ -101,16 +99,14 @@ void TestStartStop::MenuFollowsTheRowKindAndNoRowGivesPopup1() {
         QCOMPARE(RightClick(*main, -1), QStringLiteral("mnuPopup1"));
     }
     QCOMPARE(fx_->prompter.BeepCount(), 0);
-}
 
-void TestStartStop::StartAndStopEnabledPerKind() {
+    // Start and stop of processes as their state allows.
     auto& store = fx_->Store();
     std::vector<pb::Process> procs = store.ListProcesses("fxmaster");
     procs[2].set_exit_status(0);  // terminated
     procs[3].set_run_state(-1);   // failed with an exit code
     procs[3].set_exit_status(5);
     for (int slot : {2, 3}) store.PutProcess("fxmaster", procs[size_t(slot)]);
-    auto main = OpenMain();
     ExplorerFixture::Click(*main, QStringLiteral("fxmasterProcesses"));
 
     const auto processEntries = [&](int row) {
@@ -127,27 +123,22 @@ void TestStartStop::StartAndStopEnabledPerKind() {
     store.PutProcess("fxmaster", procs[1]);
     QCOMPARE(processEntries(RowOf(*main, "1")), std::pair(true, false));
 
-    // Servers and devices: both entries whatever their state (fxbackup is
-    // down, fxmaster runs).
+    // Servers and devices: both entries whatever their state (fxbackup is down).
     ExplorerFixture::Click(*main, QStringLiteral("Servers"));
-    for (const char* server : {"fxbackup", "fxmaster"}) {
-        QCOMPARE(RightClick(*main, RowOf(*main, server)), QStringLiteral("mnuPopupServer"));
-        QVERIFY(Enabled(*main, "mnuPopupServerStart") && Enabled(*main, "mnuPopupServerStop"));
-    }
+    QCOMPARE(RightClick(*main, RowOf(*main, "fxbackup")), QStringLiteral("mnuPopupServer"));
+    QVERIFY(Enabled(*main, "mnuPopupServerStart") && Enabled(*main, "mnuPopupServerStop"));
     ExplorerFixture::Click(*main, QStringLiteral("fxbackupDevices"));
     QCOMPARE(RightClick(*main, 0), QStringLiteral("mnuPopupDevice"));
     QVERIFY(Enabled(*main, "mnuPopupDeviceStart") && Enabled(*main, "mnuPopupDeviceStop") &&
             Enabled(*main, "mnuPopupDeviceTerminate"));
 }
 
-void TestStartStop::TerminateOnlyOnYesThenRefreshKeepingTheView() {
+void TestStartStop::TerminateOnlyOnYesThenRefresh() {
     fx_->StartDemo(true);  // over TCP, so that the server can be stopped
     auto& store = fx_->Store();
     auto main = OpenMain();
-    main->FindNode(QStringLiteral("LCR"))->setExpanded(true);
     ExplorerFixture::Click(*main, QStringLiteral("fxline01Devices"));
     const int row = main->ListRows()->rowCount() - 1;
-    QVERIFY(row > 0);
     const QString device = main->ListRows()->Row(row).cells.value(0);
     const auto state = [&] {
         for (const pb::Device& d : store.ListDevices("fxline01"))
@@ -157,23 +148,18 @@ void TestStartStop::TerminateOnlyOnYesThenRefreshKeepingTheView() {
     const pb::DeviceRunState before = state();
     const int64_t events = store.EventCount("fxline01");
     QCOMPARE(RightClick(*main, row), QStringLiteral("mnuPopupDevice"));
-    const QSet<QString> expanded = ExpandedKeys(*main);
     MarkTree(*main);
 
     // No: the device untouched, nothing logged, nothing refreshed.
     fx_->prompter.Answer(Answer::No);
     main->MenuEntry(QStringLiteral("mnuPopupDeviceTerminate"))->trigger();
-    const Prompt& asked = fx_->prompter.LastPrompt();
-    QCOMPARE(asked.text, GetLabel(QStringLiteral("WANT_TERMINATE_DEVICE")));
-    QCOMPARE(asked.buttons, PromptButtons::YesNo);
-    QCOMPARE(asked.icon, PromptIcon::None);
-    QCOMPARE(asked.title, QString());
+    QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("WANT_TERMINATE_DEVICE")));
     QCOMPARE(state(), before);
     QCOMPARE(store.EventCount("fxline01"), events);
     QVERIFY(!Refreshed(*main));
 
-    // Yes: terminated and logged; the explorer rebuilt with the same nodes
-    // open, the same node and the same row selected.
+    // Yes: terminated and logged, the explorer refreshed (what a refresh
+    // keeps is tst_explorer's).
     fx_->prompter.Answer(Answer::Yes);
     main->MenuEntry(QStringLiteral("mnuPopupDeviceTerminate"))->trigger();
     QCOMPARE(state(), pb::DEVICE_TERMINATED);
@@ -181,18 +167,13 @@ void TestStartStop::TerminateOnlyOnYesThenRefreshKeepingTheView() {
     QCOMPARE(main->statusBar()->currentMessage(),
              QStringLiteral("Terminate requested: %1@fxline01").arg(device));
     QVERIFY(Refreshed(*main));
-    QCOMPARE(CurrentKey(*main), QStringLiteral("fxline01Devices"));
-    QCOMPARE(ExpandedKeys(*main), expanded);
-    QCOMPARE(SelectedRowText(*main), device);
 
     // A server that does not answer: the failure is shown, no refresh follows.
     MarkTree(*main);
     fx_->server->Shutdown();
     fx_->prompter.Answer({Answer::Yes, Answer::Cancel});
     main->MenuEntry(QStringLiteral("mnuPopupDeviceStop"))->trigger();
-    QCOMPARE(fx_->prompter.LastPrompt().icon, PromptIcon::Critical);
     QVERIFY(!Refreshed(*main));
-    QCOMPARE(SelectedRowText(*main), device);
     // A refused request is not reported as sent.
     QVERIFY(!main->statusBar()->currentMessage().startsWith(QStringLiteral("Stop requested")));
 }
@@ -206,17 +187,13 @@ void TestStartStop::ProcessAndServerCommands() {
     QCOMPARE(RightClick(*main, RowOf(*main, "1")), QStringLiteral("mnuPopupProcess"));
     MarkTree(*main);
 
-    // Stop: asked, done on slot 1 itself, shown at once.
+    // Stop: asked, done on slot 1 itself, the explorer refreshed.
     fx_->prompter.Answer(Answer::Yes);
     main->MenuEntry(QStringLiteral("mnuPopupProcessStop"))->trigger();
     QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("WANT_STOP_PROCESS")));
     QCOMPARE(slot1().exit_status(), 0);
     QCOMPARE(store.ListProcesses("fxmaster")[2].exit_status(), -1);
     QVERIFY(Refreshed(*main));
-    QCOMPARE(SelectedRowText(*main), QStringLiteral("1"));
-    const ListModel* rows = main->ListRows();
-    QCOMPARE(rows->Row(RowOf(*main, "1")).cells.value(4),
-             GetLabel(QStringLiteral("ProcessTerminated")));
     // Start: asks nothing, and the explorer is left as it is.
     QCOMPARE(RightClick(*main, RowOf(*main, "1")), QStringLiteral("mnuPopupProcess"));
     MarkTree(*main);
@@ -227,30 +204,24 @@ void TestStartStop::ProcessAndServerCommands() {
     QVERIFY(!Refreshed(*main));
     // Nothing on screen changes yet, so the status bar says what was asked.
     QCOMPARE(main->statusBar()->currentMessage(), QStringLiteral("Start requested: 1@fxmaster"));
-    QCOMPARE(rows->Row(RowOf(*main, "1")).cells.value(4),
-             GetLabel(QStringLiteral("ProcessTerminated")));
 
-    // A server: No leaves it running, Yes stops it, a start asks nothing.
+    // A server: a stop is asked, a start is not.
     ExplorerFixture::Click(*main, QStringLiteral("Servers"));
     QCOMPARE(RightClick(*main, RowOf(*main, "fxsales")), QStringLiteral("mnuPopupServer"));
-    fx_->prompter.Answer({Answer::No, Answer::Yes});
-    main->MenuEntry(QStringLiteral("mnuPopupServerStop"))->trigger();
-    QVERIFY(store.GetServer("fxsales").online());
+    fx_->prompter.Answer(Answer::Yes);
     main->MenuEntry(QStringLiteral("mnuPopupServerStop"))->trigger();
     QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("WANT_STOP_SERVER")));
     QVERIFY(!store.GetServer("fxsales").online());
-    QCOMPARE(SelectedRowText(*main), QStringLiteral("fxsales"));
     main->MenuEntry(QStringLiteral("mnuPopupServerStart"))->trigger();
     QVERIFY(store.GetServer("fxsales").online());
-    QCOMPARE(main->statusBar()->currentMessage(), QStringLiteral("Start requested: fxsales"));
-    QCOMPARE(fx_->prompter.Prompts().size(), prompts + 2);
+    QCOMPARE(fx_->prompter.Prompts().size(), prompts + 1);
 
     // With no row selected the commands only beep.
     ClickRow(*main, RowOf(*main, "fxsales"), Qt::ControlModifier);
     main->MenuEntry(QStringLiteral("mnuPopupServerStop"))->trigger();
     main->MenuEntry(QStringLiteral("mnuPopupServerStart"))->trigger();
     QCOMPARE(fx_->prompter.BeepCount(), 2);
-    QCOMPARE(fx_->prompter.Prompts().size(), prompts + 2);
+    QCOMPARE(fx_->prompter.Prompts().size(), prompts + 1);
 }
 
 QTEST_MAIN(TestStartStop)
