@@ -49,16 +49,12 @@ void TestCallWait::HungServerKeepsTheConsolePainting() {
     repaint.setInterval(50);
     connect(&repaint, &QTimer::timeout, &window, qOverload<>(&QWidget::update));
     repaint.start();
-    bool sampled = false;
     bool waitingSeen = false;
     Qt::CursorShape pointer = Qt::ArrowCursor;
     QTimer::singleShot(1200, &window, [&] {
-        sampled = true;
         waitingSeen = session.CallInProgress();
         if (const QCursor* cursor = QApplication::overrideCursor()) pointer = cursor->shape();
     });
-    QVERIFY(!session.CallInProgress());
-
     const int paintsBefore = window.paints;
     QElapsedTimer clock;
     clock.start();
@@ -76,7 +72,6 @@ void TestCallWait::HungServerKeepsTheConsolePainting() {
     // Meanwhile the window painted and timers ran, and they saw the call
     // waiting under the wait pointer.
     QVERIFY2(window.paints - paintsBefore >= 5, qPrintable(QString::number(window.paints)));
-    QVERIFY(sampled);
     QVERIFY(waitingSeen);
     QCOMPARE(pointer, Qt::WaitCursor);
     // Nothing of the wait is left behind.

@@ -53,7 +53,6 @@ private slots:
     void HelpAndVersionNeedNoDisplay();
     void NoDisplayIsRefusedClearly_data();
     void NoDisplayIsRefusedClearly();
-    void DisplayNeedFollowsThePlatform_data();
     void DisplayNeedFollowsThePlatform();
 };
 
@@ -62,8 +61,6 @@ void TestCommandLine::HelpAndVersionNeedNoDisplay_data() {
     QTest::addColumn<QString>("expected");
     const QString version = QStringLiteral("VELDRANO Administrator " VELDRANO_VERSION "\n");
     QTest::newRow("--version") << QStringList{"--version"} << version;
-    QTest::newRow("-v") << QStringList{"-v"} << version;
-    QTest::newRow("--help") << QStringList{"--help"} << QStringLiteral("--version");
     QTest::newRow("-h among Qt's own options")
         << QStringList{"-platform", "xcb", "-h"} << QStringLiteral("--help");
 }
@@ -76,27 +73,21 @@ void TestCommandLine::HelpAndVersionNeedNoDisplay() {
     QCOMPARE(run.status, QProcess::NormalExit);
     QCOMPARE(run.exitCode, 0);
     QVERIFY2(run.err.isEmpty(), qPrintable(run.err));
-    if (expected.endsWith(QLatin1Char('\n'))) {
-        QCOMPARE(run.out, expected);
-    } else {
-        QVERIFY2(run.out.contains(expected), qPrintable(run.out));
-        QVERIFY2(run.out.contains(QStringLiteral("VELDRANO message server")), qPrintable(run.out));
-    }
+    QVERIFY2(expected.endsWith(u'\n') ? run.out == expected : run.out.contains(expected),
+             qPrintable(run.out));
 }
 
 void TestCommandLine::NoDisplayIsRefusedClearly_data() {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QStringList>("environment");
     QTest::addColumn<QString>("names");
+    // Which platform needs which display is DisplayNeedFollowsThePlatform's.
     QTest::newRow("nothing set") << QStringList{} << QStringList{} << QStringLiteral("DISPLAY");
     QTest::newRow("X11 chosen, no DISPLAY")
         << QStringList{} << QStringList{"QT_QPA_PLATFORM=xcb"} << QStringLiteral("\"xcb\"");
     QTest::newRow("X11 chosen on the command line")
         << QStringList{"-platform", "xcb"} << QStringList{"QT_QPA_PLATFORM=offscreen"}
         << QStringLiteral("\"xcb\"");
-    QTest::newRow("Wayland chosen, only an X11 display")
-        << QStringList{} << QStringList{"QT_QPA_PLATFORM=wayland", "DISPLAY=:0"}
-        << QStringLiteral("WAYLAND_DISPLAY");
 }
 
 void TestCommandLine::NoDisplayIsRefusedClearly() {
@@ -112,47 +103,15 @@ void TestCommandLine::NoDisplayIsRefusedClearly() {
     QVERIFY(run.out.isEmpty());
 }
 
-void TestCommandLine::DisplayNeedFollowsThePlatform_data() {
-    QTest::addColumn<QString>("platform");
-    QTest::addColumn<QString>("x11");
-    QTest::addColumn<QString>("wayland");
-    QTest::addColumn<bool>("opens");
-    QTest::newRow("default with X11") << ""
-                                      << ":0"
-                                      << "" << true;
-    QTest::newRow("default without either") << ""
-                                            << ""
-                                            << "" << false;
-    QTest::newRow("xcb with only Wayland") << "xcb"
-                                           << ""
-                                           << "wayland-0" << false;
-    QTest::newRow("xcb with plugin arguments") << "xcb:dpi=96"
-                                               << ":1"
-                                               << "" << true;
-    QTest::newRow("wayland with only X11") << "wayland"
-                                           << ":0"
-                                           << "" << false;
-    QTest::newRow("wayland-egl with Wayland") << "wayland-egl"
-                                              << ""
-                                              << "w" << true;
-    // Qt tries a list in order; one that can open is enough.
-    QTest::newRow("list, second can") << "wayland;xcb"
-                                      << ":0"
-                                      << "" << true;
-    QTest::newRow("list, none can") << "wayland;xcb"
-                                    << ""
-                                    << "" << false;
-    QTest::newRow("offscreen") << "offscreen"
-                               << ""
-                               << "" << true;
-}
-
 void TestCommandLine::DisplayNeedFollowsThePlatform() {
-    QFETCH(QString, platform);
-    QFETCH(QString, x11);
-    QFETCH(QString, wayland);
-    QFETCH(bool, opens);
-    QCOMPARE(MissingDisplay(platform, x11, wayland).isEmpty(), opens);
+    // Arguments: platform, X11 display, Wayland display; empty when it opens.
+    QVERIFY(!MissingDisplay("", "", "").isEmpty());
+    QVERIFY(MissingDisplay("xcb:dpi=96", ":1", "").isEmpty());
+    QVERIFY(!MissingDisplay("wayland", ":0", "").isEmpty());
+    QVERIFY(MissingDisplay("wayland-egl", "", "w").isEmpty());
+    // Qt tries a list in order; one that can open is enough.
+    QVERIFY(MissingDisplay("wayland;xcb", ":0", "").isEmpty());
+    QVERIFY(MissingDisplay("offscreen", "", "").isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestCommandLine)

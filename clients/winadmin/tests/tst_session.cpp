@@ -1,7 +1,6 @@
 // The gRPC session against the reference server embedded in the test process.
 
 #include <QElapsedTimer>
-#include <QSet>
 #include <QTest>
 
 #include "store/Store.h"
@@ -11,8 +10,6 @@
 using namespace winadmin;
 
 namespace {
-
-const QString kSource = QStringLiteral("Kelvar.Administrator");
 
 // Runs f and answers the SessionError it throws; fails the test when it
 // throws nothing.
@@ -38,18 +35,16 @@ class TestSession : public QObject {
     Q_OBJECT
 
 private slots:
-    void LoginRefusesTheWrongPasswordThenOpensTheSession();
+    void LoginOpensTheSession();
     void LoginReportsNetworkFailures_data();
     void LoginReportsNetworkFailures();
     void CallsNeedATokenAndExpiredOnesLogInAgainOnce();
     void CallAfterARestartReconnectsAtOnce();
     void TransportFailuresMapToTheAdministratorsErrors_data();
     void TransportFailuresMapToTheAdministratorsErrors();
-    void OversizedRequestIsRefusedAsTooLarge();
     void LabelsComeFromMemory();
     void ServerRefusalsKeepTheServersNumbers();
     void RoleRemovalIsOneCommit();
-    void LargeCollectionsArriveInOneCall();
     void ChannelTargetsFromHostText_data();
     void ChannelTargetsFromHostText();
 
@@ -58,23 +53,14 @@ private:
     QTcpServer silent_;
 };
 
-void TestSession::LoginRefusesTheWrongPasswordThenOpensTheSession() {
+void TestSession::LoginOpensTheSession() {
     TestServer server(ServerOptions("quorel"));
     server.GetStore().SetMeta("server_level", "4");
     server.GetStore().SetMeta("second_version", "6");
     GrpcServerSession session(server.Channel());
+    // A wrong password is tst_login's.
     session.SetHostName(QStringLiteral("  alpha.example  "));
     session.SetTimeout(7);
-    session.SetPassword(QStringLiteral("not the password"));
-
-    const SessionError refused = Refusal([&] { session.Login(); });
-    COMPARE_NUMBER(refused, 0x80070005u);
-    QCOMPARE(refused.Description(), QStringLiteral("Access is denied: the password was refused"));
-    QCOMPARE(refused.Source(), kSource);
-    QVERIFY(!session.IsLoggedIn());
-    COMPARE_NUMBER(Refusal([&] { session.Servers(); }), 0x80070005u);
-
-    // The same object serves the next attempt, as the login dialog keeps it.
     session.SetPassword(TestServer::Password);
     session.Login();
     QVERIFY(session.IsLoggedIn());
@@ -85,18 +71,16 @@ void TestSession::LoginRefusesTheWrongPasswordThenOpensTheSession() {
     QCOMPARE(session.SecondVersion(), 6);
     // A time-out chosen before login outlives the server's default.
     QCOMPARE(session.GetTimeout(), 7);
-    QVERIFY(session.Servers().empty());
 }
 
 void TestSession::LoginReportsNetworkFailures_data() {
     QTest::addColumn<QString>("host");
     QTest::addColumn<uint>("number");
-    QTest::addColumn<uint>("calls");
     // The console looks at the server's transport before its first call, so
     // a host that cannot be reached or says nothing costs no call.
-    QTest::newRow("nothing listens") << ClosedLoopbackHost() << 0x81002AF9u << 0u;
-    QTest::newRow("not a host name") << QStringLiteral("two words") << 0x81002AF9u << 0u;
-    QTest::newRow("silent peer") << SilentLoopbackHost(silent_) << 0x81000001u << 0u;
+    QTest::newRow("nothing listens") << ClosedLoopbackHost() << 0x81002AF9u;
+    QTest::newRow("not a host name") << QStringLiteral("two words") << 0x81002AF9u;
+    QTest::newRow("silent peer") << SilentLoopbackHost(silent_) << 0x81000001u;
 }
 
 void TestSession::LoginReportsNetworkFailures() {
@@ -113,8 +97,7 @@ void TestSession::LoginReportsNetworkFailures() {
     const qint64 elapsed = clock.elapsed();
 
     COMPARE_NUMBER(error, number);
-    QVERIFY(!session.IsLoggedIn());
-    QTEST(uint(session.RpcCount()), "calls");
+    QCOMPARE(session.RpcCount(), 0u);
     // The peer that never answers costs the whole time-out, and no more.
     QVERIFY2(elapsed < 10000 && (number != 0x81000001u || elapsed >= 900),
              qPrintable(QString::number(elapsed)));
@@ -131,18 +114,12 @@ void TestSession::CallsNeedATokenAndExpiredOnesLogInAgainOnce() {
         QCOMPARE(anonymous.RpcCount(), 1u);
     }
 
+    // A restarted server has forgotten every token (CallAfterARestart shows
+    // the login repeated); when the stored password no longer opens it, the
+    // refusal of the forgotten token stands: refused call, refused login.
     auto session = server.LoginTcp();
-    // A restarted server has forgotten every token: refused call, login,
-    // repeated call.
-    server.Restart();
-    uint64_t before = session->RpcCount();
-    QCOMPARE(session->Servers().size(), size_t(1));
-    QCOMPARE(session->RpcCount() - before, 3u);
-
-    // When the stored password no longer opens the server, the refusal of
-    // the forgotten token stands.
     server.Restart(QStringLiteral("Changed-Password-9"));
-    before = session->RpcCount();
+    const uint64_t before = session->RpcCount();
     COMPARE_NUMBER(Refusal([&] { session->Servers(); }), 0x80070005u);
     QCOMPARE(session->RpcCount() - before, 2u);
 }
@@ -178,6 +155,8 @@ void TestSession::CallAfterARestartReconnectsAtOnce() {
 }
 
 void TestSession::TransportFailuresMapToTheAdministratorsErrors_data() {
+    // What the cases against a real server cannot pin down (the server's own
+    // numbers are ServerRefusalsKeepTheServersNumbers').
     QTest::addColumn<int>("code");
     QTest::addColumn<QString>("message");
     QTest::addColumn<bool>("atLogin");
@@ -189,11 +168,6 @@ void TestSession::TransportFailuresMapToTheAdministratorsErrors_data() {
         << int(StatusCode::UNAVAILABLE) << "Socket closed" << false << 0x81000002u;
     QTest::newRow("unavailable at login")
         << int(StatusCode::UNAVAILABLE) << "failed to connect" << true << 0x81002AF9u;
-    QTest::newRow("deadline") << int(StatusCode::DEADLINE_EXCEEDED) << "Deadline Exceeded" << false
-                              << 0x81000001u;
-    QTest::newRow("message over the limit")
-        << int(StatusCode::RESOURCE_EXHAUSTED)
-        << "Received message larger than max (5242990 vs. 4194304)" << false << 0x81010012u;
     QTest::newRow("other exhaustion")
         << int(StatusCode::RESOURCE_EXHAUSTED) << "too many calls" << false << 0x81000002u;
     QTest::newRow("unknown") << int(StatusCode::INTERNAL) << "boom" << false << 0x8101000Du;
@@ -208,35 +182,12 @@ void TestSession::TransportFailuresMapToTheAdministratorsErrors() {
     const grpc::Status status(grpc::StatusCode(code), message.toStdString());
     const SessionError error = GrpcServerSession::MapStatus(status, atLogin, host);
     COMPARE_NUMBER(error, number);
-    QCOMPARE(error.Source(), kSource);
-    QVERIFY(!error.Description().isEmpty());
-    // Only the unreachable host names itself; only the unknown failure
-    // passes gRPC's words on.
-    QCOMPARE(error.Description().contains(host), number == 0x81002AF9u);
+    // Only the unreachable host names itself; only the unknown failure and
+    // the exhaustion pass gRPC's words on.
+    QCOMPARE(error.Description().contains(host), atLogin);
     QCOMPARE(error.Description().contains(message),
-             number == 0x8101000Du || message == QLatin1String("too many calls"));
-
-    // The server's own numbered error wins over the transport's code.
-    veldrano::admin::v1::ErrorDetail detail;
-    detail.set_number(0x8101000E);
-    detail.set_description("changed meanwhile");
-    const grpc::Status refused(grpc::StatusCode(code), message.toStdString(),
-                               detail.SerializeAsString());
-    COMPARE_NUMBER(GrpcServerSession::MapStatus(refused, atLogin, host), 0x8101000Eu);
-}
-
-void TestSession::OversizedRequestIsRefusedAsTooLarge() {
-    TestServer server(ServerOptions("", "", true));
-    server.AddUserServer(QStringLiteral("alpha"));
-    auto session = server.LoginTcp();
-    UserRecord user = session->GetUser(QStringLiteral("alpha"), QStringLiteral("bob"));
-    user.set_comment(std::string(5 * 1024 * 1024, 'x'));
-    const SessionError error = Refusal([&] { session->CommitUser(user); });
-    COMPARE_NUMBER(error, 0x81010012u);
-    QCOMPARE(error.Description(),
-             QStringLiteral("A request or its answer is larger than the connection allows"));
-    // Nothing was written, and the session goes on working.
-    QVERIFY(session->GetUser(QStringLiteral("alpha"), QStringLiteral("bob")).is_new());
+             code == int(grpc::StatusCode::INTERNAL) ||
+                 code == int(grpc::StatusCode::RESOURCE_EXHAUSTED));
 }
 
 void TestSession::LabelsComeFromMemory() {
@@ -246,10 +197,8 @@ void TestSession::LabelsComeFromMemory() {
     auto session = server.LoginTcp();
     const uint64_t calls = session->RpcCount();
 
-    QCOMPARE(session->GetLabel(QStringLiteral("Cancel")), QStringLiteral("Abbrechen"));
     QCOMPARE(session->GetLabel(QStringLiteral("No such key 4711")),
              QStringLiteral("No such key 4711"));
-    for (int i = 0; i < 1000; ++i) session->GetLabel(QStringLiteral("key %1").arg(i));
     QCOMPARE(session->RpcCount(), calls);
 
     // An unchanged table costs one small call and keeps every text.
@@ -264,44 +213,27 @@ void TestSession::LabelsComeFromMemory() {
 }
 
 void TestSession::ServerRefusalsKeepTheServersNumbers() {
-    TestServer server;
+    // A conflicting save shows through the editors (tst_servereditor).
+    TestServer server(ServerOptions("", "", true));
     server.AddUserServer(QStringLiteral("alpha"));
-    auto first = server.Login();
-    auto second = server.Login();
+    auto session = server.LoginTcp();
     const QString alpha = QStringLiteral("alpha");
     const QString bob = QStringLiteral("bob");
 
-    UserRecord user = first->GetUser(alpha, bob);
-    QVERIFY(user.is_new());
-    const SessionError required = Refusal([&] { first->CommitUser(user); });
-    COMPARE_NUMBER(required, 0x81010006u);
-    QVERIFY(!required.Description().isEmpty());
-    QCOMPARE(required.Source(), kSource);
-
+    UserRecord user = session->GetUser(alpha, bob);
+    COMPARE_NUMBER(Refusal([&] { session->CommitUser(user); }), 0x81010006u);
+    // Larger than the connection allows; nothing is written (the user is
+    // still new below) and the session goes on working.
+    user.set_comment(std::string(5 * 1024 * 1024, 'x'));
+    COMPARE_NUMBER(Refusal([&] { session->CommitUser(user); }), 0x81010012u);
     user.set_comment("Bob Arnesen");
-    const int64_t created = first->CommitUser(user);
-    // Both administrators load the user; the second one saves first.
-    UserRecord mine = first->GetUser(alpha, bob);
-    UserRecord theirs = second->GetUser(alpha, bob);
-    QCOMPARE(mine.version(), created);
-    theirs.set_comment("Bob A.");
-    const int64_t changed = second->CommitUser(theirs);
-
-    mine.set_comment("Robert Arnesen");
-    const SessionError conflict = Refusal([&] { first->CommitUser(mine); });
-    // Not the Retry family: the same commit would be refused again.
-    COMPARE_NUMBER(conflict, 0x8101000Eu);
-    // As the protocol's table says it (tst_errordialog reads that text), with
-    // nothing restated after it.
-    QCOMPARE(conflict.Description(),
-             SessionError::FromCode(veldrano::admin::v1::ERROR_VERSION_CONFLICT).Description());
-    QCOMPARE(first->GetUser(alpha, bob).comment(), std::string("Bob A."));
-
-    // Deleting against the stale version is refused too; the current one works.
-    COMPARE_NUMBER(Refusal([&] { first->DeleteUser(alpha, bob, created); }), 0x8101000Eu);
-    first->DeleteUser(alpha, bob, changed);
-    QVERIFY(first->GetUser(alpha, bob).is_new());
-    COMPARE_NUMBER(Refusal([&] { first->StartServer(QStringLiteral("no-such-host")); }),
+    const int64_t created = session->CommitUser(user);
+    user = session->GetUser(alpha, bob);
+    user.set_comment("Bob A.");
+    session->CommitUser(user);
+    // Not the Retry family: the same delete would be refused again.
+    COMPARE_NUMBER(Refusal([&] { session->DeleteUser(alpha, bob, created); }), 0x8101000Eu);
+    COMPARE_NUMBER(Refusal([&] { session->StartServer(QStringLiteral("no-such-host")); }),
                    0x81010002u);
 }
 
@@ -318,13 +250,7 @@ void TestSession::RoleRemovalIsOneCommit() {
 
     // Without the confirmation (the default, as existing callers send it)
     // the users keep the role on the server.
-    const SessionError remain = Refusal([&] { session->CommitServer(record); });
-    COMPARE_NUMBER(remain, 0x8101000Fu);
-    QVERIFY2(
-        remain.Description().startsWith(
-            SessionError::FromCode(veldrano::admin::v1::ERROR_ROLE_OBJECTS_REMAIN).Description()),
-        qPrintable(remain.Description()));
-    QCOMPARE(store.ListUsers("alpha").size(), size_t(3));
+    COMPARE_NUMBER(Refusal([&] { session->CommitServer(record); }), 0x8101000Fu);
     QVERIFY(store.GetServer("alpha").user_server());
 
     // Confirmed: one call deletes the users and writes the server.
@@ -334,43 +260,8 @@ void TestSession::RoleRemovalIsOneCommit() {
     QCOMPARE(session->CommitServer(record, confirmed), record.version() + 1);
     QCOMPARE(session->RpcCount(), calls + 1);
     QVERIFY(store.ListUsers("alpha").empty());
-    QVERIFY(store.GetServer("alpha").printer_server());
-
     // Sent again (a retry after a lost answer) it is refused and changes nothing.
     COMPARE_NUMBER(Refusal([&] { session->CommitServer(record, confirmed); }), 0x8101000Eu);
-    QCOMPARE(store.GetServer("alpha").version(), record.version() + 1);
-}
-
-void TestSession::LargeCollectionsArriveInOneCall() {
-    TestServer server;
-    server.AddUserServer(QStringLiteral("alpha"));
-    // About 6 MiB in all: more than one gRPC message may carry.
-    veldrano::server::Store& store = server.GetStore();
-    store.Bulk([&] {
-        for (int i = 0; i < 2000; ++i) {
-            UserRecord user = store.GetUser("alpha", "u" + std::to_string(i));
-            user.set_comment("user " + std::to_string(i));
-            for (int e = 0; e < 25; ++e) {
-                auto* extra = user.add_extras();
-                extra->set_name(std::string(30, 'n') + std::to_string(e));
-                extra->set_value(std::string(80, 'v'));
-            }
-            store.CommitUser(user);
-        }
-    });
-    auto session = server.Login();
-    const uint64_t calls = session->RpcCount();
-
-    const std::vector<UserRecord> users = session->Users(QStringLiteral("alpha"));
-
-    QCOMPARE(session->RpcCount(), calls + 1);
-    QSet<QString> names;
-    for (const UserRecord& user : users) {
-        names.insert(QString::fromStdString(user.name()));
-        QCOMPARE(user.extras_size(), 25);
-    }
-    QCOMPARE(users.size(), size_t(2000));
-    QCOMPARE(names.size(), 2000);
 }
 
 void TestSession::ChannelTargetsFromHostText_data() {
@@ -379,18 +270,14 @@ void TestSession::ChannelTargetsFromHostText_data() {
     const auto row = [](const char* host, const char* target) {
         QTest::newRow(host) << QString(host) << QString(target);
     };
-    row("msgsrv", "msgsrv:47110");
-    row("msgsrv.example.net:5000", "msgsrv.example.net:5000");
     row("  10.0.0.7 ", "10.0.0.7:47110");
+    row("msgsrv.example.net:5000", "msgsrv.example.net:5000");
     row("[::1]", "[::1]:47110");
     row("[fe80::1]:99", "[fe80::1]:99");
     row("fe80::2", "[fe80::2]:47110");
     // Texts that name no host.
-    row("msgsrv:0", "");
     row("localhost:70000", "");
-    row("msgsrv:http", "");
     row("[::1]x", "");
-    row("[]", "");
     row("   ", "");
 }
 

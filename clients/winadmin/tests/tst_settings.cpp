@@ -33,7 +33,7 @@ private slots:
     void SavedValuesAreTrimmedAndLiveAsDefaultValuesOfSubkeys();
     void StoredTextIsReadAsTheClassicBufferHeldIt_data();
     void StoredTextIsReadAsTheClassicBufferHeldIt();
-    void SectionsProductsAndPlainNamesDoNotCollide();
+    void SectionsAndPlainNamesDoNotCollide();
     void StoreThatCannotBeWrittenThrowsOnSaveOnly();
     void BatchWritesTheStoreOnceAtItsEnd();
     void LeadingNumber_data();
@@ -42,9 +42,7 @@ private slots:
 private:
     // What a program other than the console left in the store.
     void StoreRaw(const QString& key, const QString& value) {
-        QSettings raw(file_, QSettings::IniFormat);
-        raw.setValue(key, value);
-        raw.sync();
+        QSettings(file_, QSettings::IniFormat).setValue(key, value);
     }
     // QSettings objects of one process share unwritten changes, so batches
     // are checked on the file itself.
@@ -66,20 +64,9 @@ void TestSettings::SavedValuesAreTrimmedAndLiveAsDefaultValuesOfSubkeys() {
     // What was written is the trimmed text, as the default value of a subkey:
     // a value beside the subkey would not be found by an older console.
     QVERIFY(SaveSetting(kVendor, kLastServer, QStringLiteral("  mx-01  ")));
-    QVERIFY(SaveSectionSetting(kVendor, kProduct, kMain, QStringLiteral("ListView Mode"),
-                               QStringLiteral(" large  icons ")));
     QSettings raw(file_, QSettings::IniFormat);
     QCOMPARE(raw.value(kLastServerKey).toString(), QStringLiteral("mx-01"));
     QVERIFY(!raw.contains(QStringLiteral("Software/Tarnex/LastAdminServer")));
-    QCOMPARE(GetSectionSetting(kVendor, kProduct, kMain, QStringLiteral("ListView Mode"), {}),
-             QStringLiteral("large  icons"));
-
-    // Settings an earlier installation wrote are found where it put them.
-    StoreRaw(QStringLiteral("Software/Tarnex/Quorel Administrator/EventView/Column 2/Default"),
-             QStringLiteral("1800"));
-    QCOMPARE(GetSectionSetting(kVendor, QStringLiteral("Quorel Administrator"),
-                               QStringLiteral("EventView"), QStringLiteral("Column 2"), {}),
-             QStringLiteral("1800"));
 
     // Saving blanks leaves a value that reads as absent.
     QVERIFY(SaveSetting(kVendor, kLastServer, QStringLiteral("   ")));
@@ -92,53 +79,37 @@ void TestSettings::StoredTextIsReadAsTheClassicBufferHeldIt_data() {
 
     const QString dflt = QStringLiteral("<default>");
     QTest::newRow("blanks only") << QStringLiteral("     ") << dflt;
-    QTest::newRow("zero") << QStringLiteral("0") << QStringLiteral("0");
-    QTest::newRow("padded") << QStringLiteral("  4711 ") << QStringLiteral("4711");
     QTest::newRow("text after NUL") << QStringLiteral("mx-01\0junk") << QStringLiteral("mx-01");
-    QTest::newRow("NUL first") << QStringLiteral("\0mx-01") << dflt;
-    const QString longValue = QString(120, u'a') + QString(130, u'b');
+    const QString longValue = QString(250, u'a');
     QTest::newRow("250 characters") << longValue << longValue.left(199);
     // The cut comes before the trim: blanks that end up last go as well.
     QTest::newRow("cut at a blank")
         << QString(198, u'x') + QStringLiteral("  tail") << QString(198, u'x');
-    QTest::newRow("blanks then 250") << QStringLiteral("   ") + longValue << longValue.left(196);
 }
 
 void TestSettings::StoredTextIsReadAsTheClassicBufferHeldIt() {
     QFETCH(QString, stored);
     QFETCH(QString, expected);
-    StoreRaw(kLastServerKey, stored);
+    // Plain and section settings share the reading.
     StoreRaw(kLeftKey, stored);
-    QCOMPARE(GetSetting(kVendor, kLastServer, QStringLiteral("<default>")), expected);
     QCOMPARE(GetSectionSetting(kVendor, kProduct, kMain, QStringLiteral("Left"),
                                QStringLiteral("<default>")),
              expected);
 }
 
-void TestSettings::SectionsProductsAndPlainNamesDoNotCollide() {
+void TestSettings::SectionsAndPlainNamesDoNotCollide() {
+    // Products apart are tst_mainwindow's (the brand chooses the key).
     const QString name = QStringLiteral("Left");
-    const QString quorel = QStringLiteral("Quorel Administrator");
+    const QString view = QStringLiteral("AdmView");
     QVERIFY(SaveSetting(kVendor, name, QStringLiteral("plain")));
     QVERIFY(SaveSetting(kVendor, kMain, QStringLiteral("section as a name")));
-    QVERIFY(SaveSectionSetting(kVendor, kProduct, kMain, name, QStringLiteral("veldrano")));
-    QVERIFY(SaveSectionSetting(kVendor, quorel, kMain, name, QStringLiteral("quorel")));
-    QVERIFY(SaveSectionSetting(kVendor, kProduct, QStringLiteral("AdmView"), name,
-                               QStringLiteral("view")));
-    QVERIFY(SaveSetting(QStringLiteral("Other"), name, QStringLiteral("other vendor")));
+    QVERIFY(SaveSectionSetting(kVendor, kProduct, kMain, name, QStringLiteral("main")));
+    QVERIFY(SaveSectionSetting(kVendor, kProduct, view, name, QStringLiteral("view")));
 
     QCOMPARE(GetSetting(kVendor, name, {}), QStringLiteral("plain"));
     QCOMPARE(GetSetting(kVendor, kMain, {}), QStringLiteral("section as a name"));
-    QCOMPARE(GetSectionSetting(kVendor, kProduct, kMain, name, {}), QStringLiteral("veldrano"));
-    QCOMPARE(GetSectionSetting(kVendor, quorel, kMain, name, {}), QStringLiteral("quorel"));
-    QCOMPARE(GetSectionSetting(kVendor, kProduct, QStringLiteral("AdmView"), name, {}),
-             QStringLiteral("view"));
-    QCOMPARE(GetSetting(QStringLiteral("Other"), name, {}), QStringLiteral("other vendor"));
-
-    // Another file is another store.
-    UseSettingsFile(Beside("second.ini"));
-    QCOMPARE(GetSetting(kVendor, name, QStringLiteral("none")), QStringLiteral("none"));
-    UseSettingsFile(file_);
-    QCOMPARE(GetSetting(kVendor, name, QStringLiteral("none")), QStringLiteral("plain"));
+    QCOMPARE(GetSectionSetting(kVendor, kProduct, kMain, name, {}), QStringLiteral("main"));
+    QCOMPARE(GetSectionSetting(kVendor, kProduct, view, name, {}), QStringLiteral("view"));
 }
 
 void TestSettings::StoreThatCannotBeWrittenThrowsOnSaveOnly() {
@@ -156,8 +127,6 @@ void TestSettings::StoreThatCannotBeWrittenThrowsOnSaveOnly() {
         // The message names the store that failed.
         QVERIFY2(QString::fromUtf8(error.what()).contains(QStringLiteral("blocker")), error.what());
     }
-    QVERIFY_THROWS_EXCEPTION(
-        SettingsError, SaveSectionSetting(kVendor, kProduct, kMain, QStringLiteral("Left"), "10"));
 }
 
 void TestSettings::BatchWritesTheStoreOnceAtItsEnd() {
@@ -194,13 +163,9 @@ void TestSettings::LeadingNumber_data() {
     QTest::newRow("negative, blanks around") << QStringLiteral("  -42  ") << -42.0;
     QTest::newRow("fraction then letter") << QStringLiteral("1.5x") << 1.5;
     QTest::newRow("letters") << QStringLiteral("abc") << fallback;
-    QTest::newRow("leading point") << QStringLiteral(".25") << 0.25;
-    QTest::newRow("sign alone") << QStringLiteral("-") << fallback;
-    QTest::newRow("point alone") << QStringLiteral(".") << fallback;
     QTest::newRow("comma is no decimal point") << QStringLiteral("1,5") << 1.0;
     QTest::newRow("exponent") << QStringLiteral("2e3 px") << 2000.0;
     QTest::newRow("exponent without digits") << QStringLiteral("2e") << 2.0;
-    QTest::newRow("second point") << QStringLiteral("1.2.3") << 1.2;
 }
 
 void TestSettings::LeadingNumber() {

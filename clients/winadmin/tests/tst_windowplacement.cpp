@@ -35,18 +35,12 @@ void TestWindowPlacement::PlacesTheStoredFrame_data() {
     const QList<QRect> one{kPrimary};
 
     // A frame that shows whole stays put (the sweep below checks that); the
-    // places of the second and the upper monitor with those unplugged.
-    QTest::newRow("second monitor gone")
-        << one << QRect(2300, 200, 800, 600) << QRect(1120, 200, 800, 600);
+    // place of the upper monitor with it unplugged.
     QTest::newRow("monitor above gone")
         << one << QRect(2000, -700, 600, 500) << QRect(1320, 0, 600, 500);
     // Partly off the edge: onto the screen that shows most of it.
-    QTest::newRow("hanging off the second monitor's right edge")
-        << three << QRect(2900, 300, 800, 600) << QRect(2400, 300, 800, 600);
     QTest::newRow("hanging over the gap beside the monitor above")
         << three << QRect(2700, -500, 600, 400) << QRect(2344, -500, 600, 400);
-    QTest::newRow("left of every screen")
-        << three << QRect(-900, 100, 800, 600) << QRect(0, 100, 800, 600);
     QTest::newRow("larger than the screen it is on")
         << three << QRect(2000, 10, 1600, 1200) << QRect(1920, 0, 1280, 984);
     QTest::newRow("smaller than the window allows")
@@ -75,12 +69,7 @@ void TestWindowPlacement::ResultIsAlwaysWhollyVisible() {
             for (const QSize size : {QSize(1, 1), QSize(700, 500), QSize(2500, 1500)}) {
                 const QRect frame(QPoint(x, y), size);
                 const QRect placed = PlaceOnScreens(frame, kMinimum, screens);
-                QVERIFY2(QRegion(placed).subtracted(visible).isEmpty(),
-                         qPrintable(QStringLiteral("%1,%2 %3x%4")
-                                        .arg(x)
-                                        .arg(y)
-                                        .arg(size.width())
-                                        .arg(size.height())));
+                QVERIFY2(QRegion(placed).subtracted(visible).isEmpty(), QTest::toString(frame));
                 QVERIFY(placed.width() >= kMinimum.width() && placed.height() >= kMinimum.height());
                 // A frame already visible is never touched.
                 const QRect grown(frame.topLeft(), frame.size().expandedTo(kMinimum));
