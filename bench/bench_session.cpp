@@ -3,7 +3,7 @@
 //
 // Measures, side by side in one run: fetching a large user list as the
 // explorer's list does (the list's projection) over loopback TCP and over
-// gRPC's in-process channel, and the whole records beside it; the number of
+// gRPC's in-process channel, and the whole records beside it on a bare stub; the number of
 // calls one list costs; the largest message either list brings; the latency
 // of small calls, and the same latency while another client has stopped
 // reading in the middle of the user list. Prints "name: value" lines and the
@@ -66,17 +66,6 @@ ListTiming TimeUsers(winadmin::GrpcServerSession& session, const QString& host) 
     }
     timing.medianMs = Median(runs);
     return timing;
-}
-
-// The whole records, for comparison.
-double TimeWholeUsers(winadmin::GrpcServerSession& session, const QString& host) {
-    std::vector<double> runs;
-    for (int run = 0; run < ListRuns; ++run) {
-        const Clock::time_point start = Clock::now();
-        session.Users(host);
-        runs.push_back(MillisecondsSince(start));
-    }
-    return Median(runs);
 }
 
 template <class Call>
@@ -206,7 +195,6 @@ int main(int argc, char** argv) {
         const ListTiming overTcp = TimeUsers(loopback, host);
         const uint64_t callsPerList = (loopback.RpcCount() - callsBefore) / ListRuns;
         const ListTiming overInProcess = TimeUsers(inProcess, host);
-        const double wholeMs = TimeWholeUsers(loopback, host);
         const auto rawChannel = grpc::CreateChannel("127.0.0.1:" + std::to_string(server.Port()),
                                                     grpc::InsecureChannelCredentials());
         const RawList rawListed = TimeRawUsers(rawChannel, host, true);
@@ -257,7 +245,6 @@ int main(int argc, char** argv) {
         Print("users_loopback_ms", overTcp.medianMs);
         Print("users_inprocess_ms", overInProcess.medianMs);
         Print("users_loopback_bare_stub_ms", rawListed.medianMs);
-        Print("users_whole_records_loopback_ms", wholeMs);
         Print("users_whole_records_bare_stub_ms", rawWhole.medianMs);
         Print("calls_per_list", static_cast<long long>(callsPerList));
         Print("small_calls", static_cast<long long>(small.size()));

@@ -24,7 +24,6 @@ std::vector<ListRow> GatewayUserRows(std::vector<GatewayUserRecord>&& users);
 
 // Server-scoped kinds; every row carries the server's name as its tag.
 std::vector<ListRow> ServerRows(const std::vector<ServerRecord>& servers);
-std::vector<ListRow> UserRows(std::vector<UserRecord>&& users, const QString& server);
 // The explorer's users: the table's rows, a few bytes each besides their texts.
 ListRowSet UserRows(RowTable&& users, const QString& server);
 // With a name, only that printer (or device); a name that is not among the

@@ -58,11 +58,6 @@ std::vector<ListRow> ServerRows(const std::vector<ServerRecord>& servers) {
     return rows;
 }
 
-std::vector<ListRow> UserRows(std::vector<UserRecord>&& users, const QString& server) {
-    return RecordRows(std::move(users), QStringLiteral("User"), server,
-                      {&UserRecord::name, &UserRecord::comment});
-}
-
 ListRowSet UserRows(RowTable&& users, const QString& server) {
     const size_t count = users.Size();
     return ListRowSet(std::make_shared<const TableRecords>(std::move(users)), count,

@@ -68,7 +68,6 @@ public:
     void StartServer(const QString& name) override;
     void StopServer(const QString& name) override;
 
-    std::vector<UserRecord> Users(const QString& host) override;
     RowTable UserListRows(const QString& host) override;
     UserRecord GetUser(const QString& host, const QString& name) override;
     int64_t CommitUser(const UserRecord& user) override;

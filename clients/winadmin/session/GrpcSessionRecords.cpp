@@ -114,10 +114,6 @@ void GrpcServerSession::StopServer(const QString& name) {
 
 // --- Users ------------------------------------------------------------------------------
 
-std::vector<UserRecord> GrpcServerSession::Users(const QString& host) {
-    return VELDRANO_LIST(pb::User, ListUsers, ListOf(host), pb::UserPage, users);
-}
-
 RowTable GrpcServerSession::UserListRows(const QString& host) {
     // Each page's users go into the table as they arrive and the page is
     // reused, so the whole list never exists as records.

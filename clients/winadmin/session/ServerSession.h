@@ -85,8 +85,6 @@ public:
 
     // --- Users of a server -------------------------------------------------------
 
-    // Whole records, for what needs more of each user than its list shows.
-    virtual std::vector<UserRecord> Users(const QString& host) = 0;
     // The users as their list shows them: name and comment, row by row in
     // the server's order, read into the table page by page as they arrive.
     virtual RowTable UserListRows(const QString& host) = 0;
