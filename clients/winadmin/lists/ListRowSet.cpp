@@ -2,6 +2,7 @@
 
 #include <iterator>
 #include <numeric>
+#include <stdexcept>
 
 namespace winadmin {
 
@@ -79,24 +80,18 @@ void ListRowSet::Reorder(const std::vector<size_t>& positions) {
     rows_ = std::move(rows);
 }
 
-void ListRowSet::OwnRows() {
-    if (!table_) return;
-    std::vector<ListRow> rows;
-    rows.reserve(order_.size());
-    for (size_t i = 0; i < order_.size(); ++i) rows.push_back((*this)[i]);
-    rows_ = std::move(rows);
-    table_.reset();
-    order_ = {};
+void ListRowSet::RefuseTable() const {
+    if (table_) throw std::logic_error("a table's rows are neither inserted nor erased one by one");
 }
 
 void ListRowSet::Insert(size_t at, std::vector<ListRow> rows) {
-    OwnRows();
+    RefuseTable();
     rows_.insert(rows_.begin() + ptrdiff_t(at), std::make_move_iterator(rows.begin()),
                  std::make_move_iterator(rows.end()));
 }
 
 void ListRowSet::Erase(size_t first, size_t end) {
-    OwnRows();
+    RefuseTable();
     rows_.erase(rows_.begin() + ptrdiff_t(first), rows_.begin() + ptrdiff_t(end));
 }
 

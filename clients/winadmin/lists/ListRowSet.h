@@ -115,8 +115,8 @@ public:
     // Puts the rows in a new order: row i becomes the row now at positions[i].
     void Reorder(const std::vector<size_t>& positions);
     // Rows of a list that grows and shrinks at the edges (a log): rows go in
-    // before position at, and the rows [first, end) go out. A table's rows are
-    // made one by one first; only lists of rows made one by one grow this way.
+    // before position at, and the rows [first, end) go out. Only lists of rows
+    // made one by one grow this way: on a table both throw std::logic_error.
     void Insert(size_t at, std::vector<ListRow> rows);
     void Erase(size_t first, size_t end);
 
@@ -144,8 +144,8 @@ public:
     Iterator end() const { return {this, size()}; }
 
 private:
-    // Turns a table's rows into rows made one by one.
-    void OwnRows();
+    // Throws when the rows are a table's.
+    void RefuseTable() const;
 
     std::vector<ListRow> rows_;
     std::shared_ptr<const ListRecords> table_;
