@@ -276,10 +276,10 @@ int main(int argc, char** argv) {
             how = std::string("TLS, certificate SHA-256 ") +
                   veldrano::tls::Fingerprint(host.CertificatePem()) +
                   (host.CertificateCreated() ? " (made now)" : "");
+        // The one start line, on standard output so that the journal has it
+        // whatever the log level, with the fingerprint a console will show.
         std::cout << "veldrano-server " << kVersion << " serving " << options.dataPath << " on "
                   << options.listen << " (port " << host.Port() << "), " << how << std::endl;
-        Log(LogLevel::Notice, "serving " + options.dataPath + " on " + options.listen + " (port " +
-                                  std::to_string(host.Port()) + ")");
         int received = 0;
         sigwait(&signals, &received);
         Log(LogLevel::Notice, "stopping");
