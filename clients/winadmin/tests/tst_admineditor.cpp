@@ -12,7 +12,6 @@
 #include "common/Labels.h"
 #include "common/UserReferenceField.h"
 #include "editors/frmAdministratorDetails.h"
-#include "editors/frmChangePassword.h"
 #include "editors/frmUserSelection.h"
 #include "lists/Find.h"
 #include "lists/ListModel.h"
@@ -99,7 +98,6 @@ void TestAdminEditor::ValidationOrderAndBounds_data() {
     row("idle empty", {"2", "2", "", "helpdesk"}, "edtLoginIdleTimeout", true);
     row("idle too big", {"2", "2", "2147483648", ok}, "edtLoginIdleTimeout", false);
     row("gateway without @", {"2", "2", "0", "helpdesk"}, "edtSMTPGwUsr", false);
-    row("smallest values", {"2", "2", "0", ok}, "", false);
     row("largest values", {"2147483647", "2147483647", "2147483647", ok}, "", false);
 }
 
@@ -190,15 +188,6 @@ void TestAdminEditor::PasswordEntriesMustMatchBeforeAnythingIsSent() {
     editor.Click("cmdChangePassword");
     QCOMPARE(Store().GetMeta("admin_password_hash"), hash);
     QCOMPARE(fx_->prompter.Prompts().size(), 1);
-
-    // Enter in the first field moves on to the second, like Tab.
-    frmChangePassword dialog;
-    QVERIFY(ShowActive(dialog));
-    auto* first = Child<QLineEdit>(dialog, "edtEnterNewPassword");
-    first->setFocus();
-    QTest::keyClick(first, Qt::Key_Return);
-    QCOMPARE(QApplication::focusWidget(), Child<QLineEdit>(dialog, "edtConfirmNewPassword"));
-    QVERIFY(dialog.isVisible());
 }
 
 void TestAdminEditor::PasswordChangeEndsTheOtherConsolesSession() {

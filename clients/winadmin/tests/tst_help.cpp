@@ -1,5 +1,4 @@
-// The help window over the shipped user guide, and the pictures of the
-// object kinds that tree and lists show.
+// The help window over the shipped user guide.
 
 #include <QDir>
 #include <QFile>
@@ -27,7 +26,6 @@ private slots:
     void SearchListsTheSectionsWithEveryWord();
     void FindNextWrapsAroundThePage();
     void EveryLinkOfTheGuideLeadsSomewhere();
-    void KindPicturesAreTheirOwn();
 
 private:
     ScriptedPrompter prompter_;
@@ -45,16 +43,12 @@ void TestHelp::ContentsAndSearchOpenOneWindow() {
     ShowHelpContents(&owner);
     HelpViewer* viewer = HelpViewer::Current();
     QVERIFY(viewer && viewer->isWindow());
-    QVERIFY(Child<QTextBrowser>(*viewer, "brwPage")->toPlainText().contains("Logging in"));
 
     ShowHelpSearch(&owner);
     QCOMPARE(HelpViewer::Current(), viewer);
+    QCOMPARE(viewer->CurrentPage(), HelpViewer::IndexPage);
+    // Escape closes the window.
     QVERIFY(QTest::qWaitForWindowActive(viewer));
-    QCOMPARE(QApplication::focusWidget(), Child<QLineEdit>(*viewer, "edtFind"));
-
-    // The buttons go back and forth; Escape closes the window.
-    QTest::mouseClick(Child<QPushButton>(*viewer, "cmdContents"), Qt::LeftButton);
-    QCOMPARE(viewer->CurrentPage(), HelpViewer::ContentsPage);
     QTest::keyClick(viewer, Qt::Key_Escape);
     QTRY_VERIFY(!HelpViewer::Current());
 }
@@ -91,7 +85,6 @@ void TestHelp::SearchListsTheSectionsWithEveryWord() {
     const int beeps = prompter_.BeepCount();
     QCOMPARE(viewer->Search(), 0);
     QCOMPARE(prompter_.BeepCount(), beeps + 1);
-    QCOMPARE(results->item(0)->flags(), Qt::NoItemFlags);
 }
 
 void TestHelp::FindNextWrapsAroundThePage() {
@@ -133,15 +126,6 @@ void TestHelp::EveryLinkOfTheGuideLeadsSomewhere() {
         }
     }
     QVERIFY(links > 20);
-}
-
-void TestHelp::KindPicturesAreTheirOwn() {
-    // That every kind the tree and the lists show has a picture is checked
-    // where they show it (tst_explorer, tst_listfill); here a folder and its
-    // rows look apart, and words are matched exactly.
-    const auto image = [](const char* kind) { return KindIcon(kind).pixmap(32, 32).toImage(); };
-    QVERIFY(!image("User").isNull() && image("Users") != image("User"));
-    for (const char* word : {"USERS", "../brand/veldrano"}) QVERIFY2(KindIcon(word).isNull(), word);
 }
 
 QTEST_MAIN(TestHelp)

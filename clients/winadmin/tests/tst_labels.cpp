@@ -1,9 +1,11 @@
-// Form translation against the label table of the reference server, German
-// so that every translated caption differs from its key.
+// Form translation and the code tables against the label table of the
+// reference server, German so that every translated caption differs from its
+// key.
 
 #include <QTest>
 #include <QtWidgets>
 
+#include "common/CodeTables.h"
 #include "common/Labels.h"
 #include "session/ServerSession.h"
 #include "support/ConsoleFixture.h"
@@ -42,11 +44,16 @@ public:
 
 private slots:
     void CaptionsAreLookedUpWithoutOneTrailingColon();
-    void FieldsPicturesAndOtherWindowsAreLeftAlone();
-    void ToolbarTranslatesOnlyTooltipsItHas();
-    void HiddenLabelsFrameKeepsItsTitleAndFeedsTheTabs();
     void LabelLendsItsTextToItsBuddy();
     void WithoutTableEveryKeyIsItsOwnText();
+    void CodeTablesFallBackToUnknown();
+    void ProcessStatusLooksAtRunStateFirst();
+    void CodeTextsFollowALanguageChangeAtOnce();
+
+private:
+    static QString Label(const char* key) {
+        return TheSession()->GetLabel(QString::fromLatin1(key));
+    }
 };
 
 void TestLabels::CaptionsAreLookedUpWithoutOneTrailingColon() {
@@ -85,67 +92,6 @@ void TestLabels::CaptionsAreLookedUpWithoutOneTrailingColon() {
     QCOMPARE(stop->text(), QStringLiteral("S&toppen"));
 }
 
-void TestLabels::FieldsPicturesAndOtherWindowsAreLeftAlone() {
-    auto form = NewForm(QStringLiteral("Find"));
-    auto* edit = Add<QLineEdit>(form.get(), "edtHostName", QStringLiteral("Users"));
-    auto* logo = Add<QLabel>(form.get(), "picLogo");
-    QPixmap picture(8, 8);
-    logo->setPixmap(picture);
-    // A dialog owned by the form is a form of its own, translated when it loads.
-    auto* dialog = new QDialog(form.get());
-    dialog->setWindowTitle(QStringLiteral("Find"));
-    auto* inside = Add<QLabel>(dialog, "lblFind", QStringLiteral("Find what:"));
-
-    QVERIFY(ApplyFormLabels(form.get()));
-    QCOMPARE(edit->text(), QStringLiteral("Users"));
-    QVERIFY(!logo->pixmap().isNull());
-    QCOMPARE(inside->text(), QStringLiteral("Find what:"));
-    QVERIFY(ApplyFormLabels(dialog));
-    QCOMPARE(inside->text(), QStringLiteral("Suchen nach:"));
-}
-
-void TestLabels::ToolbarTranslatesOnlyTooltipsItHas() {
-    QMainWindow window;
-    QMenu* view = window.menuBar()->addMenu(QStringLiteral("&View"));
-    QToolBar* bar = window.addToolBar(QStringLiteral("tbrMain"));
-    // The caption of a toolbar button is not shown and not translated.
-    QAction* find = bar->addAction(QStringLiteral("Users"));
-    find->setToolTip(QStringLiteral("Find"));
-    QAction* bare = bar->addAction(QIcon(), QString());
-    // One action in menu and toolbar: its tooltip is the menu text, which the
-    // menu translates.
-    QAction* refresh = view->addAction(QStringLiteral("&Refresh"));
-    bar->addAction(refresh);
-
-    QVERIFY(ApplyFormLabels(&window));
-    QCOMPARE(find->toolTip(), QStringLiteral("Suchen"));
-    QCOMPARE(find->text(), QStringLiteral("Users"));
-    QCOMPARE(bare->toolTip(), QString());
-    QCOMPARE(refresh->toolTip(), QStringLiteral("Aktualisieren"));
-}
-
-void TestLabels::HiddenLabelsFrameKeepsItsTitleAndFeedsTheTabs() {
-    auto form = NewForm(QStringLiteral("Options"));
-    auto* hidden = Add<QGroupBox>(form.get(), "fraHiddenLabels", QStringLiteral("General"));
-    const QList<QLabel*> captions = {Add<QLabel>(hidden, "lblTab", QStringLiteral("General")),
-                                     Add<QLabel>(hidden, "lblTab", QStringLiteral("Users"))};
-    hidden->hide();
-    auto* tabs = Add<QTabWidget>(form.get(), "tabOptions");
-    for (const char* key : {"Groups", "Routes", "Events"}) tabs->addTab(new QWidget, key);
-
-    QVERIFY(ApplyFormLabels(form.get()));
-    QCOMPARE(hidden->title(), QStringLiteral("General"));
-    // Tab captions are the hidden labels' business, not the walk's.
-    QCOMPARE(tabs->tabText(0), QStringLiteral("Groups"));
-    QVERIFY(ApplyTabCaptions(tabs, captions));
-    QCOMPARE(tabs->tabText(1), QStringLiteral("Benutzer"));
-    QCOMPARE(tabs->tabText(2), QStringLiteral("Events"));  // more tabs than labels
-    auto* oneTab = new QTabWidget(form.get());
-    oneTab->addTab(new QWidget, QStringLiteral("a"));
-    QVERIFY(ApplyTabCaptions(oneTab, captions));  // more labels than tabs
-    QCOMPARE(oneTab->tabText(0), QStringLiteral("Allgemein"));
-}
-
 void TestLabels::LabelLendsItsTextToItsBuddy() {
     auto form = NewForm(QStringLiteral("Login"));
     auto* host = Add<QLabel>(form.get(), "lblHostName", QStringLiteral("Host name:"));
@@ -163,6 +109,40 @@ void TestLabels::WithoutTableEveryKeyIsItsOwnText() {
     auto form = NewForm(QStringLiteral("Login"));
     QVERIFY(ApplyFormLabels(form.get()));
     QCOMPARE(form->windowTitle(), QStringLiteral("Login"));
+}
+
+// The texts of whole rows are tst_listfill's and tst_monitors'.
+void TestLabels::CodeTablesFallBackToUnknown() {
+    QCOMPARE(PrinterTypeText(12), Label("<Unknown>"));
+    QCOMPARE(PrinterTypeText(-1), Label("<Unknown>"));
+    QCOMPARE(SeverityText(5), Label("SeverityPanic"));
+    QCOMPARE(SeverityText(6), Label("<Unknown>"));
+    QCOMPARE(OriginatorText(19), Label("OriginatorPi"));
+    QCOMPARE(OriginatorText(20), Label("<Unknown>"));
+    // Message class bits outside the ten are ignored.
+    QCOMPARE(MessageClassText(0x400), QString());
+    QCOMPARE(MessageClassText(0x7FF), MessageClassText(0x3FF));
+    QCOMPARE(CountOrDashText(7), QStringLiteral(" 7"));
+}
+
+void TestLabels::ProcessStatusLooksAtRunStateFirst() {
+    QCOMPARE(ProcessStatusText(-1, 0), Label("ProcessStarting"));
+    QCOMPARE(ProcessStatusText(-1, -1), Label("ProcessFailed"));
+    QCOMPARE(ProcessStatusText(-2, 1), Label("ProcessInit"));
+    QCOMPARE(ProcessStatusText(-1, 1), Label("ProcessRun"));
+    QCOMPARE(ProcessStatusText(0, 1), Label("ProcessTerminated"));
+    QCOMPARE(ProcessStatusText(-5, 1), Label("ProcessExit") + QStringLiteral(" (0xFFFFFFFB)"));
+}
+
+void TestLabels::CodeTextsFollowALanguageChangeAtOnce() {
+    const QString german = SeverityText(3);
+    TestServer english(ServerOptions());
+    auto englishSession = english.Login();
+    SetLabelSource(englishSession.get());
+    QCOMPARE(SeverityText(3), englishSession->GetLabel(QStringLiteral("SeverityError")));
+    QVERIFY(SeverityText(3) != german);
+    SetLabelSource(TheSession());
+    QCOMPARE(SeverityText(3), german);
 }
 
 QTEST_MAIN(TestLabels)

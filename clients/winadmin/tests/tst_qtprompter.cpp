@@ -1,9 +1,11 @@
-// The real message boxes and save dialog, answered the way a person would:
-// a timer finds the box once it is up, notes what it shows, then presses a
-// key. What was seen is checked after the box has gone, so a failed check
-// never leaves a modal box waiting.
+// The common error dialog through a scripted prompter; then the real
+// message boxes and save dialog, answered the way a person would: a timer
+// finds the box once it is up, notes what it shows, then presses a key. What
+// was seen is checked after the box has gone, so a failed check never leaves
+// a modal box waiting.
 
 #include <QFileDialog>
+#include <QGuiApplication>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -12,11 +14,27 @@
 
 #include "common/AppContext.h"
 #include "common/QtPrompter.h"
+#include "session/ErrorDialog.h"
+#include "session/ServerSession.h"
 #include "support/ConsoleFixture.h"
+#include "support/ScriptedPrompter.h"
+#include "support/TestServer.h"
 
 using namespace winadmin;
 
 namespace {
+
+namespace pb = veldrano::admin::v1;
+
+const QString kBuiltInTitle = QStringLiteral("VELDRANO Administrator");
+
+// Makes session the process's one session until the end of the scope.
+struct SessionScope {
+    explicit SessionScope(std::unique_ptr<ServerSession> session) {
+        SetTheSession(std::move(session));
+    }
+    ~SessionScope() { SetTheSession(nullptr); }
+};
 
 struct Seen {
     QMessageBox::Icon icon = QMessageBox::NoIcon;
@@ -62,13 +80,17 @@ class TestQtPrompter : public QObject {
     Q_OBJECT
 
 private slots:
+    // First: the application title the real boxes set below is not the
+    // built-in one these expect.
+    void ChoosesButtonsByFamily_data();
+    void ChoosesButtonsByFamily();
+    void ShowsSessionErrorOverBusyWork();
+    void TitleIsTheProductTitleOfTheSessionsBrand();
     void BoxShowsWhatWasAskedAndAnswersTheKey_data();
     void BoxShowsWhatWasAskedAndAnswersTheKey();
     void UntitledBoxShowsPlainTextAndTheNormalPointer();
     void SaveDialogOffersTheFiltersAndAnswersTheFile();
     void PasswordPromptHidesTheEntryAndAnswersIt();
-    void ClassicFiltersBecomeQtFilters_data();
-    void ClassicFiltersBecomeQtFilters();
 };
 
 void TestQtPrompter::BoxShowsWhatWasAskedAndAnswersTheKey_data() {
@@ -184,22 +206,89 @@ void TestQtPrompter::PasswordPromptHidesTheEntryAndAnswersIt() {
     QCOMPARE(prompter.AskPassword(QStringLiteral("Login"), QString()), std::nullopt);
 }
 
-void TestQtPrompter::ClassicFiltersBecomeQtFilters_data() {
-    QTest::addColumn<QString>("classic");
-    QTest::addColumn<QString>("qt");
-    const auto row = [](const char* name, const char* classic, const char* qt) {
-        QTest::newRow(name) << QString(classic) << QString(qt);
-    };
-    // Two filters with patterns in the name and appended: the save dialog's.
-    row("patterns appended", "Logs|*.log;*.txt", "Logs (*.log *.txt)");
-    row("name without patterns", "Everything", "Everything");
-    row("parenthesis inside the name", "Users (export) file|*.usr", "Users (export) file (*.usr)");
-    row("empty", "", "");
+void TestQtPrompter::ChoosesButtonsByFamily_data() {
+    QTest::addColumn<uint>("number");
+    QTest::addColumn<PromptButtons>("buttons");
+    QTest::addColumn<int>("answer");  // passed through as the prompter gives it
+    QTest::addColumn<QString>("text");
+    // Through the protocol's table: what repeating can cure offers Retry, a
+    // conflict (the same commit would be refused again) does not.
+    QTest::newRow("time-out") << ErrorNumber(pb::ERROR_TIMEOUT) << PromptButtons::RetryCancel
+                              << int(Answer::Retry) << QStringLiteral("Failed (81000001).");
+    QTest::newRow("version conflict")
+        << ErrorNumber(pb::ERROR_VERSION_CONFLICT) << PromptButtons::OK << int(Answer::Ignore)
+        << QStringLiteral("Failed (8101000E).");
+    // Seven digits that start like the transient family are still no prefix.
+    QTest::newRow("seven digits") << 0x08100001u << PromptButtons::OK << int(Answer::OK)
+                                  << QStringLiteral("Failed (8100001).");
 }
 
-void TestQtPrompter::ClassicFiltersBecomeQtFilters() {
-    QFETCH(QString, classic);
-    QTEST(QtFileFilter(classic), "qt");
+void TestQtPrompter::ChoosesButtonsByFamily() {
+    QFETCH(uint, number);
+    QFETCH(int, answer);
+    ScriptedPrompter prompter;
+    prompter.Answer(answer);
+    QCOMPARE(ShowErrorMessage(number, QStringLiteral("Failed"), QStringLiteral("Some.Component")),
+             answer);
+    const Prompt& shown = prompter.LastPrompt();
+    QTEST(shown.buttons, "buttons");
+    QTEST(shown.text, "text");
+    QCOMPARE(shown.icon, PromptIcon::Critical);
+    // No session: the built-in product, never the component.
+    QCOMPARE(shown.title, kBuiltInTitle);
+    QCOMPARE(shown.defaultButton, 1);
+}
+
+void TestQtPrompter::ShowsSessionErrorOverBusyWork() {
+    // The description comes from the protocol's error table, once; a detail
+    // follows it.
+    const SessionError conflict = SessionError::FromCode(pb::ERROR_VERSION_CONFLICT);
+    QCOMPARE(
+        conflict.Description().count(QStringLiteral("another administrator"), Qt::CaseInsensitive),
+        1);
+    const SessionError denied =
+        SessionError::FromCode(pb::ERROR_ACCESS_DENIED, QStringLiteral("not logged in"));
+    QCOMPARE(denied.Description(), QStringLiteral("Access is denied: not logged in"));
+
+    ScriptedPrompter prompter;
+    prompter.Answer(Answer::OK);
+    // Nested busy sections, as a failing editor leaves them.
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    QCOMPARE(ShowErrorMessage(conflict), int(Answer::OK));
+    const ScriptedPrompter::Record& shown = prompter.Prompts().constFirst();
+    QVERIFY(!shown.busyPointer);
+    QVERIFY(!QGuiApplication::overrideCursor());
+    QCOMPARE(shown.prompt.text, conflict.Description() + QStringLiteral(" (8101000E)."));
+}
+
+void TestQtPrompter::TitleIsTheProductTitleOfTheSessionsBrand() {
+    TestServer::Options options;
+    options.brand = "quorel";
+    TestServer server(options);
+    ScriptedPrompter prompter;
+    {
+        // A session that has not logged in yet knows no brand.
+        SessionScope scope(std::make_unique<GrpcServerSession>(server.Channel()));
+        prompter.Answer(Answer::OK);
+        ShowErrorMessage(1u, QStringLiteral("Failed"), QStringLiteral("Some.Component"));
+        QCOMPARE(prompter.LastPrompt().title, kBuiltInTitle);
+    }
+    SessionScope scope(server.Login());
+    // An error the server raised: the box names the product, the error
+    // object keeps its source for whoever handles it.
+    SessionError refused(0, {}, {});
+    try {
+        TheSession()->StartServer(QStringLiteral("no-such-host"));
+        QFAIL("the call was expected to fail");
+    } catch (const SessionError& error) {
+        refused = error;
+    }
+    QCOMPARE(refused.Source(), QStringLiteral("Kelvar.Administrator"));
+    prompter.Answer(Answer::OK);
+    QCOMPARE(ShowErrorMessage(refused), int(Answer::OK));
+    QCOMPARE(prompter.LastPrompt().title, QStringLiteral("Quorel Administrator"));
+    QVERIFY(!prompter.LastPrompt().text.contains(refused.Source()));
 }
 
 QTEST_MAIN(TestQtPrompter)

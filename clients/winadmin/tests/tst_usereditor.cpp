@@ -1,11 +1,11 @@
-// The user editor, driven through its pages against the demo installation:
-// its pages written and read back, its checks, references the server no
-// longer has, the extras list and the password.
+// The user and group editors, driven through their pages against the demo
+// installation: what a new user stores, the checks, references the server
+// no longer has, the extras list and the password; the group's two member
+// lists, and the group and server selection dialogs.
 
 #include <QComboBox>
 #include <QFile>
 #include <QLineEdit>
-#include <QScopeGuard>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
@@ -14,8 +14,13 @@
 #include "common/FormParameters.h"
 #include "common/Labels.h"
 #include "common/Pages.h"
-#include "common/UserReferenceField.h"
+#include "editors/frmGroupDetails.h"
+#include "editors/frmGroupSelection.h"
+#include "editors/frmServerSelection.h"
 #include "editors/frmUserDetails.h"
+#include "lists/Find.h"
+#include "lists/ListModel.h"
+#include "shell/frmFind.h"
 #include "store/Store.h"
 #include "support/EditorDriver.h"
 #include "support/EditorLifecycle.h"
@@ -35,14 +40,28 @@ FormParameterList New(const QString& host = kMaster) {
     return {{QStringLiteral("New"), QString()}, {QStringLiteral("HostName"), host}};
 }
 
-// The user selection as the real dialog answers a confirmed choice.
-struct ChosenUser {
-    static void Open(QWidget*) {
-        SetFormParameters({{QStringLiteral("Refresh"), QStringLiteral("-1")},
-                           {QStringLiteral("HostName"), QStringLiteral("fxsales")},
-                           {QStringLiteral("UserName"), QStringLiteral("lroux")}});
-    }
-};
+const QString kLegal = QStringLiteral("Legal");
+
+using GroupEditor = ShownEditor<frmGroupDetails>;
+const FormParameterList kNewGroup = {{QStringLiteral("New"), QString()}};
+FormParameterList Group(const QString& name) {
+    return {{QStringLiteral("GroupName"), name}};
+}
+
+QStringList Pairs(const FormParameterList& parameters) {
+    QStringList pairs;
+    for (const FormParameter& pair : parameters) pairs.append(pair.name + '=' + pair.value);
+    return pairs;
+}
+
+// "user@host" of each member the server holds.
+QStringList StoredMembers(veldrano::server::Store& store, const char* group) {
+    QStringList members;
+    const auto stored = store.GetGroup(group);
+    for (const auto& ref : stored.members())
+        members << QString::fromStdString(ref.user_name() + '@' + ref.host_name());
+    return members;
+}
 
 }  // namespace
 
@@ -51,10 +70,15 @@ class TestUserEditor : public ExplorerSuite {
 
 private slots:
     void Lifecycle();
-    void NewUserReadsBackAsSaved();
-    void ChecksInOrderAndBounds();
+    void NewUserStoresTheOptionsCode();
+    void ChecksAndTheirPages();
     void VanishedScannerAndPrinterShowNone();
     void ExtrasAndPasswordKeepTheEdits();
+    void GroupLifecycle();
+    void MovesAndRemovesExactlyTheSelectedRows();
+    void CreatesGroupWithEqualNamesOfTwoServers();
+    void GroupSelectionFindsAndTakesWithEnter();
+    void ServerSelectionEscapeChoosesNothing();
 };
 
 void TestUserEditor::Lifecycle() {
@@ -73,44 +97,18 @@ void TestUserEditor::Lifecycle() {
         fx_->prompter);
 }
 
-void TestUserEditor::NewUserReadsBackAsSaved() {
-    const auto restore = qScopeGuard([] { SetUserSelectionOpener(nullptr); });
-    SetUserSelectionOpener(&ChosenUser::Open);
-    // A sample of each kind of control, on several pages.
-    QStringList typed = QStringLiteral(
-                            "edtComment=Night shift, building C;edtAdminPriority=32000;"
-                            "optResolutionHalftone=1;chkKeepCopy=1;cboPrinter=lj-acc;"
-                            "edtMailAddress=night@example.com;chkMailIfSendFailed=1;"
-                            "edtPaper9=99;edtDefault=2147483647")
-                            .split(u';');
-    typed << "cboScanner=" + QString::fromStdString(Store().ListScanners("fxmaster").back());
-    {
-        UserEditor editor(New());
-        editor.Type("edtUserName", QStringLiteral("nightshift99"));
-        QCOMPARE(editor.Field("edtUserName")->text(), QStringLiteral("nightshift"));
-        editor.Key("edtUserName", Qt::Key_Return);
-        // Only a stored user has a password to set.
-        QVERIFY(!editor.Enabled("cmdChangePassword"));
-        for (const QString& assignment : typed) editor.Set(assignment);
-        ShowPageOf(editor.Field<QWidget>("edtSubstitute"));
-        editor.Click("cmdSubstitute");
-        editor.ExpectOK(fx_->prompter, {});
-    }
-    // What the fields do not show as such: the option's code, the reference.
-    const UserRecord stored = Store().GetUser("fxmaster", "nightshift");
-    QCOMPARE(stored.resolution(), 2);
-    QCOMPARE(stored.substitute().user_name() + "@" + stored.substitute().host_name(),
-             std::string("lroux@fxsales"));
-
-    UserEditor editor(Open(QStringLiteral("nightshift")));
-    for (const QString& assignment : typed) {
-        const QString name = assignment.section(u'=', 0, 0);
-        QCOMPARE(name + '=' + EditorDriver::Shown(editor.Field<QWidget>(qPrintable(name))),
-                 assignment);
-    }
+void TestUserEditor::NewUserStoresTheOptionsCode() {
+    UserEditor editor(New());
+    editor.Type("edtUserName", QStringLiteral("nightshift"));
+    editor.Key("edtUserName", Qt::Key_Return);
+    editor.Set(QStringLiteral("edtComment=Night shift"));
+    editor.Set(QStringLiteral("optResolutionHalftone=1"));
+    editor.ExpectOK(fx_->prompter, {});
+    // An option group is stored as the code of the option chosen.
+    QCOMPARE(Store().GetUser("fxmaster", "nightshift").resolution(), 2);
 }
 
-void TestUserEditor::ChecksInOrderAndBounds() {
+void TestUserEditor::ChecksAndTheirPages() {
     // tschmidt mails on new messages and has neither print nor signal actions.
     UserEditor editor(Open(QStringLiteral("tschmidt")));
     auto* pages = editor.Field<QTabWidget>("tabDetails");
@@ -123,21 +121,17 @@ void TestUserEditor::ChecksInOrderAndBounds() {
         editor.ExpectOK(fx_->prompter, message, QLatin1String(field));
         QCOMPARE(pages->currentWidget()->objectName(), QLatin1String(page));
     };
-    refused({"edtPriority=101", "edtMailAddress=", "edtComment="}, EmptyMessage("Comment"),
-            "tabGeneral", "edtComment");
-    refused({"edtComment=Tom Schmidt"}, RangeMessage("Priority", "1", "100"), "tabSend",
-            "edtPriority");
-    refused({"edtPriority=100"}, EmptyMessage("Mail Address"), "tabActions", "edtMailAddress");
+    refused({"edtMailAddress=", "edtComment="}, EmptyMessage("Comment"), "tabGeneral",
+            "edtComment");
+    refused({"edtComment=Tom Schmidt"}, EmptyMessage("Mail Address"), "tabActions",
+            "edtMailAddress");
     // Without mail no address; a light needs a number (a printer for print
     // actions: VanishedScannerAndPrinterShowNone).
-    refused({"chkMailIfNewReceived=0", "chkLightIfSendFailed=1", "edtDefault="},
+    refused({"chkMailIfNewReceived=0", "chkLightIfSendFailed=1"},
             EmptyMessage("Phone Signal Number"), "tabActions", "edtPhoneSignalNr");
-    refused({"chkLightIfSendFailed=0", "edtDefault=2147483648"},
-            RangeMessage("Default", "0", "2147483647"), "tabBackground", "edtDefault");
-    for (const char* bound : {"edtDefault=0", "edtPaper1=0", "edtPaper9=2147483647"})
-        editor.Set(QLatin1String(bound));
+    editor.Set(QStringLiteral("chkLightIfSendFailed=0"));
     editor.ExpectOK(fx_->prompter, {});
-    QCOMPARE(Store().GetUser("fxmaster", "tschmidt").background_paper(8), 2147483647);
+    QCOMPARE(Store().GetUser("fxmaster", "tschmidt").comment(), std::string("Tom Schmidt"));
 }
 
 void TestUserEditor::VanishedScannerAndPrinterShowNone() {
@@ -171,13 +165,11 @@ void TestUserEditor::ExtrasAndPasswordKeepTheEdits() {
     QVERIFY(!Store().GetUser("fxmaster", "jmueller").password_set());
     UserEditor editor(Open(QStringLiteral("jmueller")));
     ShowPageOf(editor.Field<QWidget>("ListView1"));
-    // A pair needs a name; asking changes nothing.
+    // A pair needs a name.
     fx_->prompter.Answer(Answer::OK);
     editor.Click("cmdSet");
     QCOMPARE(fx_->prompter.LastPrompt().text, GetLabel(QStringLiteral("NoItem")));
-    QCOMPARE(editor.dialog.State(), EditorState::Shown);
     editor.Select("ListView1", {QStringLiteral("language")});
-    QCOMPARE(editor.Field("edtValue")->text(), QStringLiteral("de"));
     editor.Type("edtValue", QStringLiteral("en"));
     editor.Click("cmdSet");
     editor.Type("edtName", QStringLiteral("fax header"));
@@ -216,6 +208,97 @@ void TestUserEditor::ExtrasAndPasswordKeepTheEdits() {
     QCOMPARE(stored.extras_size(), 2);
     QCOMPARE(stored.extras(1).value(), std::string("Accounts, room 104"));
     QVERIFY(stored.password_set());
+}
+
+void TestUserEditor::GroupLifecycle() {
+    CheckLifecycle({.make = [] { return std::make_unique<frmGroupDetails>(); },
+                    .open = Group(QStringLiteral("Finance")),
+                    .missing = Group(QStringLiteral("Nobody")),
+                    .notExistText = GetLabel(QStringLiteral("GroupNotExist")),
+                    .missingServer = {},
+                    .create = kNewGroup,
+                    .keyField = "edtGroupName",
+                    .takenKey = kLegal,
+                    .existsText = GetLabel(QStringLiteral("GroupExist")),
+                    .edit = TypeCounted("edtComment", QStringLiteral("Edit ")),
+                    .storedVersion = [this] { return Store().GetGroup("Finance").version(); }},
+                   fx_->prompter);
+}
+
+void TestUserEditor::MovesAndRemovesExactlyTheSelectedRows() {
+    GroupEditor editor(Group(kLegal));
+    // A member of another server shows that server's comment.
+    QCOMPARE(editor.List("lvGrpMembers").Row(2).cells.ToStringList(),
+             QStringList({"gsteiner", "Gabi Steiner, Group Legal"}));
+    // Nobody is offered until a server is picked; then its users are,
+    // members left out.
+    QVERIFY(editor.Names("lvSrvUsers").isEmpty());
+    QTest::keyClicks(editor.Field<QComboBox>("cboServer"), QStringLiteral("fxmaster"));
+    QVERIFY(!editor.Names("lvSrvUsers").contains("lfischer"));
+
+    // Clicked bottom up; they join in list order.
+    editor.Select("lvSrvUsers", {"jmueller", "accounts"});
+    editor.Click("cmdMoveToGrp");
+    QCOMPARE(editor.Names("lvGrpMembers"),
+             QStringList({"lfischer", "legal", "gsteiner", "accounts", "jmueller"}));
+
+    // Two members apart from each other; the one of the shown server is
+    // offered again.
+    editor.Select("lvGrpMembers", {"lfischer", "gsteiner"});
+    editor.Click("cmdRemoveFromGrp");
+    QCOMPARE(editor.Names("lvGrpMembers"), QStringList({"legal", "accounts", "jmueller"}));
+    QVERIFY(editor.Names("lvSrvUsers").contains("lfischer"));
+
+    editor.Select("lvSrvUsers", {"abecker"}, true);
+    editor.Select("lvGrpMembers", {"legal"}, true);
+    editor.ExpectOK(fx_->prompter, {});
+    QCOMPARE(StoredMembers(Store(), "Legal"),
+             QStringList({"accounts@fxmaster", "jmueller@fxmaster", "abecker@fxmaster"}));
+}
+
+void TestUserEditor::CreatesGroupWithEqualNamesOfTwoServers() {
+    veldrano::admin::v1::User twin = Store().GetUser("fxsales", "reception");
+    twin.set_comment("Sales reception");
+    Store().CommitUser(twin);
+    GroupEditor editor(kNewGroup);
+    editor.Type("edtGroupName", QStringLiteral("Night Watch"));
+    editor.Key("edtGroupName", Qt::Key_Return);
+    QTest::keyClicks(editor.Field<QComboBox>("cboServer"), QStringLiteral("fxmaster"));
+    editor.Select("lvSrvUsers", {"reception"}, true);
+    // A pause, so that the typing starts a new search in the list.
+    QTest::qWait(QApplication::keyboardInputInterval() + 50);
+    QTest::keyClicks(editor.Field<QComboBox>("cboServer"), QStringLiteral("fxsales"));
+    editor.Select("lvSrvUsers", {"reception"}, true);
+    // The comment is required; the members stay through the refusal.
+    editor.ExpectOK(fx_->prompter, EmptyMessage("Comment"));
+    editor.Type("edtComment", QStringLiteral("Receptions after hours"));
+    editor.ExpectOK(fx_->prompter, {});
+    QCOMPARE(StoredMembers(Store(), "Night Watch"),
+             QStringList({"reception@fxmaster", "reception@fxsales"}));
+}
+
+void TestUserEditor::GroupSelectionFindsAndTakesWithEnter() {
+    ShownEditor<frmGroupSelection> selection(Group(kLegal));
+    auto* list = selection.Field<QTreeView>("lvGroups");
+    QCOMPARE(selection.dialog.SelectedName(), kLegal);
+    selection.Click("cmdFind");
+    QCOMPARE(frmFind::Loaded()->CallerCode(), kFindGroupSelection);
+    frmFind::Loaded()->hide();
+    QVERIFY(PressFind(kFindGroupSelection, QStringLiteral("sales"), {}));
+    QCOMPARE(selection.dialog.SelectedName(), QStringLiteral("SalesTeam"));
+    QTest::keyClick(list, Qt::Key_Up);
+    QTest::keyClick(list, Qt::Key_Return);
+    QVERIFY(!selection.dialog.isVisible());
+    QCOMPARE(Pairs(FormParameters()), QStringList({"Refresh=-1", "GroupName=Management"}));
+}
+
+void TestUserEditor::ServerSelectionEscapeChoosesNothing() {
+    WhenShown<frmServerSelection>([](frmServerSelection& selection) {
+        QTRY_COMPARE(selection.SelectedName(), QStringLiteral("fxprint01"));
+        EditorDriver(selection).Key("lvServers", Qt::Key_Escape);
+    });
+    QCOMPARE(frmServerSelection::Choose(nullptr, QStringLiteral("fxprint01")), QString());
+    QCOMPARE(Pairs(FormParameters()), QStringList({"Refresh=0"}));
 }
 
 QTEST_MAIN(TestUserEditor)

@@ -122,10 +122,6 @@ QString SelectedRowText(frmMain& main) {
                : QString();
 }
 
-QString CurrentKey(frmMain& main) {
-    return ExplorerFixture::Key(main.Tree()->currentItem());
-}
-
 QSet<QString> ExpandedKeys(frmMain& main) {
     QSet<QString> keys;
     for (QTreeWidgetItemIterator it(main.Tree()); *it; ++it)

@@ -55,8 +55,7 @@ int RowOf(frmMain& main, const QString& text, const QString& kind = {});
 bool ClickRow(frmMain& main, int row, Qt::KeyboardModifiers modifiers = {});
 bool ClickRow(frmMain& main, const QString& text, const QString& kind = {});
 QString SelectedRowText(frmMain& main);
-// The tree: the current node's key; the keys of the open nodes.
-QString CurrentKey(frmMain& main);
+// The tree: the keys of the open nodes.
 QSet<QString> ExpandedKeys(frmMain& main);
 bool Enabled(frmMain& main, const char* entry);
 
