@@ -187,8 +187,8 @@ void GrpcServerSession::Login() {
     const veldrano::admin::v1::LoginReply reply = CallLogin(true);
     token_ = reply.token();
 
-    info_ = Unary<veldrano::admin::v1::SessionInfo>([&](auto& context, auto* out) {
-        return stub_->GetSessionInfo(&context, veldrano::admin::v1::Empty(), out);
+    info_ = Unary<veldrano::admin::v1::SessionInfo>([&](auto& context, auto* queue) {
+        return stub_->PrepareAsyncGetSessionInfo(&context, veldrano::admin::v1::Empty(), queue);
     });
     if (!timeoutChosen_ && info_.default_timeout_seconds() > 0)
         timeoutSeconds_ = info_.default_timeout_seconds();
@@ -206,8 +206,9 @@ void GrpcServerSession::Login() {
 void GrpcServerSession::LoadLabels(const std::string& knownStamp) {
     veldrano::admin::v1::LabelsRequest request;
     request.set_known_stamp(knownStamp);
-    const auto table = Unary<veldrano::admin::v1::LabelTable>(
-        [&](auto& context, auto* out) { return stub_->GetLabels(&context, request, out); });
+    const auto table = Unary<veldrano::admin::v1::LabelTable>([&](auto& context, auto* queue) {
+        return stub_->PrepareAsyncGetLabels(&context, request, queue);
+    });
     if (table.unchanged() && !knownStamp.empty()) return;
     QHash<QString, QString> labels;
     labels.reserve(table.labels_size());
@@ -224,13 +225,14 @@ void GrpcServerSession::ReloadLabels() {
 void GrpcServerSession::SetAdminPassword(const QString& password) {
     veldrano::admin::v1::ChangePasswordRequest request;
     request.set_new_password(Utf8(password));
-    Unary<veldrano::admin::v1::Empty>(
-        [&](auto& context, auto* out) { return stub_->SetAdminPassword(&context, request, out); });
+    Unary<veldrano::admin::v1::Empty>([&](auto& context, auto* queue) {
+        return stub_->PrepareAsyncSetAdminPassword(&context, request, queue);
+    });
     // A later automatic re-login must use the password that is now valid.
     password_ = password;
 }
 
-void GrpcServerSession::Run(const CallBody& body) {
+void GrpcServerSession::Run(const CallBody& body, Waiting waiting) {
     // Without a login the call still goes to a given channel: the server is
     // the one that refuses it, as it would refuse any caller without a token.
     if (!stub_ && fixedChannel_) EnsureChannel();
@@ -247,7 +249,8 @@ void GrpcServerSession::Run(const CallBody& body) {
         grpc::ClientContext context;
         PrepareContext(context, true);
         ++rpcCount_;
-        const grpc::Status status = Await(body, context);
+        const grpc::Status status =
+            waiting == Waiting::InQueue ? body(context) : Await(body, context);
         if (status.ok()) return;
         SessionError error = MapStatus(status, false, GetHostName());
         // A token ends when the server restarts or the session sat idle too
@@ -296,20 +299,49 @@ grpc::Status GrpcServerSession::Await(const CallBody& body, grpc::ClientContext&
         answered = finished.wait_for(lock, std::chrono::milliseconds(kQuietWaitMs - kSpinMs),
                                      [&] { return done.load(); });
     }
-    if (!answered) {
-        std::optional<BusyPointer> pointer;
-        QTimer::singleShot(kWaitPointerMs - kQuietWaitMs, &loop, [&] {
-            if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) &&
-                !QGuiApplication::overrideCursor())
-                pointer.emplace();
-        });
-        loop.exec(QEventLoop::ExcludeUserInputEvents);
-    }
+    if (!answered) WaitInLoop(loop);
     // The loop also ends when the application quits; the call's locals must
     // outlive the worker all the same.
     worker_.waitForDone();
     callInProgress_ = false;
     return status;
+}
+
+void GrpcServerSession::AwaitAnswer(grpc::CompletionQueue& queue) {
+    void* tag = nullptr;
+    bool ok = false;
+    const QCoreApplication* application = QCoreApplication::instance();
+    const bool loopMayRun =
+        application && QThread::currentThread() == application->thread() && !callInProgress_;
+    const auto quietUntil =
+        std::chrono::system_clock::now() + std::chrono::milliseconds(kQuietWaitMs);
+    if (!loopMayRun) {
+        queue.Next(&tag, &ok);
+    } else if (queue.AsyncNext(&tag, &ok, quietUntil) != grpc::CompletionQueue::GOT_EVENT) {
+        callInProgress_ = true;
+        QEventLoop loop;
+        worker_.start([&] {
+            queue.Next(&tag, &ok);
+            QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+        });
+        WaitInLoop(loop);
+        worker_.waitForDone();
+        callInProgress_ = false;
+    }
+    // A queue must be shut down and emptied before it goes.
+    queue.Shutdown();
+    while (queue.Next(&tag, &ok)) {
+    }
+}
+
+void GrpcServerSession::WaitInLoop(QEventLoop& loop) {
+    std::optional<BusyPointer> pointer;
+    QTimer::singleShot(kWaitPointerMs - kQuietWaitMs, &loop, [&] {
+        if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) &&
+            !QGuiApplication::overrideCursor())
+            pointer.emplace();
+    });
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
 }
 
 std::string GrpcServerSession::LogInAgain(const SessionError& refused) {

@@ -65,9 +65,9 @@ pb::ProcessRequest ProcessAction(const QString& host, int slot) {
 
 // The stub's calls differ only in method and message types; these keep each
 // operation below to the one line that says which call it makes.
-#define VELDRANO_UNARY(Reply, Method, request)                     \
-    Unary<Reply>([&](grpc::ClientContext& context, Reply* reply) { \
-        return stub_->Method(&context, request, reply);            \
+#define VELDRANO_UNARY(Reply, Method, request)                                     \
+    Unary<Reply>([&](grpc::ClientContext& context, grpc::CompletionQueue* queue) { \
+        return stub_->PrepareAsync##Method(&context, request, queue);              \
     })
 #define VELDRANO_LIST(Item, Method, request, Page, field)                                         \
     Collect<Item>([&](grpc::ClientContext& context) { return stub_->Method(&context, request); }, \

@@ -89,6 +89,7 @@ private slots:
     void RoleRemovalIsOneCommit();
     void ChannelTargetsFromHostText_data();
     void ChannelTargetsFromHostText();
+    void HungServerKeepsTheConsolePainting_data();
     void HungServerKeepsTheConsolePainting();
     void AnUnknownCertificateIsPinnedAndHeldTo();
     void ACertificateTheSystemTrustsNeedsNoQuestion();
@@ -323,9 +324,17 @@ void TestSession::ChannelTargetsFromHostText() {
     QTEST(QString::fromStdString(GrpcServerSession::ChannelTarget(host)), "target");
 }
 
+void TestSession::HungServerKeepsTheConsolePainting_data() {
+    // A list's stream waits on the worker, a single answer in its own queue.
+    QTest::addColumn<bool>("unary");
+    QTest::newRow("list") << false;
+    QTest::newRow("single answer") << true;
+}
+
 void TestSession::HungServerKeepsTheConsolePainting() {
     // The console keeps painting, shows the wait pointer, tells periodic
     // work that a call waits, and the session's time-out still ends the call.
+    QFETCH(bool, unary);
     QTcpServer silent;
     const QString host = SilentLoopbackHost(silent);
     QVERIFY(!host.isEmpty());
@@ -351,7 +360,12 @@ void TestSession::HungServerKeepsTheConsolePainting() {
     const int paintsBefore = window.paints;
     QElapsedTimer clock;
     clock.start();
-    const SessionError error = Refusal([&] { session.Servers(); });
+    const SessionError error = Refusal([&] {
+        if (unary)
+            session.GetServer(QStringLiteral("fxmaster"));
+        else
+            session.Servers();
+    });
     const qint64 elapsed = clock.elapsed();
 
     // The time-out ended the call, as it does when the call blocks.
