@@ -64,10 +64,7 @@ void TestAdminEditor::Lifecycle() {
     LifecycleSubject subject;
     subject.make = [] { return std::make_unique<frmAdministratorDetails>(); };
     subject.open = kOpen;
-    int edits = 0;
-    subject.edit = [&edits](EditorDriver& editor) {
-        editor.Type("edtMailLanguageIdentifier", QStringLiteral("lang%1").arg(++edits));
-    };
+    subject.edit = TypeCounted("edtMailLanguageIdentifier", QStringLiteral("lang"));
     subject.storedVersion = [this] { return Store().GetAdminSettings().version(); };
     CheckLifecycle(subject, fx_->prompter);
 }

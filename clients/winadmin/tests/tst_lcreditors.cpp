@@ -106,10 +106,7 @@ void TestLcrEditors::Lifecycles() {
     destination.open = InZone("DestinationModify", "1");
     destination.missing = InZone("DestinationModify", "9");
     destination.notExistText = GetLabel(QStringLiteral("DestinationNotExist"));
-    int edits = 0;
-    destination.edit = [&edits](EditorDriver& editor) {
-        editor.Type("edtDestComment", QStringLiteral("Landlines %1").arg(++edits));
-    };
+    destination.edit = TypeCounted("edtDestComment", QStringLiteral("Landlines "));
     destination.storedVersion = [this] { return Store().GetDestination(kGermany, 1).version(); };
     CheckLifecycle(destination, fx_->prompter);
 }

@@ -70,10 +70,7 @@ void TestRouteEditor::Lifecycles() {
     route.keyField = "edtRouteName";
     route.takenKey = QStringLiteral("legal-in");
     route.existsText = GetLabel(QStringLiteral("RouteAlreadyExist"));
-    int edits = 0;
-    route.edit = [&edits](EditorDriver& editor) {
-        editor.Type("edtComment", QStringLiteral("Order forms %1").arg(++edits));
-    };
+    route.edit = TypeCounted("edtComment", QStringLiteral("Order forms "));
     route.storedVersion = [this] { return Store().GetRoute("orders").version(); };
     CheckLifecycle(route, fx_->prompter);
     // Asking about a taken name created nothing.
@@ -89,9 +86,7 @@ void TestRouteEditor::Lifecycles() {
     mapping.keyField = "edtMatch";
     mapping.takenKey = QStringLiteral("110");
     mapping.existsText = GetLabel(QStringLiteral("MapExist"));
-    mapping.edit = [&edits](EditorDriver& editor) {
-        editor.Type("edtReplace", QStringLiteral("+4%1").arg(++edits));
-    };
+    mapping.edit = TypeCounted("edtReplace", QStringLiteral("+4"));
     mapping.storedVersion = [this] { return Store().GetNumberMapping("0041").version(); };
     CheckLifecycle(mapping, fx_->prompter);
 }
