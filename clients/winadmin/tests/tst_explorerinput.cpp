@@ -3,7 +3,7 @@
 // New, Properties and Delete (which window opens with which request, the
 // delete confirmation and what it deletes, the explorer brought up to date by
 // key afterwards), and copy, cut and paste of users, printers, devices and
-// gateway users.
+// gateway users, by the menus and by dragging rows onto the tree.
 
 #include <QAction>
 #include <QHeaderView>

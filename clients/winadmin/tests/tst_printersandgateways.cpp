@@ -152,4 +152,4 @@ void TestPrinterEditor::GatewayUserKeyedByItsGateway() {
 }
 
 QTEST_MAIN(TestPrinterEditor)
-#include "tst_printereditor.moc"
+#include "tst_printersandgateways.moc"

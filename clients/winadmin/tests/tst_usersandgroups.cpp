@@ -302,4 +302,4 @@ void TestUserEditor::ServerSelectionEscapeChoosesNothing() {
 }
 
 QTEST_MAIN(TestUserEditor)
-#include "tst_usereditor.moc"
+#include "tst_usersandgroups.moc"
