@@ -26,9 +26,13 @@ public:
         *(page_.*add_)() = std::move(record);
         bytes_ += size;
     }
-    // Always writes at least one page, so an empty collection is one empty page.
+    // The page being filled: a field set on it after the last Add goes with
+    // the last page.
+    Page& Current() { return page_; }
+    // Always writes at least one page, so an empty collection is one empty
+    // page, and writes what was set on the current page.
     void Finish() {
-        if (bytes_ > 0 || !written_) Flush();
+        if (!written_ || page_.ByteSizeLong() > 0) Flush();
     }
 
 private:
@@ -172,7 +176,8 @@ grpc::Status AdminService::ListEvents(grpc::ServerContext* c, const pb::EventReq
         if (req->newer_than() < 0)
             throw ServiceError(pb::ERROR_OUT_OF_RANGE, "the event id must not be negative");
         PageWriter<pb::EventPage, pb::Event> pages(c, watchdog_, w, &pb::EventPage::add_events);
-        store_.ForEachEvent(*req, [&](const pb::Event& e) { pages.Add(e); });
+        const int64_t start = store_.ForEachEvent(*req, [&](const pb::Event& e) { pages.Add(e); });
+        pages.Current().set_log_start(start);
         pages.Finish();
     });
 }

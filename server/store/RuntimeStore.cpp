@@ -93,8 +93,8 @@ void ReadEvent(const Statement& st, pb::Event& e) {
 
 }  // namespace
 
-void Store::ForEachEvent(const pb::EventRequest& req,
-                         const std::function<void(const pb::Event&)>& f) {
+int64_t Store::ForEachEvent(const pb::EventRequest& req,
+                            const std::function<void(const pb::Event&)>& f) {
     Snapshot snapshot(*this);
     Database& db = snapshot.db();
     int64_t server = RequireServer(db, req.host_name());
@@ -129,6 +129,11 @@ void Store::ForEachEvent(const pb::EventRequest& req,
         f(e);
         if (st.Step()) heads.push({st.Int(0), next});
     }
+    // Event ids are never used again, and a server's events go with it: the
+    // log's oldest id tells one log from the next under the same name.
+    auto oldest = db.Prepare("SELECT MIN(id) FROM events WHERE server_id = ?");
+    oldest.Bind(1, server);
+    return oldest.Step() ? oldest.Int(0) : 0;
 }
 
 int64_t Store::EventCount(const std::string& host) {

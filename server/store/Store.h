@@ -119,7 +119,10 @@ public:
     // Calls f for each event that passes the filter (severity, newer_than),
     // newest or oldest first, at most max_count of them. Reads only the
     // events it passes on, however long the log and whichever the filter.
-    void ForEachEvent(const pb::EventRequest& req, const std::function<void(const pb::Event&)>& f);
+    // Answers the id of the oldest event the log holds (0 for an empty
+    // log), which changes only when a server is made again under its name.
+    int64_t ForEachEvent(const pb::EventRequest& req,
+                         const std::function<void(const pb::Event&)>& f);
     int64_t EventCount(const std::string& host);
 
     // Routes and number mappings

@@ -156,8 +156,9 @@ TEST_F(SimulatorTest, EveryActionLogsOneReadableEventOnItsServerAndSetsItsState)
         EXPECT_NE(newest[0].text().find(a.mentions), std::string::npos) << newest[0].text();
         EXPECT_NE(newest[0].text().find("administrator"), std::string::npos) << newest[0].text();
         EXPECT_GT(newest[0].time(), 0);
-        if (a.deviceState >= 0)
+        if (a.deviceState >= 0) {
             EXPECT_EQ(store_->GetDevice(a.host, a.mentions).state(), a.deviceState);
+        }
     }
     EXPECT_EQ(store_->GetDevice("alpha", "fax1").state(), pb::DEVICE_RUNNING);
 }

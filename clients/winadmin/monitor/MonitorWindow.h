@@ -86,8 +86,9 @@ protected:
     virtual std::vector<ListRow> FetchRows(ServerSession& session, const QString& server) = 0;
     // Brings the rows the list holds (Rows()) up to date where they stand,
     // in one call, when the viewer can tell what changed since it fetched
-    // them; answers false, having called nothing, when only FetchRows will
-    // do. Throws SessionError, after which the list is emptied.
+    // them; answers false when only FetchRows will do (having called
+    // nothing, or having found that the rows held are of something gone).
+    // Throws SessionError, after which the list is emptied.
     virtual bool UpdateRows(ServerSession& session, const QString& server);
     // What names a row across refreshes, so the selected row stays selected
     // while the list changes under it.

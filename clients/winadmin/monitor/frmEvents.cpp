@@ -98,7 +98,7 @@ std::vector<ListRow> frmEvents::FetchRows(ServerSession& session, const QString&
     held_.reset();
     newestId_ = 0;
     std::vector<ListRow> rows =
-        RowsOf(session.Events(server, filter.minSeverity, filter.maxEvents), filter);
+        RowsOf(session.Events(server, filter.minSeverity, filter.maxEvents, 0, &logStart_), filter);
     held_ = filter;
     return rows;
 }
@@ -109,9 +109,14 @@ bool frmEvents::UpdateRows(ServerSession& session, const QString& server) {
     // Until the answer is in, the list is not known to be current: a failed
     // call empties it, and the next refresh fetches it whole.
     held_.reset();
-    std::vector<ListRow> rows =
-        RowsOf(session.Events(server, filter.minSeverity, filter.maxEvents, newestId_), filter);
-    Rows()->AddNewestRows(std::move(rows), size_t(filter.maxEvents));
+    int64_t logStart = 0;
+    std::vector<EventRecord> events =
+        session.Events(server, filter.minSeverity, filter.maxEvents, newestId_, &logStart);
+    // The log began anew since (the server deleted and made again under its
+    // name), or had its first event: what the list holds may be of a log
+    // that is gone, and a whole fetch shows the one there is.
+    if (logStart != logStart_) return false;
+    Rows()->AddNewestRows(RowsOf(std::move(events), filter), size_t(filter.maxEvents));
     held_ = filter;
     return true;
 }

@@ -74,6 +74,9 @@ private:
     // after a failed one).
     std::optional<Filter> held_;
     int64_t newestId_ = 0;
+    // The oldest id of the log the held rows are of; a server made again
+    // starts another log.
+    int64_t logStart_ = 0;
 };
 
 // Shows the event viewer for the server named by the "HostName" form

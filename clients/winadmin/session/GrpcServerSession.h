@@ -107,7 +107,7 @@ public:
     void StartProcess(const QString& host, int slot) override;
     void StopProcess(const QString& host, int slot) override;
     std::vector<EventRecord> Events(const QString& host, int minSeverity, int maxCount,
-                                    int64_t newerThan = 0) override;
+                                    int64_t newerThan = 0, int64_t* logStart = nullptr) override;
 
     std::vector<RouteRecord> Routes() override;
     RouteRecord GetRoute(const QString& name) override;

@@ -285,13 +285,27 @@ void GrpcServerSession::StopProcess(const QString& host, int slot) {
 }
 
 std::vector<EventRecord> GrpcServerSession::Events(const QString& host, int minSeverity,
-                                                   int maxCount, int64_t newerThan) {
+                                                   int maxCount, int64_t newerThan,
+                                                   int64_t* logStart) {
     pb::EventRequest request;
     request.set_host_name(host.toStdString());
     request.set_min_severity(minSeverity);
     request.set_max_count(maxCount);
     request.set_newer_than(newerThan);
-    return VELDRANO_LIST(pb::Event, ListEvents, request, pb::EventPage, events);
+    std::vector<EventRecord> events;
+    int64_t start = 0;
+    Run([&](grpc::ClientContext& context) {
+        events.clear();
+        auto reader = stub_->ListEvents(&context, request);
+        pb::EventPage page;
+        while (reader->Read(&page)) {
+            for (pb::Event& event : *page.mutable_events()) events.emplace_back().Swap(&event);
+            start = page.log_start();
+        }
+        return reader->Finish();
+    });
+    if (logStart) *logStart = start;
+    return events;
 }
 
 // --- Routes and number mappings -----------------------------------------------------------

@@ -147,9 +147,11 @@ public:
     virtual void StopProcess(const QString& host, int slot) = 0;
     // Newest first; the server leaves out events below minSeverity and, with
     // newerThan, events whose id is not greater, and stops after maxCount
-    // events (0: the server's cap). Ids grow with the log.
+    // events (0: the server's cap). Ids grow with the log. With logStart,
+    // the id of the log's oldest event goes there (0 for an empty log): it
+    // changes when the server is made again, which newerThan cannot tell.
     virtual std::vector<EventRecord> Events(const QString& host, int minSeverity, int maxCount,
-                                            int64_t newerThan = 0) = 0;
+                                            int64_t newerThan = 0, int64_t* logStart = nullptr) = 0;
 
     // --- Inbound routes and number mappings ------------------------------------------
 
