@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
 
 #include "admin.grpc.pb.h"
 #include "session/ServerSession.h"
@@ -186,9 +187,12 @@ private:
     // PrepareAsync method does.
     template <class Reply, class Start>
     Reply Unary(Start&& start);
+    // A collection's page stream read to its end; onPage, when given, sees
+    // each page's other fields once its records are taken.
     template <class Item, class Open, class Page>
-    std::vector<Item> Collect(Open&& open,
-                              google::protobuf::RepeatedPtrField<Item>* (Page::*items)());
+    std::vector<Item> Collect(
+        Open&& open, google::protobuf::RepeatedPtrField<Item>* (Page::*items)(),
+        const std::function<void(const std::type_identity_t<Page>&)>& onPage = {});
 
     std::shared_ptr<grpc::Channel> fixedChannel_;
     std::shared_ptr<grpc::Channel> channel_;
@@ -244,7 +248,8 @@ Reply GrpcServerSession::Unary(Start&& start) {
 // page.)
 template <class Item, class Open, class Page>
 std::vector<Item> GrpcServerSession::Collect(
-    Open&& open, google::protobuf::RepeatedPtrField<Item>* (Page::*items)()) {
+    Open&& open, google::protobuf::RepeatedPtrField<Item>* (Page::*items)(),
+    const std::function<void(const std::type_identity_t<Page>&)>& onPage) {
     std::vector<Item> result;
     Run([&](grpc::ClientContext& context) {
         result.clear();
@@ -252,6 +257,7 @@ std::vector<Item> GrpcServerSession::Collect(
         Page page;
         while (reader->Read(&page)) {
             for (Item& item : *(page.*items)()) result.emplace_back().Swap(&item);
+            if (onPage) onPage(page);
         }
         return reader->Finish();
     });

@@ -292,18 +292,12 @@ std::vector<EventRecord> GrpcServerSession::Events(const QString& host, int minS
     request.set_min_severity(minSeverity);
     request.set_max_count(maxCount);
     request.set_newer_than(newerThan);
-    std::vector<EventRecord> events;
+    // The last page says where the log starts.
     int64_t start = 0;
-    Run([&](grpc::ClientContext& context) {
-        events.clear();
-        auto reader = stub_->ListEvents(&context, request);
-        pb::EventPage page;
-        while (reader->Read(&page)) {
-            for (pb::Event& event : *page.mutable_events()) events.emplace_back().Swap(&event);
-            start = page.log_start();
-        }
-        return reader->Finish();
-    });
+    std::vector<EventRecord> events = Collect<pb::Event>(
+        [&](grpc::ClientContext& context) { return stub_->ListEvents(&context, request); },
+        &pb::EventPage::mutable_events,
+        [&](const pb::EventPage& page) { start = page.log_start(); });
     if (logStart) *logStart = start;
     return events;
 }
