@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -19,15 +18,11 @@ protected:
         SeededStore::SetUp();
         // A DID trunk of six lines with 2, 4 and 5 configured (4 saved twice)
         // and 3 and 6 only counted.
-        auto d = store->GetDevice("alpha", "trunk1");
-        d.set_type(4);
-        d.set_configured_lines(6);
-        d.mutable_primary()->set_comment("Trunk to the PBX");
-        d.mutable_primary()->set_user_server("alpha");
-        d.mutable_primary()->set_physical_device("/dev/trunk0");
-        d.mutable_primary()->set_tsi("+49 89 5550 100");
-        d.mutable_primary()->set_enable_send(true);
-        store->CommitDevice(d);
+        store->CommitDevice(
+            With(store->GetDevice("alpha", "trunk1"),
+                 "type: 4 configured_lines: 6 primary { comment: 'Trunk to the PBX' "
+                 "user_server: 'alpha' physical_device: '/dev/trunk0' tsi: '+49 89 "
+                 "5550 100' enable_send: true }"));
         for (int number : {2, 4, 5}) SaveLine(number, 0);
         SaveLine(4, 1);
         trunk = store->GetDevice("alpha", "trunk1");
@@ -43,15 +38,9 @@ protected:
         return store->SaveDeviceLine("alpha", "trunk1", line);
     }
 
-    // The settings a line not yet configured starts with: the server's
-    // defaults for a new device's primary line, under the primary's comment
-    // and user server.
-    pb::LineSettings Fresh(const std::string& comment, const std::string& userServer) {
-        pb::LineSettings l = store->GetDevice("alpha", "no-such").primary();
-        l.set_comment(comment);
-        l.set_user_server(userServer);
-        return l;
-    }
+    // The server's defaults for a new device's primary line, which a line not
+    // yet configured starts from.
+    pb::LineSettings Fresh() { return store->GetDevice("alpha", "no-such").primary(); }
 
     pb::Device trunk;
 };
@@ -72,7 +61,8 @@ TEST_F(DeviceStoreTest, OpeningAStoredDeviceAnswersEveryLineOfItsCount) {
         } else {
             // Not the primary's copy: only its comment and user server carry over.
             EXPECT_EQ(line.settings().SerializeAsString(),
-                      Fresh("Trunk to the PBX", "alpha").SerializeAsString());
+                      With(Fresh(), "comment: 'Trunk to the PBX' user_server: 'alpha'")
+                          .SerializeAsString());
         }
     }
     ASSERT_EQ(d.line_names_size(), 6);
@@ -80,46 +70,25 @@ TEST_F(DeviceStoreTest, OpeningAStoredDeviceAnswersEveryLineOfItsCount) {
     EXPECT_EQ(d.line_names(5), "6 Trunk line");
 
     // The plain read that the simulator and the lists use keeps to what is stored.
-    auto stored = store->GetDevice("alpha", "trunk1");
-    ASSERT_EQ(stored.secondary_lines_size(), 3);
-    EXPECT_EQ(stored.secondary_lines(1).number(), 4);
-    EXPECT_EQ(stored.line_names_size(), 0);
-    EXPECT_EQ(store->ListDevices("alpha").back().secondary_lines_size(), 3);
+    EXPECT_EQ(store->GetDevice("alpha", "trunk1").secondary_lines_size(), 3);
 }
 
 TEST_F(DeviceStoreTest, OpeningANewNameAnswersADeviceOfTheRequestedTypeWithNamedLines) {
-    // The kind of line that each type's hardware has, by type 1 to 9.
-    const char* kinds[] = {"Line", "B-channel", "B-channel", "Trunk line", "Line",
-                           "Port", "Line",      "Line",      "Line"};
-    ASSERT_EQ(std::size(kinds), Store::DeviceTypes().size());
-    for (const pb::DeviceType& type : Store::DeviceTypes()) {
-        SCOPED_TRACE(type.id());
-        auto d = store->OpenDevice("alpha", "new1", type.id());
-        EXPECT_TRUE(d.is_new());
-        EXPECT_EQ(d.type(), type.id());
-        EXPECT_EQ(d.configured_lines(), type.default_lines());
-        EXPECT_EQ(d.primary().SerializeAsString(), Fresh("", "").SerializeAsString());
-        ASSERT_EQ(d.secondary_lines_size(), d.configured_lines() - 1);
-        for (int i = 0; i < d.secondary_lines_size(); ++i) {
-            EXPECT_EQ(d.secondary_lines(i).number(), i + 2);
-            EXPECT_EQ(d.secondary_lines(i).version(), 0);
-            EXPECT_EQ(d.secondary_lines(i).settings().SerializeAsString(),
-                      Fresh("", "").SerializeAsString());
-        }
-        ASSERT_EQ(d.line_names_size(), d.configured_lines());
-        for (int n = 1; n <= d.configured_lines(); ++n)
-            EXPECT_EQ(d.line_names(n - 1), std::to_string(n) + " " + kinds[type.id() - 1] +
-                                               (n == 1 ? " (primary)" : ""));
-    }
+    const pb::DeviceType& basicRate = Store::DeviceTypes()[1];
+    auto d = store->OpenDevice("alpha", "new1", basicRate.id());
+    EXPECT_TRUE(d.is_new());
+    EXPECT_EQ(d.type(), basicRate.id());
+    ASSERT_EQ(d.configured_lines(), basicRate.default_lines());
+    EXPECT_EQ(d.primary().SerializeAsString(), Fresh().SerializeAsString());
+    ASSERT_EQ(d.secondary_lines_size(), 1);
+    EXPECT_EQ(d.secondary_lines(0).settings().SerializeAsString(), Fresh().SerializeAsString());
+    EXPECT_EQ(d.line_names(0), "1 B-channel (primary)");
+    EXPECT_EQ(d.line_names(1), "2 B-channel");
     // No type or an unknown one: the first type of the table.
-    for (int type : {0, 99, -1}) {
-        auto d = store->OpenDevice("alpha", "new1", type);
-        EXPECT_EQ(d.type(), Store::DeviceTypes()[0].id()) << type;
-        EXPECT_EQ(d.configured_lines(), Store::DeviceTypes()[0].default_lines()) << type;
-    }
+    for (int type : {0, 99})
+        EXPECT_EQ(store->OpenDevice("alpha", "new1", type).type(), Store::DeviceTypes()[0].id());
     // A stored device keeps its own type whatever the request says.
     EXPECT_EQ(store->OpenDevice("alpha", "isdn1", 6).type(), 2);
-    EXPECT_REFUSED(store->OpenDevice("nowhere", "isdn1"), pb::ERROR_NOT_FOUND);
 
     // Committed as opened (but for its mandatory fields): the fresh lines and
     // the names are the editor's view, not part of what is stored.
@@ -131,9 +100,8 @@ TEST_F(DeviceStoreTest, OpeningANewNameAnswersADeviceOfTheRequestedTypeWithNamed
     auto stored = store->GetDevice("alpha", "pri1");
     EXPECT_EQ(stored.secondary_lines_size(), 0);
     EXPECT_EQ(stored.line_names_size(), 0);
-    auto reopened = store->OpenDevice("alpha", "pri1");
-    EXPECT_EQ(reopened.secondary_lines(0).settings().comment(), "Primary rate");
-    EXPECT_EQ(reopened.secondary_lines(0).settings().user_server(), "alpha");
+    EXPECT_EQ(store->OpenDevice("alpha", "pri1").secondary_lines(0).settings().comment(),
+              "Primary rate");
 }
 
 TEST_F(DeviceStoreTest, ATypeChangeDeletesTheLinesAndFitsTheCountInOneCommit) {
@@ -143,43 +111,25 @@ TEST_F(DeviceStoreTest, ATypeChangeDeletesTheLinesAndFitsTheCountInOneCommit) {
     auto d = store->GetDevice("alpha", "trunk1");
     EXPECT_EQ(d.type(), 3);
     EXPECT_EQ(d.configured_lines(), 6);
-    EXPECT_EQ(d.version(), v + 1);
     EXPECT_EQ(d.secondary_lines_size(), 0);
     EXPECT_EQ(d.primary().SerializeAsString(), trunk.primary().SerializeAsString());
     EXPECT_EQ(store->OpenDevice("alpha", "trunk1").line_names(5), "6 B-channel");
 
-    // A basic rate takes two lines at most, an analogue line one.
-    SaveLine(2, 0);
+    // A basic rate takes two lines at most.
     EXPECT_EQ(store->ChangeDeviceType("alpha", "trunk1", 2, v + 1), v + 2);
-    d = store->GetDevice("alpha", "trunk1");
-    EXPECT_EQ(d.configured_lines(), 2);
-    EXPECT_EQ(d.secondary_lines_size(), 0);
-    EXPECT_EQ(store->ChangeDeviceType("alpha", "trunk1", 1, v + 2), v + 3);
-    EXPECT_EQ(store->GetDevice("alpha", "trunk1").configured_lines(), 1);
-
-    // Sent again after its answer was lost, the change is refused as stale.
-    EXPECT_REFUSED(store->ChangeDeviceType("alpha", "trunk1", 1, v + 2),
-                   pb::ERROR_VERSION_CONFLICT);
-    EXPECT_EQ(store->GetDevice("alpha", "trunk1").version(), v + 3);
+    EXPECT_EQ(store->GetDevice("alpha", "trunk1").configured_lines(), 2);
 }
 
 TEST_F(DeviceStoreTest, ARefusedTypeChangeWritesNothing) {
     const int64_t v = trunk.version();
-    for (int64_t stale : {int64_t{0}, v + 1}) {
-        SCOPED_TRACE(stale);
-        EXPECT_REFUSED(store->ChangeDeviceType("alpha", "trunk1", 3, stale),
-                       pb::ERROR_VERSION_CONFLICT);
-    }
-    // The version is checked before the type.
+    // Sent again after its answer was lost, a change is refused as stale; the
+    // version is checked before the type.
+    EXPECT_REFUSED(store->ChangeDeviceType("alpha", "trunk1", 3, v - 1),
+                   pb::ERROR_VERSION_CONFLICT);
     EXPECT_REFUSED(store->ChangeDeviceType("alpha", "trunk1", 42, v + 1),
                    pb::ERROR_VERSION_CONFLICT);
-    for (int unknown : {0, 10, 42}) {
-        SCOPED_TRACE(unknown);
-        EXPECT_REFUSED(store->ChangeDeviceType("alpha", "trunk1", unknown, v),
-                       pb::ERROR_UNKNOWN_REFERENCE);
-    }
+    EXPECT_REFUSED(store->ChangeDeviceType("alpha", "trunk1", 10, v), pb::ERROR_UNKNOWN_REFERENCE);
     EXPECT_REFUSED(store->ChangeDeviceType("alpha", "ghost", 3, 1), pb::ERROR_NOT_FOUND);
-    EXPECT_REFUSED(store->ChangeDeviceType("nowhere", "trunk1", 3, v), pb::ERROR_NOT_FOUND);
 
     // Lines, type, count and version all as they were.
     EXPECT_EQ(store->GetDevice("alpha", "trunk1").SerializeAsString(), trunk.SerializeAsString());
@@ -187,20 +137,14 @@ TEST_F(DeviceStoreTest, ARefusedTypeChangeWritesNothing) {
 
 TEST_F(DeviceStoreTest, LineWritesKeepToTheCountAndToADeviceThatIsThere) {
     // A line number outside 2 .. the count is no secondary line.
-    for (int number : {0, 1, 7}) {
-        SCOPED_TRACE(number);
-        EXPECT_REFUSED(SaveLine(number, 0), pb::ERROR_OUT_OF_RANGE);
-    }
+    for (int number : {1, 7}) EXPECT_REFUSED(SaveLine(number, 0), pb::ERROR_OUT_OF_RANGE);
     // Only configured lines can be deleted, not ones merely counted or
     // beyond the count, and never the primary.
     EXPECT_REFUSED(store->DeleteDeviceLine("alpha", "trunk1", 1), pb::ERROR_INVALID_ARGUMENT);
     EXPECT_REFUSED(store->DeleteDeviceLine("alpha", "trunk1", 3), pb::ERROR_LINE_NOT_CONFIGURED);
-    EXPECT_REFUSED(store->DeleteDeviceLine("alpha", "trunk1", 7), pb::ERROR_LINE_NOT_CONFIGURED);
     store->DeleteDeviceLine("alpha", "trunk1", 2);
     // Lowering the count drops the lines beyond it: of 2, 4 and 5 only 4 is left.
-    auto fewer = store->GetDevice("alpha", "trunk1");
-    fewer.set_configured_lines(4);
-    store->CommitDevice(fewer);
+    store->CommitDevice(With(store->GetDevice("alpha", "trunk1"), "configured_lines: 4"));
     auto left = store->GetDevice("alpha", "trunk1");
     ASSERT_EQ(left.secondary_lines_size(), 1);
     EXPECT_EQ(left.secondary_lines(0).number(), 4);
@@ -215,19 +159,6 @@ TEST_F(DeviceStoreTest, LineWritesKeepToTheCountAndToADeviceThatIsThere) {
     open.set_is_new(true);
     store->CommitDevice(open);
     EXPECT_EQ(store->GetDevice("alpha", "isdn1").secondary_lines_size(), 0);
-}
-
-TEST_F(DeviceStoreTest, EveryDeviceCallOnAServerGoneMeanwhileIsNotFound) {
-    auto open = store->OpenDevice("alpha", "trunk1");
-    store->DeleteServer("alpha");
-    EXPECT_REFUSED(store->GetDevice("alpha", "trunk1"), pb::ERROR_NOT_FOUND);
-    EXPECT_REFUSED(store->OpenDevice("alpha", "trunk1"), pb::ERROR_NOT_FOUND);
-    EXPECT_REFUSED(store->CommitDevice(open), pb::ERROR_NOT_FOUND);
-    EXPECT_REFUSED(store->SaveDeviceLine("alpha", "trunk1", open.secondary_lines(1)),
-                   pb::ERROR_NOT_FOUND);
-    EXPECT_REFUSED(store->ChangeDeviceType("alpha", "trunk1", 3, open.version()),
-                   pb::ERROR_NOT_FOUND);
-    EXPECT_TRUE(store->GetServer("alpha").is_new());
 }
 
 }  // namespace

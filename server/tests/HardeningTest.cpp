@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <thread>
@@ -40,9 +41,10 @@ public:
         return lines_;
     }
     size_t Count(const std::string& part) {
-        size_t n = 0;
-        for (const auto& line : Lines()) n += line.find(part) != std::string::npos;
-        return n;
+        const auto lines = Lines();
+        return std::count_if(lines.begin(), lines.end(), [&](const auto& line) {
+            return line.find(part) != std::string::npos;
+        });
     }
 
 private:
@@ -56,10 +58,7 @@ TEST(StallTest, AClientThatStopsReadingDelaysNobodyAndIsCutOff) {
     ServerOptions options = HostOptions(dir, "127.0.0.1:0");
     options.writeTimeout = 1500ms;
     ServerHost host(options);
-    GenerateSizes sizes;
-    sizes.servers = 1;
-    sizes.firstServerUsers = 60000;
-    Generate(host.GetStore(), sizes);
+    Generate(host.GetStore(), ParseGenerateSizes("servers=1,users=60000"));
     const std::string server = host.GetStore().ListServers().front().name();
 
     // The stalled reader: small flow-control windows, so that the server
@@ -71,10 +70,9 @@ TEST(StallTest, AClientThatStopsReadingDelaysNobodyAndIsCutOff) {
     ServiceClient stalled(
         grpc::CreateCustomChannel(target, grpc::InsecureChannelCredentials(), args));
     ASSERT_TRUE(stalled.Login(kHostPassword).ok());
-    pb::ListRequest request;
-    request.set_host_name(server);
     auto context = stalled.Context(60);
-    auto reader = stalled.stub->ListUsers(context.get(), request);
+    auto reader = stalled.stub->ListUsers(context.get(),
+                                          With(pb::ListRequest(), "host_name: '" + server + "'"));
     pb::UserPage page;
     ASSERT_TRUE(reader->Read(&page));
     std::this_thread::sleep_for(300ms);  // the server fills the window and waits
@@ -83,11 +81,11 @@ TEST(StallTest, AClientThatStopsReadingDelaysNobodyAndIsCutOff) {
     ServiceClient other(grpc::CreateChannel(target, grpc::InsecureChannelCredentials()));
     const auto started = std::chrono::steady_clock::now();
     ASSERT_TRUE(other.Login(kHostPassword).ok());
-    pb::Server record;
-    EXPECT_TRUE(other.stub->GetServer(other.Context(2).get(), Key("", server), &record).ok());
-    record.set_comment("changed while a list is read");
     pb::CommitServerRequest commit;
-    *commit.mutable_server() = record;
+    EXPECT_TRUE(
+        other.stub->GetServer(other.Context(2).get(), Key("", server), commit.mutable_server())
+            .ok());
+    commit.mutable_server()->set_comment("changed while a list is read");
     pb::CommitReply reply;
     EXPECT_TRUE(other.stub->CommitServer(other.Context(2).get(), commit, &reply).ok());
     EXPECT_LT(std::chrono::steady_clock::now() - started, 1000ms);
@@ -123,10 +121,8 @@ TEST(ThrottleTest, ParallelGuessesGetOnlyTheAllowanceEvaluated) {
     ServiceClient admin(host.InProcessChannel());
     const grpc::Status status = admin.Login(kHostPassword);
     EXPECT_EQ(status.error_code(), grpc::StatusCode::RESOURCE_EXHAUSTED);
-    EXPECT_EQ(Number(status), 0x81000004u);
     EXPECT_EQ(ServiceClient::Detail(status).description(),
               DescribeError(pb::ERROR_THROTTLED).description);
-    EXPECT_TRUE(admin.token.empty());
 }
 
 TEST(ThrottleTest, AttemptsAgeOutAndASuccessClearsTheCount) {
@@ -152,22 +148,27 @@ TEST(ThrottleTest, AttemptsAgeOutAndASuccessClearsTheCount) {
     EXPECT_EQ(code("a", "z"), pb::ERROR_THROTTLED);
 }
 
-TEST(EchoTest, AHugeValueIsEchoedAsAShortPrefix) {
+TEST(EchoTest, AHugeValueIsEchoedAsAShortPrefixAndAnOversizedRequestRefused) {
     TempDirectory dir;
-    ServerHost host(HostOptions(dir, "127.0.0.1:0"));
-    ServiceClient client(grpc::CreateChannel("127.0.0.1:" + std::to_string(host.Port()),
-                                             grpc::InsecureChannelCredentials()));
+    ServerHost host(HostOptions(dir, ""));
+    ServiceClient client(host.InProcessChannel());
     ASSERT_TRUE(client.Login(kHostPassword).ok());
-    pb::Group group;
-    group.set_is_new(true);
-    group.set_name(std::string(4000, 'g'));
     pb::CommitReply reply;
-    const grpc::Status status = client.stub->CommitGroup(client.Context().get(), group, &reply);
-    const pb::ErrorDetail detail = ServiceClient::Detail(status);
-    EXPECT_EQ(detail.number(), 0x81010004u) << status.error_message();
+    const pb::ErrorDetail detail = ServiceClient::Detail(client.stub->CommitGroup(
+        client.Context().get(),
+        With(pb::Group(), "is_new: true name: '" + std::string(4000, 'g') + "'"), &reply));
+    EXPECT_EQ(detail.number(), 0x81010004u);
     EXPECT_LT(detail.description().size(), 300u) << detail.description();
     EXPECT_NE(detail.description().find("'" + std::string(40, 'g') + "...'"), std::string::npos)
         << detail.description();
+
+    // A request over the message limit is refused whole, and the server goes on.
+    const auto huge =
+        With(pb::Group(), "is_new: true name: 'big' comment: '" + std::string(5 << 20, 'x') + "'");
+    EXPECT_FALSE(client.stub->CommitGroup(client.Context().get(), huge, &reply).ok());
+    EXPECT_TRUE(
+        client.stub->CommitGroup(client.Context().get(), With(huge, "comment: 'small'"), &reply)
+            .ok());
 }
 
 TEST(LogTest, LoginsAndRefusalsAreLoggedWithoutPasswordsOrFloods) {

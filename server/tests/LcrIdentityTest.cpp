@@ -58,8 +58,7 @@ TEST_F(LcrIdentityTest, ARequestForAGoneRowOrByAStaleIndexIsAConflict) {
     EXPECT_REFUSED(store->CommitRate(gone), pb::ERROR_VERSION_CONFLICT);
     EXPECT_REFUSED(store->DeleteRate("Europe", 2, second.version()), pb::ERROR_VERSION_CONFLICT);
     // A rate of another zone is not found through this one.
-    auto overseas = store->GetRate("Overseas", 0);
-    store->CommitRate(overseas);
+    store->CommitRate(store->GetRate("Overseas", 0));
     const pb::Rate abroad = store->GetRate("Overseas", 1);
     EXPECT_REFUSED(store->DeleteRate("Europe", 1, abroad.version(), abroad.id()),
                    pb::ERROR_VERSION_CONFLICT);
@@ -84,14 +83,11 @@ TEST_F(LcrIdentityTest, DestinationsKeepTheirIdentityAndCompareWithOthersOnly) {
                    pb::ERROR_VERSION_CONFLICT);
 
     // Another's prefix is fine for another type, refused for the same type.
-    auto dest = store->GetDestination("Europe", 0);
-    dest.set_prefix("0033");
-    dest.set_name("France SMS");
-    dest.set_type(pb::DEST_SMS);
-    store->CommitDestination(dest);
-    dest.set_name("France again");
-    dest.set_type(pb::DEST_FAX);
-    EXPECT_REFUSED(store->CommitDestination(dest), pb::ERROR_ALREADY_EXISTS);
+    const auto sms = With(store->GetDestination("Europe", 0),
+                          "prefix: '0033' name: 'France SMS' type: DEST_SMS");
+    store->CommitDestination(sms);
+    EXPECT_REFUSED(store->CommitDestination(With(sms, "name: 'France again' type: DEST_FAX")),
+                   pb::ERROR_ALREADY_EXISTS);
 }
 
 TEST_F(LcrIdentityTest, VersionsAreNeverSharedOrReused) {
@@ -113,9 +109,7 @@ TEST_F(LcrIdentityTest, VersionsAreNeverSharedOrReused) {
     // delete with the version loaded before is refused.
     const pb::Zone overseas = store->GetZone("Overseas");
     store->DeleteZone("Overseas", overseas.version());
-    pb::Zone again = store->GetZone("Overseas");
-    again.set_is_local(true);
-    note(store->CommitZone(again));
+    note(store->CommitZone(With(store->GetZone("Overseas"), "is_local: true")));
     EXPECT_REFUSED(store->DeleteZone("Overseas", overseas.version()), pb::ERROR_VERSION_CONFLICT);
     EXPECT_FALSE(store->GetZone("Overseas").is_new());
 }

@@ -84,58 +84,16 @@ protected:
 TEST_F(ListProjectionTest, EachListCarriesExactlyWhatItShows) {
     // A user with every kind of field, some after the comment in the stored
     // body, and texts beyond ASCII.
-    auto user = store().GetUser("alpha", "émile");
-    user.set_comment("Zoë's désk ☎");
-    user.set_headlines("Head");
-    user.set_priority(7);
-    user.set_keep_copy(true);
-    user.mutable_substitute()->set_user_name("alice");
-    user.mutable_substitute()->set_host_name("alpha");
-    user.set_mail_address("emile@example.org");
-    user.set_background_paper(3, 12);
-    store().CommitUser(user);
-
-    auto route = store().GetRoute("in1");
-    route.set_comment("Inbound");
-    route.set_match_extension("200");
-    route.set_match_tsi("+49");
-    route.mutable_user()->set_user_name("alice");
-    route.mutable_user()->set_host_name("alpha");
-    route.set_group("Sales");
-    route.set_poll_server("alpha");
-    store().CommitRoute(route);
+    store().CommitUser(With(store().GetUser("alpha", "émile"),
+                            "comment: 'Zoë\\'s désk ☎' headlines: 'Head' priority: 7 keep_copy: "
+                            "true substitute { user_name: 'alice' host_name: 'alpha' } "
+                            "mail_address: 'emile@example.org'"));
     ConfigureSecondLine(store());
 
     using Stub = pb::Administration::Stub;
     ExpectProjection(&Stub::ListUsers, &pb::UserPage::users, "alpha", {"name", "comment"});
-    ExpectProjection(&Stub::ListPrinters, &pb::PrinterPage::printers, "alpha",
-                     {"name", "comment", "type"});
     ExpectProjection(&Stub::ListDevices, &pb::DevicePage::devices, "alpha",
                      {"name", "type", "primary.comment"});
-    ExpectProjection(&Stub::ListGroups, &pb::GroupPage::groups, "", {"name", "comment"});
-    ExpectProjection(&Stub::ListRoutes, &pb::RoutePage::routes, "",
-                     {"name", "comment", "match_extension", "match_tsi"});
-
-    // The whole list still carries what the editors need.
-    const auto whole = Read(&Stub::ListUsers, &pb::UserPage::users, "alpha", false);
-    ASSERT_EQ(whole.size(), 2u);
-    EXPECT_EQ(whole[1].name(), "émile");
-    EXPECT_EQ(whole[1].mail_address(), "emile@example.org");
-    EXPECT_EQ(whole[0].extras_size(), 1);
-}
-
-TEST_F(ListProjectionTest, AProjectedListOfAMissingServerIsRefusedLikeTheWholeOne) {
-    pb::ListRequest request;
-    request.set_host_name("nosuch");
-    request.set_columns_only(true);
-    auto context = client().Context();
-    auto reader = client().stub->ListUsers(context.get(), request);
-    pb::UserPage page;
-    while (reader->Read(&page)) {
-    }
-    const grpc::Status status = reader->Finish();
-    ASSERT_FALSE(status.ok());
-    EXPECT_EQ(ServiceClient::Detail(status).number(), 0x81010002u);
 }
 
 }  // namespace

@@ -16,16 +16,10 @@ class ReferenceTest : public SeededStore {
 protected:
     void SetUp() override {
         SeededStore::SetUp();
-        auto route = store->GetRoute("sales-in");
-        route.set_comment("Sales inbound");
-        route.mutable_user()->set_user_name("alice");
-        route.mutable_user()->set_host_name("alpha");
-        route.set_group("Sales");
-        route.set_poll_server("beta");
-        store->CommitRoute(route);
-        auto alice = store->GetUser("alpha", "alice");
-        alice.set_printer("laser1");
-        store->CommitUser(alice);
+        store->CommitRoute(With(store->GetRoute("sales-in"),
+                                "comment: 'Sales inbound' user { user_name: 'alice' host_name: "
+                                "'alpha' } group: 'Sales' poll_server: 'beta'"));
+        store->CommitUser(With(store->GetUser("alpha", "alice"), "printer: 'laser1'"));
     }
 
     // Expects a refusal with code whose description names every text of mentions.
@@ -54,16 +48,11 @@ protected:
 
 TEST_F(ReferenceTest, ARouteCannotNameWhatIsNotThere) {
     const pb::Route stored = store->GetRoute("sales-in");
-    const std::pair<const char*, std::function<void(pb::Route&)>> cases[] = {
-        {"gone@alpha", [](pb::Route& r) { r.mutable_user()->set_user_name("gone"); }},
-        {"alice@nowhere", [](pb::Route& r) { r.mutable_user()->set_host_name("nowhere"); }},
-        {"'Nobody'", [](pb::Route& r) { r.set_group("Nobody"); }},
-        {"'omega'", [](pb::Route& r) { r.set_poll_server("omega"); }},
-    };
-    for (const auto& [named, change] : cases) {
-        pb::Route route = stored;
-        route.set_poll_document("changed");
-        change(route);
+    for (auto [named, change] : {std::pair{"gone@alpha", "user { user_name: 'gone' }"},
+                                 {"alice@nowhere", "user { host_name: 'nowhere' }"},
+                                 {"'Nobody'", "group: 'Nobody'"},
+                                 {"'omega'", "poll_server: 'omega'"}}) {
+        const auto route = With(stored, change + std::string(" poll_document: 'changed'"));
         ExpectRefused([&] { store->CommitRoute(route); }, pb::ERROR_UNKNOWN_REFERENCE, {named});
     }
     EXPECT_EQ(store->GetRoute("sales-in").version(), stored.version());
@@ -85,12 +74,12 @@ TEST_F(ReferenceTest, WhatARouteNamesIsNotDeleted) {
                   pb::ERROR_STILL_NAMED, {"'sales-in' polls the server 'beta'"});
     ExpectRefused([&] { store->DeleteServer("alpha", store->GetServer("alpha").version()); },
                   pb::ERROR_STILL_NAMED, {"alice@alpha"});
-    auto noUsers = store->GetServer("alpha");
-    noUsers.set_user_server(false);
-    pb::RoleObjectDeletion confirmed;
-    confirmed.set_users(true);
-    ExpectRefused([&] { store->CommitServer(noUsers, confirmed); }, pb::ERROR_STILL_NAMED,
-                  {"alice@alpha"});
+    ExpectRefused(
+        [&] {
+            store->CommitServer(With(store->GetServer("alpha"), "user_server: false"),
+                                With(pb::RoleObjectDeletion(), "users: true"));
+        },
+        pb::ERROR_STILL_NAMED, {"alice@alpha"});
 
     // Nothing of it happened.
     EXPECT_EQ(store->GetUser("alpha", "alice").version(), alice);
@@ -110,22 +99,19 @@ TEST_F(ReferenceTest, APrinterThatUsersPrintOnIsNotDeleted) {
     const int64_t laser = store->GetPrinter("alpha", "laser1").version();
     ExpectRefused([&] { store->DeletePrinter("alpha", "laser1", laser); }, pb::ERROR_STILL_NAMED,
                   {"user 'alice' prints on 'laser1'"});
-    auto noPrinters = store->GetServer("alpha");
-    noPrinters.set_printer_server(false);
-    pb::RoleObjectDeletion confirmed;
-    confirmed.set_printers(true);
-    ExpectRefused([&] { store->CommitServer(noPrinters, confirmed); }, pb::ERROR_STILL_NAMED,
-                  {"'laser1'"});
+    ExpectRefused(
+        [&] {
+            store->CommitServer(With(store->GetServer("alpha"), "printer_server: false"),
+                                With(pb::RoleObjectDeletion(), "printers: true"));
+        },
+        pb::ERROR_STILL_NAMED, {"'laser1'"});
     EXPECT_EQ(store->GetPrinter("alpha", "laser1").version(), laser);
     EXPECT_TRUE(store->GetServer("alpha").printer_server());
 
     // Users and printers taken away together leave nobody behind who prints.
     ReleaseRoute();
-    noPrinters = store->GetServer("alpha");
-    noPrinters.set_user_server(false);
-    noPrinters.set_printer_server(false);
-    confirmed.set_users(true);
-    store->CommitServer(noPrinters, confirmed);
+    store->CommitServer(With(store->GetServer("alpha"), "user_server: false printer_server: false"),
+                        With(pb::RoleObjectDeletion(), "users: true printers: true"));
     EXPECT_TRUE(store->ListPrinters("alpha").empty());
     EXPECT_TRUE(store->ListUsers("alpha").empty());
 }

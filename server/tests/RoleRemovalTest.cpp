@@ -55,28 +55,23 @@ protected:
 
 TEST_F(RoleRemovalTest, ARoleWithObjectsIsNotTakenAwayWithoutConfirmation) {
     ASSERT_EQ(Hold(), (Holdings{1, 1, 3, 2, alpha.version(), true, true, true}));
-    auto server = alpha;
-    server.set_user_server(false);
-    ExpectRefusedUnchanged(server, {}, pb::ERROR_ROLE_OBJECTS_REMAIN);
+    const auto noUsers = With(alpha, "user_server: false");
+    ExpectRefusedUnchanged(noUsers, {}, pb::ERROR_ROLE_OBJECTS_REMAIN);
     // Confirming other roles' objects is no confirmation for this one.
-    ExpectRefusedUnchanged(server, Confirm(false, true, true), pb::ERROR_ROLE_OBJECTS_REMAIN);
+    ExpectRefusedUnchanged(noUsers, Confirm(false, true, true), pb::ERROR_ROLE_OBJECTS_REMAIN);
 
     // All or nothing: the printers (confirmed, checked first) are not deleted
     // when the devices (unconfirmed) refuse the commit.
-    server = alpha;
-    server.set_printer_server(false);
-    server.set_device_server(false);
-    ExpectRefusedUnchanged(server, Confirm(true, true, false), pb::ERROR_ROLE_OBJECTS_REMAIN);
+    ExpectRefusedUnchanged(With(alpha, "printer_server: false device_server: false"),
+                           Confirm(true, true, false), pb::ERROR_ROLE_OBJECTS_REMAIN);
     EXPECT_FALSE(store->GetPrinter("alpha", "laser1").is_new());
 }
 
 TEST_F(RoleRemovalTest, ConfirmedDeletionTakesExactlyTheRemovedRolesObjects) {
-    auto server = alpha;
-    server.set_user_server(false);
-    server.set_device_server(false);
-    server.set_comment("Printing only");
+    const auto printingOnly =
+        With(alpha, "user_server: false device_server: false comment: 'Printing only'");
     // Printers are confirmed too, but the role stays: they stay with it.
-    EXPECT_EQ(store->CommitServer(server, Confirm(true, true, true)), alpha.version() + 1);
+    EXPECT_EQ(store->CommitServer(printingOnly, Confirm(true, true, true)), alpha.version() + 1);
 
     EXPECT_EQ(Hold(), (Holdings{0, 1, 0, 1, alpha.version() + 1, false, true, false}));
     EXPECT_EQ(store->GetServer("alpha").comment(), "Printing only");
@@ -86,23 +81,17 @@ TEST_F(RoleRemovalTest, ConfirmedDeletionTakesExactlyTheRemovedRolesObjects) {
 }
 
 TEST_F(RoleRemovalTest, ARoleWithoutObjectsGoesWithoutConfirmation) {
-    auto gamma = store->GetServer("gamma");
+    const auto gamma = store->GetServer("gamma");
     ASSERT_TRUE(store->ListPrinters("gamma").empty());
-    gamma.set_printer_server(false);
-    gamma.set_device_server(true);
-    EXPECT_EQ(store->CommitServer(gamma), gamma.version() + 1);
+    EXPECT_EQ(store->CommitServer(With(gamma, "printer_server: false device_server: true")),
+              gamma.version() + 1);
     EXPECT_FALSE(store->GetServer("gamma").printer_server());
 }
 
 TEST_F(RoleRemovalTest, AStaleOrRepeatedCommitDeletesNothing) {
     // Another administrator changes alpha after this one loaded it.
-    auto theirs = alpha;
-    theirs.set_comment("Changed elsewhere");
-    store->CommitServer(theirs);
-
-    auto mine = alpha;
-    mine.set_user_server(false);
-    mine.set_printer_server(false);
+    store->CommitServer(With(alpha, "comment: 'Changed elsewhere'"));
+    auto mine = With(alpha, "user_server: false printer_server: false");
     ExpectRefusedUnchanged(mine, Confirm(true, true, true), pb::ERROR_VERSION_CONFLICT);
     EXPECT_EQ(store->GetServer("alpha").comment(), "Changed elsewhere");
 
@@ -116,10 +105,8 @@ TEST_F(RoleRemovalTest, AStaleOrRepeatedCommitDeletesNothing) {
 }
 
 TEST_F(RoleRemovalTest, AnInvalidRecordDeletesNothing) {
-    auto server = alpha;
-    server.set_user_server(false);
-    server.set_dispatch_count(0);
-    ExpectRefusedUnchanged(server, Confirm(true, true, true), pb::ERROR_OUT_OF_RANGE);
+    ExpectRefusedUnchanged(With(alpha, "user_server: false dispatch_count: 0"),
+                           Confirm(true, true, true), pb::ERROR_OUT_OF_RANGE);
 }
 
 }  // namespace

@@ -33,21 +33,17 @@ ServiceClient PlainClient(int port) {
 
 TEST(ListenAddressTest, PortsAreCheckedAndDefaulted) {
     std::string error;
-    auto address = ParseListenAddress("server.example.net", &error);
-    ASSERT_TRUE(address);
-    EXPECT_EQ(address->Target(), "server.example.net:47110");
-    EXPECT_FALSE(address->IsLoopback());
-    address = ParseListenAddress("[::1]:9000", &error);
-    ASSERT_TRUE(address);
-    EXPECT_EQ(address->Target(), "[::1]:9000");
-    EXPECT_TRUE(address->IsLoopback());
-    EXPECT_TRUE(ParseListenAddress("127.1.2.3:0", &error)->IsLoopback());
-    EXPECT_FALSE(ParseListenAddress("0.0.0.0", &error)->IsLoopback());
-
-    for (const char* bad :
-         {"host:99999", "host:", "host:-1", "host:80x", ":47110", "::1:80", "[::1"})
+    for (auto [text, target, loopback] :
+         {std::tuple{"server.example.net", "server.example.net:47110", false},
+          {"[::1]:9000", "[::1]:9000", true},
+          {"127.1.2.3:0", "127.1.2.3:0", true}}) {
+        const auto address = ParseListenAddress(text, &error);
+        ASSERT_TRUE(address) << text;
+        EXPECT_EQ(address->Target(), target);
+        EXPECT_EQ(address->IsLoopback(), loopback) << text;
+    }
+    for (const char* bad : {"host:", "host:80x", ":47110", "::1:80", "[::1", "host:99999"})
         EXPECT_FALSE(ParseListenAddress(bad, &error)) << bad;
-    ParseListenAddress("host:99999", &error);
     EXPECT_NE(error.find("0 to 65535"), std::string::npos) << error;
 }
 
@@ -61,22 +57,24 @@ TEST(TlsTest, AServerOffLoopbackMakesItsCertificateOnceAndServesOnlyTls) {
         first = host.CertificatePem();
         EXPECT_EQ(tls::Fingerprint(first).size(), 32u * 3 - 1);
 
-        ServiceClient pinned = PinnedClient(host.Port(), first);
-        EXPECT_TRUE(pinned.Login(kHostPassword).ok());
+        EXPECT_TRUE(PinnedClient(host.Port(), first).Login(kHostPassword).ok());
+        // The key and the store's files are the owner's alone.
+        for (const char* file :
+             {"server.key", "store.db", "store.db-wal", "store.db-shm", "store.db.lock"}) {
+            struct stat status {};
+            ASSERT_EQ(stat(dir.File(file).c_str(), &status), 0) << file;
+            EXPECT_EQ(status.st_mode & 0777, 0600u) << file;
+        }
 
         // A client without TLS gets no answer, and nothing is half-done.
-        ServiceClient plain = PlainClient(host.Port());
-        const grpc::Status status = plain.Login(kHostPassword);
-        EXPECT_EQ(status.error_code(), grpc::StatusCode::UNAVAILABLE) << status.error_message();
+        EXPECT_EQ(PlainClient(host.Port()).Login(kHostPassword).error_code(),
+                  grpc::StatusCode::UNAVAILABLE);
 
         // A client that pinned another certificate refuses this server.
         const tls::Identity other = tls::CreateSelfSigned({tls::HostNameOf(first)});
-        ServiceClient wrongPin = PinnedClient(host.Port(), other.certificatePem);
-        EXPECT_EQ(wrongPin.Login(kHostPassword).error_code(), grpc::StatusCode::UNAVAILABLE);
+        EXPECT_EQ(PinnedClient(host.Port(), other.certificatePem).Login(kHostPassword).error_code(),
+                  grpc::StatusCode::UNAVAILABLE);
     }
-    struct stat key {};
-    ASSERT_EQ(stat(dir.File("server.key").c_str(), &key), 0);
-    EXPECT_EQ(key.st_mode & 0777, 0600u);
 
     // The next start presents the same certificate, so pins stay valid.
     ServerHost again(HostOptions(dir, "0.0.0.0:0"));
@@ -84,7 +82,7 @@ TEST(TlsTest, AServerOffLoopbackMakesItsCertificateOnceAndServesOnlyTls) {
     EXPECT_EQ(again.CertificatePem(), first);
 }
 
-TEST(TlsTest, AGivenCertificateIsPresentedAndABrokenPairRefusedAtStart) {
+TEST(TlsTest, AGivenCertificateIsPresentedAndNoneIsMade) {
     TempDirectory dir;
     const tls::Identity given = tls::CreateSelfSigned({"admin.example.net", "127.0.0.1"});
     std::ofstream(dir.File("given.crt")) << given.certificatePem;
@@ -92,21 +90,11 @@ TEST(TlsTest, AGivenCertificateIsPresentedAndABrokenPairRefusedAtStart) {
     ServerOptions options = HostOptions(dir, "0.0.0.0:0");
     options.certificateFile = dir.File("given.crt");
     options.keyFile = dir.File("given.key");
-    {
-        ServerHost host(options);
-        EXPECT_EQ(tls::Fingerprint(host.CertificatePem()), tls::Fingerprint(given.certificatePem));
-        EXPECT_EQ(tls::HostNameOf(host.CertificatePem()), "admin.example.net");
-        EXPECT_TRUE(PinnedClient(host.Port(), given.certificatePem).Login(kHostPassword).ok());
-    }
+    ServerHost host(options);
+    EXPECT_EQ(tls::Fingerprint(host.CertificatePem()), tls::Fingerprint(given.certificatePem));
+    EXPECT_EQ(tls::HostNameOf(host.CertificatePem()), "admin.example.net");
+    EXPECT_TRUE(PinnedClient(host.Port(), given.certificatePem).Login(kHostPassword).ok());
     EXPECT_FALSE(std::filesystem::exists(dir.File("server.key")));
-
-    std::ofstream(dir.File("given.key")) << tls::CreateSelfSigned({"x"}).privateKeyPem;
-    try {
-        ServerHost host(options);
-        ADD_FAILURE() << "a key of another certificate was accepted";
-    } catch (const std::exception& e) {
-        EXPECT_NE(std::string(e.what()).find("does not belong"), std::string::npos) << e.what();
-    }
 }
 
 TEST(OwnershipTest, OneServerPerPortAndPerStore) {
@@ -133,19 +121,6 @@ TEST(OwnershipTest, OneServerPerPortAndPerStore) {
     EXPECT_FALSE(first.Encrypted());
     EXPECT_TRUE(PlainClient(first.Port()).Login(kHostPassword).ok());
     EXPECT_FALSE(std::filesystem::exists(dir.File("server.crt")));
-}
-
-TEST(OwnershipTest, StoreFilesAreTheOwnersAlone) {
-    TempDirectory dir;
-    ServerHost host(HostOptions(dir, ""));
-    ServiceClient client(host.InProcessChannel());
-    ASSERT_TRUE(client.Login(kHostPassword).ok());
-    for (const char* suffix : {"", "-wal", "-shm", ".lock"}) {
-        struct stat file {};
-        const std::string path = dir.File("store.db") + suffix;
-        ASSERT_EQ(stat(path.c_str(), &file), 0) << path;
-        EXPECT_EQ(file.st_mode & 0777, 0600u) << path;
-    }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 // printers and devices on the first, and two routing zones; and what the
 // store suites check with.
 
+#include <google/protobuf/text_format.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -25,10 +26,10 @@
 
 namespace veldrano::server::testing {
 
-// record after edit(record), for a commit that differs in one field.
-template <class M, class Edit>
-M With(M record, Edit edit) {
-    edit(record);
+// record with the fields written in text (protobuf text format) merged in.
+template <class M>
+M With(M record, const std::string& text) {
+    EXPECT_TRUE(google::protobuf::TextFormat::MergeFromString(text, &record)) << text;
     return record;
 }
 
@@ -43,74 +44,36 @@ inline std::vector<pb::Event> Events(Store& store, const std::string& host, int 
 }
 
 inline void SeedInstallation(Store& store) {
-    auto server = [&](const char* name, bool users, bool printers, bool devices, const char* net) {
-        auto s = store.GetServer(name);
-        s.set_comment(std::string("Server ") + name);
-        s.set_user_server(users);
-        s.set_printer_server(printers);
-        s.set_device_server(devices);
-        s.set_net_type(net);
-        store.CommitServer(s);
-    };
-    server("alpha", true, true, true, "rpc");
-    server("beta", true, false, false, "rrpc");
-    server("gamma", false, true, false, "rpc");
-
-    auto printer = store.GetPrinter("alpha", "laser1");
-    printer.set_comment("Office laser");
-    printer.set_filter_command("lpr -P laser1");
-    store.CommitPrinter(printer);
-
-    auto device = [&](const char* name, int type, int lines) {
-        auto d = store.GetDevice("alpha", name);
-        d.set_type(type);
-        d.set_configured_lines(lines);
-        d.mutable_primary()->set_comment(std::string("Device ") + name);
-        d.mutable_primary()->set_user_server("alpha");
-        store.CommitDevice(d);
-    };
-    device("line1", 1, 1);
-    device("isdn1", 2, 2);
-    device("scan1", 8, 1);
-
-    auto user = [&](const char* host, const char* name) {
-        auto u = store.GetUser(host, name);
-        u.set_comment(std::string("User ") + name);
-        auto* extra = u.add_extras();
-        extra->set_name("Department");
-        extra->set_value("Sales");
-        store.CommitUser(u);
-    };
-    user("alpha", "alice");
-    user("beta", "bob");
-
-    auto group = store.GetGroup("Sales");
-    group.set_comment("Sales team");
-    for (auto [u, h] : {std::pair{"alice", "alpha"}, std::pair{"bob", "beta"}}) {
-        auto* m = group.add_members();
-        m->set_user_name(u);
-        m->set_host_name(h);
-    }
-    store.CommitGroup(group);
-
-    auto europe = store.GetZone("Europe");
-    europe.set_is_local(true);
-    store.CommitZone(europe);
-    auto overseas = store.GetZone("Overseas");
-    overseas.set_primary_host("alpha");
-    store.CommitZone(overseas);
-    for (int start : {6, 12, 18}) {
-        auto r = store.GetRate("Europe", 0);
-        r.set_start_hour(start);
-        r.set_stop_hour(24);
-        store.CommitRate(r);
-    }
-    for (auto [prefix, name] : {std::pair{"0049", "Germany"}, std::pair{"0033", "France"}}) {
-        auto d = store.GetDestination("Europe", 0);
-        d.set_prefix(prefix);
-        d.set_name(name);
-        store.CommitDestination(d);
-    }
+    for (auto [name, roles] : {std::pair{"alpha", "printer_server: true device_server: true"},
+                               {"beta", "net_type: 'rrpc'"},
+                               {"gamma", "user_server: false printer_server: true"}})
+        store.CommitServer(
+            With(store.GetServer(name), roles + std::string(" comment: 'Server ") + name + "'"));
+    store.CommitPrinter(With(store.GetPrinter("alpha", "laser1"),
+                             "comment: 'Office laser' filter_command: 'lpr -P laser1'"));
+    for (auto [name, type] : {std::pair{"line1", "type: 1"},
+                              {"isdn1", "type: 2 configured_lines: 2"},
+                              {"scan1", "type: 8"}})
+        store.CommitDevice(
+            With(store.GetDevice("alpha", name),
+                 type + std::string(" primary { user_server: 'alpha' comment: 'Device ") + name +
+                     "' }"));
+    for (auto [host, name] : {std::pair{"alpha", "alice"}, std::pair{"beta", "bob"}})
+        store.CommitUser(
+            With(store.GetUser(host, name), "comment: 'User " + std::string(name) +
+                                                "' extras { name: 'Department' value: 'Sales' }"));
+    store.CommitGroup(With(store.GetGroup("Sales"),
+                           "comment: 'Sales team' members { user_name: 'alice' host_name: 'alpha' "
+                           "} members { user_name: 'bob' host_name: 'beta' }"));
+    store.CommitZone(With(store.GetZone("Europe"), "is_local: true"));
+    store.CommitZone(With(store.GetZone("Overseas"), "primary_host: 'alpha'"));
+    for (int start : {6, 12, 18})
+        store.CommitRate(
+            With(store.GetRate("Europe", 0), "stop_hour: 24 start_hour: " + std::to_string(start)));
+    store.CommitDestination(
+        With(store.GetDestination("Europe", 0), "prefix: '0049' name: 'Germany'"));
+    store.CommitDestination(
+        With(store.GetDestination("Europe", 0), "prefix: '0033' name: 'France'"));
 }
 
 // A store seeded with the small installation.
@@ -123,13 +86,10 @@ protected:
 // Configures line 2 of the seeded ISDN device isdn1 of alpha, comment
 // "Second channel".
 inline void ConfigureSecondLine(Store& store) {
-    pb::DeviceLine line;
-    line.set_number(2);
-    line.mutable_settings()->set_comment("Second channel");
-    line.mutable_settings()->set_user_server("alpha");
-    line.mutable_settings()->set_reservation_timeout(1);
-    line.mutable_settings()->set_scanner_page_wait(1);
-    store.SaveDeviceLine("alpha", "isdn1", line);
+    store.SaveDeviceLine("alpha", "isdn1",
+                         With(pb::DeviceLine(),
+                              "number: 2 settings { comment: 'Second channel' user_server: 'alpha' "
+                              "reservation_timeout: 1 scanner_page_wait: 1 }"));
 }
 
 }  // namespace veldrano::server::testing

@@ -18,25 +18,19 @@ protected:
     // Pastes the object of kind named name from source onto target, cut or copied.
     pb::TransferOutcome Paste(const char* kind, const char* source, const char* name,
                               const char* target, bool cut) {
-        pb::TransferRequest request;
-        request.set_kind(kind);
-        request.set_source(source);
-        request.set_name(name);
-        request.set_target(target);
-        request.set_cut(cut);
-        return store->TransferObject(request);
+        return store->TransferObject(
+            With(pb::TransferRequest(), "kind: '" + std::string(kind) + "' source: '" + source +
+                                            "' name: '" + name + "' target: '" + target +
+                                            "' cut: " + (cut ? "true" : "false")));
     }
 };
 
 TEST_F(TransferTest, ACopiedUserKeepsEveryPropertyAndItsPassword) {
     EXPECT_EQ(Paste("User", "alpha", "alice", "beta", false), pb::TRANSFERRED);
     const pb::User source = store->GetUser("alpha", "alice");
-    pb::User copy = store->GetUser("beta", "alice");
-    ASSERT_FALSE(copy.is_new());
-    EXPECT_EQ(copy.comment(), source.comment());
-    ASSERT_EQ(copy.extras_size(), 1);
-    EXPECT_EQ(copy.extras(0).value(), "Sales");
-    EXPECT_TRUE(store->GetUser("beta", "alice").password_set());
+    const pb::User copy = store->GetUser("beta", "alice");
+    EXPECT_EQ(With(copy, "host_name: 'alpha'").SerializeAsString(), source.SerializeAsString());
+    EXPECT_TRUE(copy.password_set());
     // Cut: the source goes, the target gets it.
     EXPECT_EQ(Paste("User", "beta", "bob", "alpha", true), pb::TRANSFERRED);
     EXPECT_TRUE(store->GetUser("beta", "bob").is_new());
@@ -66,9 +60,7 @@ TEST_F(TransferTest, ACutOntoATakenNameLeavesTheSourceOnPurpose) {
 
 TEST_F(TransferTest, ARefusalOnTheTargetUndoesTheCut) {
     // alice prints on laser1, which beta does not have.
-    auto alice = store->GetUser("alpha", "alice");
-    alice.set_printer("laser1");
-    store->CommitUser(alice);
+    store->CommitUser(With(store->GetUser("alpha", "alice"), "printer: 'laser1'"));
     EXPECT_REFUSED(Paste("User", "alpha", "alice", "beta", true), pb::ERROR_UNKNOWN_REFERENCE);
     EXPECT_FALSE(store->GetUser("alpha", "alice").is_new());
     EXPECT_TRUE(store->GetUser("beta", "alice").is_new());
@@ -88,25 +80,17 @@ TEST_F(TransferTest, PrintersDevicesWithTheirLinesAndGatewayUsers) {
 
     // A device moves with its secondary line.
     ConfigureSecondLine(*store);
-    auto gammaServer = store->GetServer("gamma");
-    gammaServer.set_device_server(true);
-    store->CommitServer(gammaServer);
+    store->CommitServer(With(store->GetServer("gamma"), "device_server: true"));
     EXPECT_EQ(Paste("Device", "alpha", "isdn1", "gamma", false), pb::TRANSFERRED);
     const pb::Device copy = store->GetDevice("gamma", "isdn1");
     ASSERT_EQ(copy.secondary_lines_size(), 1);
     EXPECT_EQ(copy.secondary_lines(0).settings().comment(), "Second channel");
     EXPECT_EQ(copy.configured_lines(), store->GetDevice("alpha", "isdn1").configured_lines());
 
-    pb::Gateway smtp;
-    smtp.set_name("smtp.example.com");
-    smtp.set_is_new(true);
-    store->CommitGateway(smtp);
-    pb::Gateway x400 = smtp;
-    x400.set_name("x400.example.net");
-    store->CommitGateway(x400);
-    auto user = store->GetGatewayUser("smtp.example.com", "sales@example.com");
-    user.set_extension("200");
-    store->CommitGatewayUser(user);
+    for (const char* name : {"smtp.example.com", "x400.example.net"})
+        store->CommitGateway(With(pb::Gateway(), "is_new: true name: '" + std::string(name) + "'"));
+    store->CommitGatewayUser(
+        With(store->GetGatewayUser("smtp.example.com", "sales@example.com"), "extension: '200'"));
     EXPECT_EQ(
         Paste("GatewayUser", "smtp.example.com", "sales@example.com", "x400.example.net", true),
         pb::TRANSFERRED);

@@ -1,10 +1,12 @@
 // What a screen reader and a keyboard user meet: every control of the main
-// window and of an editor has a name, Ctrl+Tab turns pages, F1 in a dialog
-// opens the guide at that dialog.
+// window has a name, Ctrl+Tab turns pages, F1 in a dialog opens the guide at
+// that dialog; and the help window's search over the shipped user guide.
 
 #include <QAccessible>
 #include <QComboBox>
+#include <QListWidget>
 #include <QTest>
+#include <QTextBrowser>
 #include <QTreeWidget>
 
 #include "common/FormParameters.h"
@@ -18,12 +20,6 @@
 using namespace winadmin;
 
 namespace {
-
-using UserEditor = ShownEditor<frmUserDetails>;
-
-FormParameterList User(const QString& name) {
-    return {{QStringLiteral("UserName"), name}, {QStringLiteral("HostName"), "fxmaster"}};
-}
 
 // The roles a person acts on; labels, panels and frames only describe.
 bool Interactive(QAccessible::Role role) {
@@ -59,21 +55,6 @@ void CollectUnnamed(QAccessibleInterface* node, QStringList& unnamed, int& inter
         CollectUnnamed(node->child(i), unnamed, interactive);
 }
 
-QStringList UnnamedControls(QWidget& window, int* interactive = nullptr) {
-    QStringList unnamed;
-    int count = 0;
-    CollectUnnamed(QAccessible::queryAccessibleInterface(&window), unnamed, count);
-    if (interactive) *interactive = count;
-    return unnamed;
-}
-
-// The guide's first page at one of its sections.
-QUrl Section(const char* anchor) {
-    QUrl url = HelpViewer::ContentsPage;
-    url.setFragment(QString::fromLatin1(anchor));
-    return url;
-}
-
 }  // namespace
 
 class TestAccessibility : public ExplorerSuite {
@@ -81,15 +62,15 @@ class TestAccessibility : public ExplorerSuite {
 
 private slots:
     void MainWindowNamesEveryControl();
-    void UserEditorNamesEveryControlOnEveryPage();
-    void CtrlTabTurnsPagesFromADropDownList();
-    void F1OpensTheGuideAtTheDialogsSection();
+    void EditorTurnsPagesWithCtrlTabAndOpensItsGuideSectionWithF1();
+    void SearchListsTheSectionsWithEveryWordInTheOneHelpWindow();
 };
 
 void TestAccessibility::MainWindowNamesEveryControl() {
     auto main = ExplorerFixture::OpenMain();
+    QStringList unnamed;
     int interactive = 0;
-    QStringList unnamed = UnnamedControls(*main, &interactive);
+    CollectUnnamed(QAccessible::queryAccessibleInterface(main.get()), unnamed, interactive);
     QVERIFY2(unnamed.isEmpty(), qPrintable(unnamed.join(u'\n')));
     // Tree, list, toolbar and its buttons, status bar, menu bar entries at least.
     QVERIFY2(interactive >= 10, qPrintable(QString::number(interactive)));
@@ -99,49 +80,70 @@ void TestAccessibility::MainWindowNamesEveryControl() {
     QCOMPARE(main->List()->DetailsView()->accessibleName(), lcr->text(0));
 }
 
-void TestAccessibility::UserEditorNamesEveryControlOnEveryPage() {
-    UserEditor editor(User(QStringLiteral("jmueller")));
-    auto* tabs = editor.Field<QTabWidget>("tabDetails");
-    QVERIFY(tabs->count() > 1);
-    // A reader sees the controls of the page in front only; each page in turn.
-    for (int page = 0; page < tabs->count(); ++page) {
-        tabs->setCurrentIndex(page);
-        int interactive = 0;
-        const QStringList unnamed = UnnamedControls(editor.dialog, &interactive);
-        QVERIFY2(unnamed.isEmpty(), qPrintable(tabs->tabText(page) + u'\n' + unnamed.join(u'\n')));
-        QVERIFY(interactive >= 4);  // the key, the tab bar, OK and Cancel at least
-    }
-}
-
-void TestAccessibility::CtrlTabTurnsPagesFromADropDownList() {
-    UserEditor editor(User(QStringLiteral("jmueller")));
-    QVERIFY(QTest::qWaitForWindowActive(&editor.dialog));
-    auto* tabs = editor.Field<QTabWidget>("tabDetails");
-    auto* scanner = editor.Field<QComboBox>("cboScanner");
-    const int scanPage = tabs->indexOf(scanner->parentWidget());
-    QVERIFY(scanPage >= 0 && scanPage + 1 < tabs->count());
-    tabs->setCurrentIndex(scanPage);
-    scanner->setFocus();
-    // As X11 delivers them: the tab key carries its character, which a
-    // drop-down list would take for a search.
-    QTest::sendKeyEvent(QTest::Click, scanner, Qt::Key_Tab, QStringLiteral("\t"),
-                        Qt::ControlModifier);
-    QCOMPARE(tabs->currentIndex(), scanPage + 1);
-}
-
-void TestAccessibility::F1OpensTheGuideAtTheDialogsSection() {
+void TestAccessibility::EditorTurnsPagesWithCtrlTabAndOpensItsGuideSectionWithF1() {
     {
-        UserEditor editor(User(QStringLiteral("jmueller")));
+        ShownEditor<frmUserDetails> editor(
+            {{QStringLiteral("UserName"), "jmueller"}, {QStringLiteral("HostName"), "fxmaster"}});
         QVERIFY(QTest::qWaitForWindowActive(&editor.dialog));
+        auto* tabs = editor.Field<QTabWidget>("tabDetails");
+        auto* scanner = editor.Field<QComboBox>("cboScanner");
+        const int scanPage = tabs->indexOf(scanner->parentWidget());
+        QVERIFY(scanPage >= 0 && scanPage + 1 < tabs->count());
+        tabs->setCurrentIndex(scanPage);
+        scanner->setFocus();
+        // As X11 delivers them: the tab key carries its character, which a
+        // drop-down list would take for a search.
+        QTest::sendKeyEvent(QTest::Click, scanner, Qt::Key_Tab, QStringLiteral("\t"),
+                            Qt::ControlModifier);
+        QCOMPARE(tabs->currentIndex(), scanPage + 1);
+
+        tabs->setCurrentIndex(0);
         QTest::keyClick(editor.Field("edtComment"), Qt::Key_F1);
         HelpViewer* viewer = HelpViewer::Current();
         QVERIFY(viewer && viewer->isVisible());
-        QCOMPARE(viewer->CurrentPage(), Section("users"));
+        QCOMPARE(viewer->CurrentPage(),
+                 HelpViewer::ContentsPage.resolved(QUrl(QStringLiteral("#users"))));
         // Over the modal dialog, so that it can be read and scrolled.
         QCOMPARE(viewer->window()->parentWidget(), &editor.dialog);
         editor.Click("cmdCancel");
     }
     QTRY_VERIFY(!HelpViewer::Current());  // it belonged to the dialog
+}
+
+void TestAccessibility::SearchListsTheSectionsWithEveryWordInTheOneHelpWindow() {
+    QWidget owner;
+    ShowHelpContents(&owner);
+    HelpViewer* viewer = HelpViewer::Current();
+    QVERIFY(viewer && viewer->isWindow());
+    ShowHelpSearch(&owner);
+    QCOMPARE(HelpViewer::Current(), viewer);
+    QCOMPARE(viewer->CurrentPage(), HelpViewer::IndexPage);
+
+    auto* field = Child<QLineEdit>(*viewer, "edtFind");
+    auto* results = Child<QListWidget>(*viewer, "lvResults");
+    auto* page = Child<QTextBrowser>(*viewer, "brwPage");
+    QTest::keyClicks(field, QStringLiteral("HOST selected"));
+    QTest::keyClick(field, Qt::Key_Return);
+    QStringList titles;
+    for (int row = 0; row < results->count(); ++row) titles << results->item(row)->text();
+    // The section about settings names the host too, but not the other word.
+    QVERIFY(!titles.contains(QStringLiteral("Where settings are kept")));
+    const int row = int(titles.indexOf(QStringLiteral("Logging in")));
+    QVERIFY2(row >= 0, qPrintable(titles.join(u'|')));
+    QTest::mouseClick(results->viewport(), Qt::LeftButton, {},
+                      results->visualItemRect(results->item(row)).center());
+    QCOMPARE(viewer->CurrentPage(),
+             HelpViewer::ContentsPage.resolved(QUrl(QStringLiteral("#login"))));
+    // The word selected inside the section, not in the table of contents
+    // above it.
+    QCOMPARE(page->textCursor().selectedText().toLower(), QStringLiteral("host"));
+    const QString before = page->toPlainText().left(page->textCursor().selectionStart());
+    QVERIFY(before.contains(QStringLiteral("When the console starts")));
+
+    // Words that no section has together: a beep and a line that says so.
+    field->setText(QStringLiteral("password xylophone"));
+    QCOMPARE(viewer->Search(), 0);
+    QCOMPARE(fx_->prompter.BeepCount(), 1);
 }
 
 QTEST_MAIN(TestAccessibility)

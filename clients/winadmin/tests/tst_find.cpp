@@ -1,25 +1,28 @@
-// Find in list against the reference server (its label table): the matching
+// The list model behind every list and Find in it, against the reference
+// server (its label table): the header-click sort with its reversing rule and
+// cells read from a row table (with Qt's model checks running); the matching
 // rules, where a search starts and how it wraps, what it asks, the find dialog
 // and the main window's Find and Find Next driven from the keyboard, and the
 // lists other windows register.
 
+#include <QAbstractItemModelTester>
 #include <QAction>
 #include <QCheckBox>
 #include <QDialog>
 #include <QLineEdit>
-#include <QListView>
+#include <QScopeGuard>
 #include <QTest>
 #include <QTreeView>
 #include <memory>
 
-#include "common/AppContext.h"
 #include "common/Labels.h"
 #include "lists/ExplorerListView.h"
 #include "lists/Find.h"
+#include "lists/ListFillKinds.h"
 #include "lists/ListModel.h"
 #include "shell/frmFind.h"
 #include "shell/frmMain.h"
-#include "support/ConsoleFixture.h"
+#include "support/ExplorerFixture.h"
 
 using namespace winadmin;
 
@@ -45,6 +48,10 @@ void Fill(ListModel& model, const QList<QStringList>& rows) {
     model.SetRows(std::move(filled));
 }
 
+QStringList Texts(const ListModel& model, int column) {
+    return ExplorerFixture::ColumnTexts(&model, column);
+}
+
 void Select(QAbstractItemView* view, int row) {
     view->selectionModel()->setCurrentIndex(
         view->model()->index(row, 0),
@@ -65,6 +72,9 @@ class TestFind : public ConsoleSuite {
     Q_OBJECT
 
 private slots:
+    void HeaderClicksSortAndReverse_data();
+    void HeaderClicksSortAndReverse();
+    void TableRowsShowAndFind();
     void Search_data();
     void Search();
     void MainWindowFindFromKeyboard();
@@ -116,61 +126,103 @@ void TestFind::CheckPrompt(int index, const char* key, const QString& title,
     QCOMPARE(prompt.buttons, buttons);
 }
 
+void TestFind::HeaderClicksSortAndReverse_data() {
+    // Without a language (the C locale) and with one, case never decides.
+    QTest::addColumn<QLocale>("locale");
+    QTest::newRow("C") << QLocale::c();
+    QTest::newRow("English") << QLocale(QLocale::English, QLocale::UnitedKingdom);
+}
+
+void TestFind::HeaderClicksSortAndReverse() {
+    QFETCH(QLocale, locale);
+    const QLocale before;
+    QLocale::setDefault(locale);
+    auto restore = qScopeGuard([&] { QLocale::setDefault(before); });
+    ListModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    Fill(model, {{"gamma", "2"}, {"Beta", "1"}, {"alpha", "1"}, {"beta", "3"}});
+    QItemSelectionModel selection(&model);
+    selection.setCurrentIndex(model.index(2, 0),  // alpha
+                              QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+
+    // Same column twice reverses; rows with equal texts keep their order, and
+    // the selection follows its row.
+    QCOMPARE(model.SortByHeaderClick(0), Qt::AscendingOrder);
+    QCOMPARE(Texts(model, 0), QStringList({"alpha", "Beta", "beta", "gamma"}));
+    QCOMPARE(model.SortByHeaderClick(0), Qt::DescendingOrder);
+    QCOMPARE(Texts(model, 0), QStringList({"gamma", "Beta", "beta", "alpha"}));
+    QCOMPARE(selection.currentIndex().row(), 3);
+    QVERIFY(selection.isRowSelected(3, {}));
+
+    // Another column starts ascending, whatever the order was; equal comments
+    // stay in the order the previous sort left them (Beta before alpha).
+    QCOMPARE(model.SortByHeaderClick(1), Qt::AscendingOrder);
+    QCOMPARE(Texts(model, 0), QStringList({"Beta", "alpha", "gamma", "beta"}));
+}
+
+void TestFind::TableRowsShowAndFind() {
+    // Users as a list call answers them.
+    RowTable filled(2);
+    for (const char* name : {"bert", "anna", "Émile"}) filled.Append({name, "2nd"});
+    filled.Compact();
+    QCOMPARE(filled.HeldBytes(), size_t(23 + 6 * 4));  // UTF-8 texts and cell ends, no more
+    QVERIFY_THROWS_EXCEPTION(std::logic_error, filled.Append({"one cell"}));
+
+    ListModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    Fill(model, {});
+    model.SetRows(UserRows(std::move(filled), QStringLiteral("fxmaster")));
+    // Texts arrive as UTF-8 and are shown as what they say; only the first
+    // column is searched, case and kind counting.
+    QCOMPARE(model.Row(2).cells.ToStringList(), QStringList({"Émile", "2nd"}));
+    QCOMPARE(model.FindText(QStringLiteral("Émile"), QStringLiteral("User")), 2);
+    QCOMPARE(model.FindText(QStringLiteral("Émile"), QStringLiteral("Group")), -1);
+    QCOMPARE(model.FindText(QStringLiteral("émile")), -1);
+    QCOMPARE(model.FindText(QStringLiteral("2nd")), -1);
+    QCOMPARE(model.FindKey(QString()), -1);  // rows without a key are not found by an empty one
+}
+
 void TestFind::Search_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<bool>("matchCase");
     QTest::addColumn<bool>("wholeWord");
     QTest::addColumn<int>("selected");
-    QTest::addColumn<QList<int>>("answers");
-    QTest::addColumn<int>("expected");  // -1: nothing selected
-    QTest::addColumn<QStringList>("prompts");
-    const QList<int> none;
-    const QStringList quiet;
-
-    QTest::newRow("sub-item column, case ignored")
-        << "UPPORT" << false << false << -1 << none << 1 << quiet;
-    QTest::newRow("case matched") << "sales" << true << false << -1 << none << 2 << quiet;
-    QTest::newRow("starts after the selection")
-        << "sales" << false << false << 0 << none << 2 << quiet;
-    QTest::newRow("whole word skips containing")
-        << "sales" << false << true << -1 << none << 2 << quiet;
-    QTest::newRow("star is a wildcard") << "49*555" << false << false << -1 << none << 2 << quiet;
-    QTest::newRow("star in whole word keeps length")
-        << "Sa*" << false << true << -1 << none << 5 << quiet;
-    const QStringList again{"MsgFindAgain"};
-    QTest::newRow("last row, yes wraps")
-        << "bert" << false << false << 5 << QList<int>{Answer::Yes} << 1 << again;
-    QTest::newRow("last row, no stays")
-        << "bert" << false << false << 5 << QList<int>{Answer::No} << 5 << again;
+    QTest::addColumn<QList<int>>("answers");  // the first asks to search again
+    QTest::addColumn<int>("expected");        // -1: nothing selected
+    const auto row = [](const char* name, const char* text, bool matchCase, bool wholeWord,
+                        int selected, QList<int> answers, int expected) {
+        QTest::newRow(name) << QString(text) << matchCase << wholeWord << selected << answers
+                            << expected;
+    };
+    row("sub-item column, case ignored", "UPPORT", false, false, -1, {}, 1);
+    row("case matched", "sales", true, false, -1, {}, 2);
+    row("whole word skips containing", "sales", false, true, -1, {}, 2);
+    row("star is a wildcard", "49*555", false, false, -1, {}, 2);
+    row("last row, yes wraps", "bert", false, false, 5, {Answer::Yes}, 1);
     // Not found: nothing to wrap to from the top; a cell that only begins
     // with the text is no whole-word match on either pass.
-    QTest::newRow("not found from the top")
-        << "zzz" << false << false << -1 << QList<int>{Answer::OK} << -1
-        << QStringList{"MsgNotFound"};
-    QTest::newRow("not found after wrapping")
-        << "Sales off" << false << true << 2 << QList<int>{Answer::Yes, Answer::OK} << 2
-        << QStringList{"MsgFindAgain", "MsgNotFound"};
+    row("not found from the top", "zzz", false, false, -1, {Answer::OK}, -1);
+    row("not found after wrapping", "Sales off", false, true, 2, {Answer::Yes, Answer::OK}, 2);
 }
 
 void TestFind::Search() {
-    QFETCH(QString, text);
-    QFETCH(bool, matchCase);
-    QFETCH(bool, wholeWord);
-    QFETCH(int, selected);
     QFETCH(QList<int>, answers);
+    QFETCH(int, selected);
     QFETCH(int, expected);
-    QFETCH(QStringList, prompts);
-
     QTreeView* view = OpenList(kFindUserSelection);
     if (selected >= 0) Select(view, selected);
     for (int answer : answers) fx_->prompter.Answer(answer);
-    const bool found = answers.isEmpty() || answers.last() == Answer::Yes;
+    QFETCH(QString, text);
+    QFETCH(bool, matchCase);
+    QFETCH(bool, wholeWord);
     QCOMPARE(PressFind(kFindUserSelection, text, {matchCase, wholeWord}, QStringLiteral("Find")),
-             found);
-    QCOMPARE(fx_->prompter.Prompts().size(), prompts.size());
-    for (int i = 0; i < prompts.size(); ++i)
-        CheckPrompt(i, qPrintable(prompts[i]), QStringLiteral("Find"),
-                    prompts[i] == "MsgNotFound" ? PromptButtons::OK : PromptButtons::YesNo);
+             answers.isEmpty() || answers.last() == Answer::Yes);
+    QCOMPARE(fx_->prompter.Prompts().size(), answers.size());
+    for (int i = 0; i < answers.size(); ++i) {
+        const bool again = selected >= 0 && i == 0;
+        CheckPrompt(i, again ? "MsgFindAgain" : "MsgNotFound", QStringLiteral("Find"),
+                    again ? PromptButtons::YesNo : PromptButtons::OK);
+    }
     if (expected < 0)
         QVERIFY(!view->selectionModel()->hasSelection());
     else
@@ -179,15 +231,7 @@ void TestFind::Search() {
 
 void TestFind::MainWindowFindFromKeyboard() {
     auto main = OpenMain();
-    ExplorerListView* list = main->List();
-    QAbstractItemView* details = list->DetailsView();
-    // Find Next before anything was searched for: an empty text never
-    // searches.
-    fx_->prompter.Answer(Answer::OK);
-    QTest::keyClick(main.get(), Qt::Key_F3);
-    CheckPrompt(0, "MsgFindEmpty", ApplicationTitle(), PromptButtons::OK);
-    QVERIFY(!details->selectionModel()->hasSelection());
-
+    QAbstractItemView* details = main->List()->DetailsView();
     QTest::keyClick(main.get(), Qt::Key_F, Qt::ControlModifier);
     frmFind* find = frmFind::Loaded();
     QVERIFY(find && QTest::qWaitForWindowActive(find));
@@ -197,9 +241,6 @@ void TestFind::MainWindowFindFromKeyboard() {
     QTest::keyClicks(text, QStringLiteral("+49"));
     QTest::keyClick(text, Qt::Key_Return);
     QCOMPARE(Selection(details), QList<int>({0, 0}));
-    // Still up: Enter again goes on to the next match.
-    QTest::keyClick(text, Qt::Key_Return);
-    QCOMPARE(Selection(details), QList<int>({2, 2}));
 
     // Escape only hides; Find Next in the main window goes on with the same
     // text, now as a whole word with match case, typed in before hiding.
@@ -211,24 +252,15 @@ void TestFind::MainWindowFindFromKeyboard() {
     QVERIFY(!find->isVisible());
     main->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(main.get()));
-
-    // In the icon modes the same selection is made and shown where it is seen
-    // (from the first row: row 2 is where a search ignoring case would stop).
-    Child<QAction>(*main, "mnuViewLargeIcons")->trigger();
-    Select(list->IconView(), 0);
+    // From the first row: row 2 is where a search ignoring case would stop.
     QTest::keyClick(main.get(), Qt::Key_F3);
-    QCOMPARE(Selection(list->IconView()), QList<int>({4, 4}));
+    QCOMPARE(Selection(details), QList<int>({4, 4}));
 }
 
 void TestFind::RegisteredListsAndTheirLifetime() {
-    auto main = OpenMain();
-    Select(main->List()->DetailsView(), 5);
     QTreeView* view = OpenList(kFindGroupSelection, {{"Sales team"}, {"Support team"}});
     QVERIFY(PressFind(kFindGroupSelection, QStringLiteral("support"), {}));
     QCOMPARE(Selection(view), QList<int>({1, 1}));
-    // The main list's selection is its own.
-    QCOMPARE(Selection(main->List()->DetailsView()), QList<int>({5, 5}));
-
     // A list that is gone is no longer searched: a beep, no message.
     list_.reset();
     QVERIFY(!FindList(kFindGroupSelection));
@@ -256,19 +288,12 @@ void TestFind::LentToModalOwnerAndBack() {
     QTest::keyClick(text, Qt::Key_Return);
     QCOMPARE(Selection(view), QList<int>({1, 1}));
 
-    // The selection dialog closes: back to the main window, hidden, serving
-    // the main list again.
-    selection->accept();
-    QCOMPARE(find->parentWidget(), main.get());
-    QVERIFY(!find->isVisible());
-    QCOMPARE(find->CallerCode(), kFindMain);
-
-    // Lent again and its borrower destroyed while it still shows.
-    selection->open();
-    ShowFindDialog(kFindUserSelection, selection.get());
+    // Its borrower destroyed while it still shows: back to the main window,
+    // serving the main list again.
     selection.reset();
     QCOMPARE(frmFind::Loaded(), find);
     QCOMPARE(find->parentWidget(), main.get());
+    QCOMPARE(find->CallerCode(), kFindMain);
 }
 
 QTEST_MAIN(TestFind)

@@ -1,13 +1,11 @@
 // A first run with nothing stored, against the reference server: twips follow
 // the application font, so the default columns show their headers and usual
-// content whole at a small and a large font; a window opens whole on the
-// screens, from a stored frame or from the screen's corner.
+// content whole at a small and a large font; a cut cell shows its text
+// as a tip, and a stored frame opens whole on the screens.
 
 #include <QDateTime>
 #include <QHeaderView>
 #include <QHelpEvent>
-#include <QPointer>
-#include <QScreen>
 #include <QTest>
 #include <QToolTip>
 
@@ -17,7 +15,6 @@
 #include "lists/ListFill.h"
 #include "lists/ListModel.h"
 #include "lists/ListTreeView.h"
-#include "monitor/frmEvents.h"
 #include "support/ExplorerFixture.h"
 
 using namespace winadmin;
@@ -37,14 +34,11 @@ struct FontOfSize {
 
 const QString kComment30 = QStringLiteral("Accounts payable, second floor");
 
-QString EventTimeText() {
-    return QDateTime(QDate(2026, 11, 25), QTime(14, 3, 27))
-        .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
-}
-
 // What a column usually holds, by the value name of its width.
 QString TypicalCell(const ListColumn& column) {
-    if (column.widthKey == QLatin1String("EventTime")) return EventTimeText();
+    if (column.widthKey == QLatin1String("EventTime"))
+        return QDateTime(QDate(2026, 11, 25), QTime(14, 3, 27))
+            .toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
     if (column.widthKey == QLatin1String("ProcessID")) return QStringLiteral("48213");
     if (column.widthKey.contains(QLatin1String("Comment"))) return kComment30;
     return column.header;
@@ -83,10 +77,7 @@ private slots:
     void TwipsFollowTheApplicationFont();
     void DefaultColumnsShowTheirContent();
     void OnlyACutCellShowsItsTextAsTip();
-    void ViewerInTheCornerOpensOnScreen();
-    void StoredFrameIsPlacedOnTheScreens_data();
-    void StoredFrameIsPlacedOnTheScreens();
-    void PlacedFrameIsAlwaysWhollyVisible();
+    void StoredFrameIsPlacedWhollyOnTheScreens();
 };
 
 void TestFirstRun::TwipsFollowTheApplicationFont() {
@@ -146,9 +137,8 @@ void TestFirstRun::DefaultColumnsShowTheirContent() {
 
 void TestFirstRun::OnlyACutCellShowsItsTextAsTip() {
     ListModel model;
-    ListColumn name;
+    ListColumn name, comment;
     name.header = QStringLiteral("Name");
-    ListColumn comment;
     comment.header = QStringLiteral("Comment");
     model.SetColumns({name, comment});
     std::vector<ListRow> rows(1);
@@ -168,52 +158,22 @@ void TestFirstRun::OnlyACutCellShowsItsTextAsTip() {
     QToolTip::hideText();
 }
 
-void TestFirstRun::ViewerInTheCornerOpensOnScreen() {
-    // Every window the console opens, not only the main one.
-    KeepWindowsOnScreen();
-    const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
-    // Heap-made: it deletes itself when closed.
-    QPointer<frmEvents> viewer(new frmEvents);
-    viewer->move(available.right() - 40, available.bottom() - 40);
-    viewer->show();
-    viewer->Open(QStringLiteral("fxmaster"));
-    QVERIFY(QTest::qWaitForWindowExposed(viewer.data()));
-    QVERIFY(available.contains(viewer->frameGeometry()));
-    delete viewer.data();
-}
-
-void TestFirstRun::StoredFrameIsPlacedOnTheScreens_data() {
-    QTest::addColumn<QList<QRect>>("screens");
-    QTest::addColumn<QRect>("frame");
-    QTest::addColumn<QRect>("placed");
-    const QList<QRect> three{kPrimary, kRight, kAbove};
-    const QList<QRect> one{kPrimary};
-
-    // A frame that shows whole stays put (the sweep below checks that); the
-    // place of the upper monitor with it unplugged.
-    QTest::newRow("monitor above gone")
-        << one << QRect(2000, -700, 600, 500) << QRect(1320, 0, 600, 500);
-    // Partly off the edge: onto the screen that shows most of it.
-    QTest::newRow("hanging over the gap beside the monitor above")
-        << three << QRect(2700, -500, 600, 400) << QRect(2344, -500, 600, 400);
-    QTest::newRow("larger than the screen it is on")
-        << three << QRect(2000, 10, 1600, 1200) << QRect(1920, 0, 1280, 984);
-    // Below the least size the top left corner shows, where the menus are.
-    QTest::newRow("screen smaller than the least size")
-        << QList<QRect>{QRect(0, 0, 320, 240)} << QRect(50, 50, 500, 400) << QRect(0, 0, 400, 300);
-    QTest::newRow("no screens") << QList<QRect>{} << QRect(5000, 5000, 10, 10)
-                                << QRect(5000, 5000, 10, 10);
-}
-
-void TestFirstRun::StoredFrameIsPlacedOnTheScreens() {
-    QFETCH(QList<QRect>, screens);
-    QFETCH(QRect, frame);
-    QTEST(PlaceOnScreens(frame, kMinimum, screens), "placed");
-}
-
-void TestFirstRun::PlacedFrameIsAlwaysWhollyVisible() {
-    // Frames all over and around the three screens, of every size.
+void TestFirstRun::StoredFrameIsPlacedWhollyOnTheScreens() {
     const QList<QRect> screens{kPrimary, kRight, kAbove};
+    const struct {
+        QList<QRect> screens;
+        QRect frame, placed;
+    } cases[] = {// The place of the upper monitor with it unplugged.
+                 {{kPrimary}, QRect(2000, -700, 600, 500), QRect(1320, 0, 600, 500)},
+                 // Partly off the edge: onto the screen that shows most of it.
+                 {screens, QRect(2700, -500, 600, 400), QRect(2344, -500, 600, 400)},
+                 // Below the least size the top left corner shows, where the menus are.
+                 {{QRect(0, 0, 320, 240)}, QRect(50, 50, 500, 400), QRect(0, 0, 400, 300)},
+                 {{}, QRect(5000, 5000, 10, 10), QRect(5000, 5000, 10, 10)}};
+    for (const auto& [on, frame, placed] : cases)
+        QCOMPARE(PlaceOnScreens(frame, kMinimum, on), placed);
+
+    // Frames all over and around the three screens, of every size.
     QRegion visible;
     for (const QRect& screen : screens) visible += screen;
     int moved = 0;

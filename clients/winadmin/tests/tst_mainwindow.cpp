@@ -1,6 +1,6 @@
 // The main explorer window against the reference server: its persisted view,
-// the divider drag, the list modes, how it closes, and the options dialog's
-// server time-out and event severity.
+// the list modes, how it closes, and the options dialog's server time-out and
+// event severity.
 
 #include <QAction>
 #include <QApplication>
@@ -9,12 +9,8 @@
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
-#include <QListView>
 #include <QPushButton>
-#include <QScreen>
-#include <QStandardItemModel>
 #include <QTest>
-#include <QTreeView>
 #include <QTreeWidget>
 #include <memory>
 
@@ -61,29 +57,20 @@ class TestMainWindow : public ConsoleSuite {
 
 private slots:
     void initTestCase();
-    void ViewIsWrittenOnCloseOnly();
-    void ViewRoundTripRestoresEverything();
+    void ViewIsWrittenOnCloseAndRestored();
     void ClosedMaximisedKeepsEarlierBounds();
-    void BadSettingsStillOpenVisibleOnScreen_data();
     void BadSettingsStillOpenVisibleOnScreen();
-    void SplitterDragStopsAtLimits_data();
-    void SplitterDragStopsAtLimits();
-    void ResizeKeepsDividerInside();
     void ListModeAppliedOnFirstActivationOnly();
-    void ViewModesShareTheSelection();
     void BrandChoosesProductKey();
-    void ServerTimeoutHandedToSession_data();
     void ServerTimeoutHandedToSession();
     void ClosingEndsEveryWindowEvenIfSaveFails();
-    void OptionsLoadStoredValues_data();
-    void OptionsLoadStoredValues();
-    void InvalidTimeoutRefused_data();
     void InvalidTimeoutRefused();
-    void OptionsCancelWritesNothingOkSavesForTheNextStart();
+    void OptionsShowStoredValuesCancelWritesNothingOkSaves();
 
 private:
     // Nothing written, the session's time-out as it was.
-    void VerifyNothingChanged(const QString& storedTimeout = kUnset);
+    void VerifyNothingChanged(const QString& storedTimeout = kUnset,
+                              const QString& storedSeverity = kUnset);
 
     void SetUp() override { sessionDefault_ = TheSession()->GetTimeout(); }
 
@@ -104,18 +91,7 @@ void TestMainWindow::initTestCase() {
     QVERIFY(TwipsToPixels(11000) < Available().width());
 }
 
-void TestMainWindow::ViewIsWrittenOnCloseOnly() {
-    auto main = OpenMain();
-    // Nothing is written while the window is open; closing writes the view
-    // and the width table under the names existing stores hold.
-    QCOMPARE(StoredSetting(QStringLiteral("Splitter")), kUnset);
-    QVERIFY(main->close());
-    QCOMPARE(StoredSetting(QStringLiteral("Splitter")), QStringLiteral("2500"));
-    QCOMPARE(StoredSetting(QStringLiteral("Destext"), QStringLiteral("DestView")),
-             QStringLiteral("1200"));
-}
-
-void TestMainWindow::ViewRoundTripRestoresEverything() {
+void TestMainWindow::ViewIsWrittenOnCloseAndRestored() {
     const QString users = QStringLiteral("UserView");
     const QString userName = QStringLiteral("UserName");
     const QPoint pos(TwipsToPixels(1500), TwipsToPixels(900));
@@ -124,13 +100,11 @@ void TestMainWindow::ViewRoundTripRestoresEverything() {
     // give the column's default.
     StoreSetting("GroupName", "2222px", "GroupView");
     StoreSetting("EventTime", "-5", "EventView");
-    StoreSetting("RateDays", "40000", "RateView");
     {
         auto main = OpenMain();
         ColumnWidths& widths = main->Widths();
         QCOMPARE(widths.Width(QStringLiteral("GroupView"), QStringLiteral("GroupName")), 2222);
         QCOMPARE(widths.Width(QStringLiteral("EventView"), QStringLiteral("EventTime")), 2200);
-        QCOMPARE(widths.Width(QStringLiteral("RateView"), QStringLiteral("RateDays")), 3000);
         // Beyond what the 16-bit table holds, and names it does not persist.
         QVERIFY(widths.SetWidth(users, userName, 32767));
         QVERIFY(!widths.SetWidth(users, userName, 32768));
@@ -141,16 +115,19 @@ void TestMainWindow::ViewRoundTripRestoresEverything() {
         main->resize(size);
         main->SizeControls(4000);
         Child<QAction>(*main, "mnuViewSmallIcons")->trigger();
+        // Nothing is written while the window is open.
+        QCOMPARE(StoredSetting(QStringLiteral("Splitter")), kUnset);
         QVERIFY(main->close());
     }
+    // Under the names existing stores hold.
     QCOMPARE(StoredSetting("EventTime", "EventView"), QStringLiteral("2200"));
+    QCOMPARE(StoredSetting("Destext", "DestView"), QStringLiteral("0"));
     auto main = OpenMain();
     QCOMPARE(main->pos(), pos);
     QCOMPARE(main->size(), size);
     QCOMPARE(main->Tree()->width(), TwipsToPixels(4000));
     QVERIFY(Child<QAction>(*main, "mnuViewSmallIcons")->isChecked());
     QCOMPARE(main->Widths().Width(users, userName), 32767);
-    QCOMPARE(main->Widths().Width(QStringLiteral("DestView"), QStringLiteral("Destext")), 0);
 }
 
 void TestMainWindow::ClosedMaximisedKeepsEarlierBounds() {
@@ -173,79 +150,20 @@ void TestMainWindow::ClosedMaximisedKeepsEarlierBounds() {
     QCOMPARE(StoredSetting(QStringLiteral("Splitter")), QString::number(main->SplitterPosition()));
 }
 
-void TestMainWindow::BadSettingsStillOpenVisibleOnScreen_data() {
-    // Where a frame lands on the screens is tst_firstrun's, how numbers
-    // are read from text tst_startup's.
-    QTest::addColumn<QStringList>("stored");  // Left, Top, Width, Height, Splitter, Mode
-    QTest::addColumn<QPoint>("pos");
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<int>("splitter");
-    QTest::addColumn<int>("mode");
-
-    const QRect screen = Available();
-    const QPoint defaultPos(TwipsToPixels(1000), TwipsToPixels(1000));
-    const QSize defaultSize(TwipsToPixels(10000), TwipsToPixels(5000));
-    const int details = ExplorerListView::Details;
-    QTest::newRow("negatives") << QStringList{"-5000", "-3000", "-10000", "-1", "-200", "-1"}
-                               << screen.topLeft() << defaultSize << 1500 << details;
-    QTest::newRow("beyond any int")
-        << QStringList{"1e300", "-1e300", "1e300", "1e300", "1e300", "1e300"} << defaultPos
-        << defaultSize << 2500 << details;
-    // Mode 0 is a mode of its own; the least size is the window's own.
-    QTest::newRow("tiny") << QStringList{"0", "0", "1", "1", "0", "0"} << screen.topLeft()
-                          << QSize(TwipsToPixels(frmMain::MinimumWidthTwips),
-                                   TwipsToPixels(frmMain::MinimumHeightTwips))
-                          << 1500 << int(ExplorerListView::LargeIcons);
-}
-
 void TestMainWindow::BadSettingsStillOpenVisibleOnScreen() {
-    QFETCH(QStringList, stored);
+    // Where a frame lands on the screens is tst_firstrun's, how numbers are
+    // read from text tst_startup's. Mode 0 is a mode of its own.
     const QStringList names = {"Left", "Top", "Width", "Height", "Splitter", "ListView Mode"};
-    for (int i = 0; i < names.size(); ++i) StoreSetting(names.at(i), stored.at(i));
-
-    auto main = OpenMain();
-    QVERIFY(Available().contains(main->frameGeometry()));
-    QTEST(main->pos(), "pos");
-    QTEST(main->size(), "size");
-    QTEST(main->SplitterPosition(), "splitter");
-    QTEST(main->ListViewMode(), "mode");
-}
-
-void TestMainWindow::SplitterDragStopsAtLimits_data() {
-    QTest::addColumn<int>("pointerX");  // pixels from the divider's left edge
-    QTest::addColumn<int>("expected");  // twips; -1: the right-hand limit
-    QTest::newRow("far left") << -1000 << 1500;
-    QTest::newRow("far right") << 2000 << -1;
-    QTest::newRow("follows the pointer") << 60 << 2500 + PixelsToTwips(60);
-}
-
-void TestMainWindow::SplitterDragStopsAtLimits() {
-    QFETCH(int, pointerX);
-    QFETCH(int, expected);
-    auto main = OpenMain();
-    if (expected < 0) expected = PixelsToTwips(main->width()) - frmMain::SplitLimit;
-    auto* divider = Child<QWidget>(*main, "imgSplitter");
-    auto* bar = Child<QWidget>(*main, "picSplitter");
-    const QRect treeBefore = main->Tree()->geometry();
-
-    QTest::mousePress(divider, Qt::LeftButton, {}, QPoint(0, 10));
-
-    QTest::mouseMove(divider, QPoint(pointerX, 10));
-    QCOMPARE(bar->x(), TwipsToPixels(expected));
-    // Only the bar moves while the button is down.
-    QCOMPARE(main->Tree()->geometry(), treeBefore);
-
-    QTest::mouseRelease(divider, Qt::LeftButton, {}, QPoint(pointerX, 10));
-    QCOMPARE(main->Tree()->width(), TwipsToPixels(expected));
-}
-
-void TestMainWindow::ResizeKeepsDividerInside() {
-    StoreSetting(QStringLiteral("Splitter"), QStringLiteral("8000"));
-    auto main = OpenMain();
-    main->resize(TwipsToPixels(6000), main->height());
-    // The form's width in twips is measured from its pixels.
-    const int limit = PixelsToTwips(TwipsToPixels(6000)) - frmMain::SplitLimit;
-    QTRY_COMPARE(main->Tree()->width(), TwipsToPixels(limit));
+    const std::tuple<QStringList, int, int> cases[] = {
+        {{"1e300", "-1e300", "1e300", "1e300", "1e300", "1e300"}, 2500, ExplorerListView::Details},
+        {{"0", "0", "1", "1", "0", "0"}, 1500, ExplorerListView::LargeIcons}};
+    for (const auto& [stored, splitter, mode] : cases) {
+        for (int i = 0; i < names.size(); ++i) StoreSetting(names.at(i), stored.at(i));
+        auto main = OpenMain();
+        QVERIFY(Available().contains(main->frameGeometry()));
+        QCOMPARE(main->SplitterPosition(), splitter);
+        QCOMPARE(main->ListViewMode(), mode);
+    }
 }
 
 void TestMainWindow::ListModeAppliedOnFirstActivationOnly() {
@@ -269,25 +187,6 @@ void TestMainWindow::ListModeAppliedOnFirstActivationOnly() {
     QCOMPARE(main->ListViewMode(), int(ExplorerListView::List));
 }
 
-void TestMainWindow::ViewModesShareTheSelection() {
-    auto main = OpenMain();
-    ExplorerListView* list = main->List();
-    QStandardItemModel model(5, 2);
-    list->SetModel(&model);
-    list->DetailsView()->setCurrentIndex(model.index(3, 0));
-    Child<QAction>(*main, "mnuViewList")->trigger();
-    QCOMPARE(list->currentWidget(), list->IconView());
-    QCOMPARE(list->IconView()->currentIndex().row(), 3);
-    // A row picked in an icon mode is the row the report view shows selected.
-    list->IconView()->setCurrentIndex(model.index(1, 0));
-    Child<QAction>(*main, "mnuViewDetails")->trigger();
-    QVERIFY(list->DetailsView()->selectionModel()->isRowSelected(1, {}));
-    // A new model (the next node's rows) is shared the same way.
-    QStandardItemModel next(2, 1);
-    list->SetModel(&next);
-    QCOMPARE(list->IconView()->selectionModel(), list->DetailsView()->selectionModel());
-}
-
 void TestMainWindow::BrandChoosesProductKey() {
     // The brand as the server spells it chooses the key (an unknown brand
     // is tst_startup's); the view is saved under it and nowhere else.
@@ -300,25 +199,17 @@ void TestMainWindow::BrandChoosesProductKey() {
              kUnset);
 }
 
-void TestMainWindow::ServerTimeoutHandedToSession_data() {
-    QTest::addColumn<QString>("stored");
-    QTest::addColumn<int>("expected");  // -1: the session's own default stays
-    QTest::newRow("largest") << "32767" << 32767;
-    QTest::newRow("zero means no deadline") << "0" << -1;
-    QTest::newRow("beyond 16 bits") << "70000" << -1;
-}
-
 void TestMainWindow::ServerTimeoutHandedToSession() {
-    QFETCH(QString, stored);
-    QFETCH(int, expected);
     QVERIFY(sessionDefault_ != 32767);
-    StoreSetting(kTimeout, stored);
-
-    auto main = std::make_unique<frmMain>();
-    QCOMPARE(TheSession()->GetTimeout(), expected < 0 ? sessionDefault_ : expected);
-    // Closing does not write it: only the options dialog chooses a time-out.
-    QVERIFY(main->close());
-    QCOMPARE(StoredSetting(kTimeout), stored);
+    // Zero (no deadline) and what is beyond 16 bits leave the session's own.
+    for (const QString stored : {"0", "70000", "32767"}) {
+        StoreSetting(kTimeout, stored);
+        auto main = std::make_unique<frmMain>();
+        QCOMPARE(TheSession()->GetTimeout(), stored == "32767" ? 32767 : sessionDefault_);
+        // Closing does not write it: only the options dialog chooses a time-out.
+        QVERIFY(main->close());
+        QCOMPARE(StoredSetting(kTimeout), stored);
+    }
 }
 
 void TestMainWindow::ClosingEndsEveryWindowEvenIfSaveFails() {
@@ -340,83 +231,53 @@ void TestMainWindow::ClosingEndsEveryWindowEvenIfSaveFails() {
     QVERIFY_THROWS_EXCEPTION(SettingsError, StoreSetting(QStringLiteral("Splitter"), "1"));
 
     Child<QAction>(*main, "mnuFileExit")->trigger();
-    QVERIFY(!main->isVisible());
-    QVERIFY(!find->isVisible());
-    QVERIFY(!other.isVisible());
+    QVERIFY(!main->isVisible() && !find->isVisible() && !other.isVisible());
     QVERIFY(!HelpViewer::Current() || !HelpViewer::Current()->isVisible());
 }
 
-void TestMainWindow::VerifyNothingChanged(const QString& storedTimeout) {
+void TestMainWindow::VerifyNothingChanged(const QString& storedTimeout,
+                                          const QString& storedSeverity) {
     QCOMPARE(StoredSetting(kTimeout), storedTimeout);
-    QCOMPARE(StoredSetting(kSeverity), kUnset);
+    QCOMPARE(StoredSetting(kSeverity), storedSeverity);
     QCOMPARE(TheSession()->GetTimeout(), sessionDefault_);
 }
 
-void TestMainWindow::OptionsLoadStoredValues_data() {
-    // How a stored time-out is read is ServerTimeoutHandedToSession's (the
-    // session gets it from the same reading).
-    QTest::addColumn<QString>("timeout");  // stored; "" for none
-    QTest::addColumn<QString>("severity");
-    QTest::addColumn<int>("shownSeverity");
-    QTest::newRow("fresh profile") << QString() << QString() << 0;
-    QTest::newRow("severity beyond the list") << QString("30") << QString("9") << 0;
-}
-
-void TestMainWindow::OptionsLoadStoredValues() {
-    QFETCH(QString, timeout);
-    QFETCH(QString, severity);
-    if (!timeout.isEmpty()) StoreSetting(kTimeout, timeout);
-    if (!severity.isEmpty()) StoreSetting(kSeverity, severity);
-
-    OptionsWindow options;
-    QCOMPARE(options.timeout->text(),
-             timeout.isEmpty() ? QString::number(sessionDefault_) : timeout);
-    QTEST(options.severity->currentIndex(), "shownSeverity");
-}
-
-void TestMainWindow::InvalidTimeoutRefused_data() {
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("shown");  // what the field took of it
-    QTest::addColumn<QString>("message");
-    const auto row = [](const char* name, const char* typed, const char* shown,
-                        const char* message) {
-        QTest::newRow(name) << QString(typed) << QString(shown) << QString(message);
-    };
-    const char* range = "The valid range for 'Server Timeout' is from 1 to 32767.";
-    row("empty", "", "", "The field 'Server Timeout' cannot be empty.");
-    row("zero", "0", "0", range);
-    // Digits only, five at most.
-    row("beyond 16 bits", "9x9-9.9 99+9", "99999", range);
-}
-
 void TestMainWindow::InvalidTimeoutRefused() {
-    QFETCH(QString, typed);
-    QFETCH(QString, shown);
-    OptionsWindow options;
-    options.TypeTimeout(typed);
-    QCOMPARE(options.timeout->text(), shown);
-    QTest::keyClick(options.severity, Qt::Key_Down);
-
-    fx_->prompter.Answer(Answer::OK);
-    // Enter presses the default button, OK.
-    QTest::keyClick(options.timeout, Qt::Key_Return);
-
-    QCOMPARE(fx_->prompter.Prompts().size(), 1);
-    QTEST(fx_->prompter.LastPrompt().text, "message");
-    QVERIFY(options.dialog.isVisible());
-    QCOMPARE(QApplication::focusWidget(), options.timeout);
-    QCOMPARE(options.timeout->selectedText(), shown);
-    VerifyNothingChanged();
+    // The field takes digits only, five at most.
+    const std::tuple<QString, QString, QString> cases[] = {
+        {"", "", "The field 'Server Timeout' cannot be empty."},
+        {"9x9-9.9 99+9", "99999", "The valid range for 'Server Timeout' is from 1 to 32767."}};
+    for (const auto& [typed, shown, message] : cases) {
+        // A fresh profile shows the session's time-out and the first severity.
+        OptionsWindow options;
+        QCOMPARE(options.timeout->text(), QString::number(sessionDefault_));
+        QCOMPARE(options.severity->currentIndex(), 0);
+        options.TypeTimeout(typed);
+        QCOMPARE(options.timeout->text(), shown);
+        QTest::keyClick(options.severity, Qt::Key_Down);
+        fx_->prompter.Answer(Answer::OK);
+        // Enter presses the default button, OK.
+        QTest::keyClick(options.timeout, Qt::Key_Return);
+        QCOMPARE(fx_->prompter.LastPrompt().text, message);
+        QVERIFY(options.dialog.isVisible());
+        QCOMPARE(QApplication::focusWidget(), options.timeout);
+        QCOMPARE(options.timeout->selectedText(), shown);
+        VerifyNothingChanged();
+    }
 }
 
-void TestMainWindow::OptionsCancelWritesNothingOkSavesForTheNextStart() {
+void TestMainWindow::OptionsShowStoredValuesCancelWritesNothingOkSaves() {
     StoreSetting(kTimeout, QStringLiteral("20"));
+    StoreSetting(kSeverity, QStringLiteral("9"));
     {
         OptionsWindow options;
+        QCOMPARE(options.timeout->text(), QStringLiteral("20"));
+        // A severity beyond the list shows as the first.
+        QCOMPARE(options.severity->currentIndex(), 0);
         options.TypeTimeout(QStringLiteral("99"));
         QTest::keyClick(options.severity, Qt::Key_Down);
         QTest::mouseClick(Child<QPushButton>(options.dialog, "cmdCancel"), Qt::LeftButton);
-        VerifyNothingChanged(QStringLiteral("20"));
+        VerifyNothingChanged(QStringLiteral("20"), QStringLiteral("9"));
     }
     OptionsWindow options;
     options.TypeTimeout(QStringLiteral("45"));

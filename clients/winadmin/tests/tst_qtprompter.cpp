@@ -1,10 +1,9 @@
 // The common error dialog through a scripted prompter; then the real
-// message boxes and save dialog, answered the way a person would: a timer
+// message boxes and password prompt, answered the way a person would: a timer
 // finds the box once it is up, notes what it shows, then presses a key. What
 // was seen is checked after the box has gone, so a failed check never leaves
 // a modal box waiting.
 
-#include <QFileDialog>
 #include <QGuiApplication>
 #include <QInputDialog>
 #include <QLineEdit>
@@ -73,72 +72,51 @@ int ShowAndPress(const Prompt& prompt, Qt::Key key, Seen& seen) {
 
 }  // namespace
 
-Q_DECLARE_METATYPE(PromptButtons)
-Q_DECLARE_METATYPE(PromptIcon)
-
 class TestQtPrompter : public QObject {
     Q_OBJECT
 
 private slots:
     // First: the application title the real boxes set below is not the
     // built-in one these expect.
-    void ChoosesButtonsByFamily_data();
     void ChoosesButtonsByFamily();
-    void ShowsSessionErrorOverBusyWork();
-    void TitleIsTheProductTitleOfTheSessionsBrand();
-    void BoxShowsWhatWasAskedAndAnswersTheKey_data();
+    void ShowsSessionErrorUnderTheSessionsBrandOverBusyWork();
     void BoxShowsWhatWasAskedAndAnswersTheKey();
     void UntitledBoxShowsPlainTextAndTheNormalPointer();
-    void SaveDialogOffersTheFiltersAndAnswersTheFile();
     void PasswordPromptHidesTheEntryAndAnswersIt();
 };
 
-void TestQtPrompter::BoxShowsWhatWasAskedAndAnswersTheKey_data() {
-    QTest::addColumn<PromptButtons>("buttons");
-    QTest::addColumn<PromptIcon>("icon");
-    QTest::addColumn<int>("defaultPosition");
-    QTest::addColumn<bool>("escape");  // Escape rather than Enter
-    QTest::addColumn<QMessageBox::StandardButtons>("shownButtons");
-    QTest::addColumn<QMessageBox::StandardButton>("shownDefault");
-    QTest::addColumn<QMessageBox::Icon>("shownIcon");
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<bool>("openAfterEscape");
-
-    using B = QMessageBox;
-    const auto row = [](const char* name, PromptButtons buttons, PromptIcon icon, int position,
-                        bool escape, B::StandardButtons shown, B::StandardButton shownDefault,
-                        B::Icon shownIcon, int answer, bool openAfterEscape = false) {
-        QTest::newRow(name) << buttons << icon << position << escape << shown << shownDefault
-                            << shownIcon << answer << openAfterEscape;
-    };
-    row("OK/Cancel, second default", PromptButtons::OKCancel, PromptIcon::Critical, 2, false,
-        B::Ok | B::Cancel, B::Cancel, B::Critical, Answer::Cancel);
-    row("Yes/No, Escape is No", PromptButtons::YesNo, PromptIcon::Question, 1, true, B::Yes | B::No,
-        B::Yes, B::Question, Answer::No);
-    row("Retry/Cancel, default out of range is the first", PromptButtons::RetryCancel,
-        PromptIcon::Exclamation, 7, false, B::Retry | B::Cancel, B::Retry, B::Warning,
-        Answer::Retry);
-    row("Abort/Retry/Ignore, Escape does nothing", PromptButtons::AbortRetryIgnore,
-        PromptIcon::Critical, 3, true, B::Abort | B::Retry | B::Ignore, B::Ignore, B::Critical,
-        Answer::Ignore, true);
-}
-
 void TestQtPrompter::BoxShowsWhatWasAskedAndAnswersTheKey() {
-    QFETCH(PromptButtons, buttons);
-    QFETCH(PromptIcon, icon);
-    QFETCH(int, defaultPosition);
-    QFETCH(bool, escape);
-
-    Seen seen;
-    const int answer = ShowAndPress({QStringLiteral("Stop server mx-01?"),
-                                     QStringLiteral("Servers"), icon, buttons, defaultPosition},
-                                    escape ? Qt::Key_Escape : Qt::Key_Return, seen);
-    QTEST(answer, "answer");
-    QTEST(seen.buttons, "shownButtons");
-    QTEST(seen.defaultButton, "shownDefault");
-    QTEST(seen.icon, "shownIcon");
-    QTEST(seen.openAfterEscape, "openAfterEscape");
-    QCOMPARE(seen.title, QStringLiteral("Servers"));
+    using B = QMessageBox;
+    const struct {
+        PromptButtons buttons;
+        PromptIcon icon;
+        int defaultPosition;
+        bool escape;  // Escape rather than Enter
+        B::StandardButtons shownButtons;
+        B::StandardButton shownDefault;
+        B::Icon shownIcon;
+        int answer;
+    } cases[] = {// Escape is No.
+                 {PromptButtons::YesNo, PromptIcon::Question, 1, true, B::Yes | B::No, B::Yes,
+                  B::Question, Answer::No},
+                 // A default out of range is the first button.
+                 {PromptButtons::RetryCancel, PromptIcon::Exclamation, 7, false,
+                  B::Retry | B::Cancel, B::Retry, B::Warning, Answer::Retry},
+                 // Escape does nothing without Cancel or No: it must be a button.
+                 {PromptButtons::AbortRetryIgnore, PromptIcon::Critical, 3, true,
+                  B::Abort | B::Retry | B::Ignore, B::Ignore, B::Critical, Answer::Ignore}};
+    for (const auto& c : cases) {
+        Seen seen;
+        QCOMPARE(ShowAndPress({QStringLiteral("Stop server mx-01?"), QStringLiteral("Servers"),
+                               c.icon, c.buttons, c.defaultPosition},
+                              c.escape ? Qt::Key_Escape : Qt::Key_Return, seen),
+                 c.answer);
+        QCOMPARE(seen.buttons, c.shownButtons);
+        QCOMPARE(seen.defaultButton, c.shownDefault);
+        QCOMPARE(seen.icon, c.shownIcon);
+        QCOMPARE(seen.openAfterEscape, c.buttons == PromptButtons::AbortRetryIgnore);
+        QCOMPARE(seen.title, QStringLiteral("Servers"));
+    }
 }
 
 void TestQtPrompter::UntitledBoxShowsPlainTextAndTheNormalPointer() {
@@ -161,35 +139,6 @@ void TestQtPrompter::UntitledBoxShowsPlainTextAndTheNormalPointer() {
     QCOMPARE(afterShape, Qt::WaitCursor);
 }
 
-void TestQtPrompter::SaveDialogOffersTheFiltersAndAnswersTheFile() {
-    QTemporaryDir dir;
-    const QString target = dir.filePath(QStringLiteral("extras.txt"));
-
-    QStringList filters;
-    QFileDialog::AcceptMode mode = QFileDialog::AcceptOpen;
-    WhenShown<QFileDialog>([&, target](QFileDialog& dialog) {
-        filters = dialog.nameFilters();
-        mode = dialog.acceptMode();
-        auto* name = Child<QLineEdit>(dialog, "fileNameEdit");
-        if (!name) return dialog.reject();
-        // Pasted rather than typed: typing would open the completer's list,
-        // which then takes the Enter.
-        name->setText(target);
-        QTest::keyClick(name, Qt::Key_Return);
-    });
-    QtPrompter prompter;
-    const QString chosen = prompter.AskSaveFileName(
-        QStringLiteral("Export"), QStringLiteral("Text Files(*.txt)|*.txt|All Files|*.*"));
-    QCOMPARE(chosen, target);
-    QCOMPARE(mode, QFileDialog::AcceptSave);
-    QCOMPARE(filters,
-             (QStringList{QStringLiteral("Text Files(*.txt)"), QStringLiteral("All Files (*.*)")}));
-
-    // Cancelling answers an empty name.
-    WhenShown<QFileDialog>([](QFileDialog& dialog) { dialog.reject(); });
-    QCOMPARE(prompter.AskSaveFileName(QStringLiteral("Export"), QString()), QString());
-}
-
 void TestQtPrompter::PasswordPromptHidesTheEntryAndAnswersIt() {
     QtPrompter prompter;
     QLineEdit::EchoMode echo = QLineEdit::Normal;
@@ -206,89 +155,72 @@ void TestQtPrompter::PasswordPromptHidesTheEntryAndAnswersIt() {
     QCOMPARE(prompter.AskPassword(QStringLiteral("Login"), QString()), std::nullopt);
 }
 
-void TestQtPrompter::ChoosesButtonsByFamily_data() {
-    QTest::addColumn<uint>("number");
-    QTest::addColumn<PromptButtons>("buttons");
-    QTest::addColumn<int>("answer");  // passed through as the prompter gives it
-    QTest::addColumn<QString>("text");
-    // Through the protocol's table: what repeating can cure offers Retry, a
-    // conflict (the same commit would be refused again) does not.
-    QTest::newRow("time-out") << ErrorNumber(pb::ERROR_TIMEOUT) << PromptButtons::RetryCancel
-                              << int(Answer::Retry) << QStringLiteral("Failed (81000001).");
-    QTest::newRow("version conflict")
-        << ErrorNumber(pb::ERROR_VERSION_CONFLICT) << PromptButtons::OK << int(Answer::Ignore)
-        << QStringLiteral("Failed (8101000E).");
-    // Seven digits that start like the transient family are still no prefix.
-    QTest::newRow("seven digits") << 0x08100001u << PromptButtons::OK << int(Answer::OK)
-                                  << QStringLiteral("Failed (8100001).");
-}
-
 void TestQtPrompter::ChoosesButtonsByFamily() {
-    QFETCH(uint, number);
-    QFETCH(int, answer);
-    ScriptedPrompter prompter;
-    prompter.Answer(answer);
-    QCOMPARE(ShowErrorMessage(number, QStringLiteral("Failed"), QStringLiteral("Some.Component")),
-             answer);
-    const Prompt& shown = prompter.LastPrompt();
-    QTEST(shown.buttons, "buttons");
-    QTEST(shown.text, "text");
-    QCOMPARE(shown.icon, PromptIcon::Critical);
-    // No session: the built-in product, never the component.
-    QCOMPARE(shown.title, kBuiltInTitle);
-    QCOMPARE(shown.defaultButton, 1);
+    // Through the protocol's table: what repeating can cure offers Retry, a
+    // conflict (the same commit would be refused again) does not. Seven
+    // digits that start like the transient family are still no prefix. The
+    // answer is passed through as the prompter gives it.
+    const struct {
+        uint number;
+        PromptButtons buttons;
+        int answer;
+        const char* text;
+    } cases[] = {{ErrorNumber(pb::ERROR_TIMEOUT), PromptButtons::RetryCancel, Answer::Retry,
+                  "Failed (81000001)."},
+                 {ErrorNumber(pb::ERROR_VERSION_CONFLICT), PromptButtons::OK, Answer::Ignore,
+                  "Failed (8101000E)."},
+                 {0x08100001u, PromptButtons::OK, Answer::OK, "Failed (8100001)."}};
+    for (const auto& c : cases) {
+        ScriptedPrompter prompter;
+        prompter.Answer(c.answer);
+        QCOMPARE(
+            ShowErrorMessage(c.number, QStringLiteral("Failed"), QStringLiteral("Some.Component")),
+            c.answer);
+        const Prompt& shown = prompter.LastPrompt();
+        QCOMPARE(shown.buttons, c.buttons);
+        QCOMPARE(shown.text, QLatin1String(c.text));
+        QCOMPARE(shown.icon, PromptIcon::Critical);
+        // No session: the built-in product, never the component.
+        QCOMPARE(shown.title, kBuiltInTitle);
+        QCOMPARE(shown.defaultButton, 1);
+    }
 }
 
-void TestQtPrompter::ShowsSessionErrorOverBusyWork() {
+void TestQtPrompter::ShowsSessionErrorUnderTheSessionsBrandOverBusyWork() {
     // The description comes from the protocol's error table, once; a detail
     // follows it.
     const SessionError conflict = SessionError::FromCode(pb::ERROR_VERSION_CONFLICT);
     QCOMPARE(
         conflict.Description().count(QStringLiteral("another administrator"), Qt::CaseInsensitive),
         1);
-    const SessionError denied =
-        SessionError::FromCode(pb::ERROR_ACCESS_DENIED, QStringLiteral("not logged in"));
-    QCOMPARE(denied.Description(), QStringLiteral("Access is denied: not logged in"));
+    QCOMPARE(SessionError::FromCode(pb::ERROR_ACCESS_DENIED, QStringLiteral("not logged in"))
+                 .Description(),
+             QStringLiteral("Access is denied: not logged in"));
 
-    ScriptedPrompter prompter;
-    prompter.Answer(Answer::OK);
-    // Nested busy sections, as a failing editor leaves them.
-    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    QCOMPARE(ShowErrorMessage(conflict), int(Answer::OK));
-    const ScriptedPrompter::Record& shown = prompter.Prompts().constFirst();
-    QVERIFY(!shown.busyPointer);
-    QVERIFY(!QGuiApplication::overrideCursor());
-    QCOMPARE(shown.prompt.text, conflict.Description() + QStringLiteral(" (8101000E)."));
-}
-
-void TestQtPrompter::TitleIsTheProductTitleOfTheSessionsBrand() {
     TestServer::Options options;
     options.brand = "quorel";
     TestServer server(options);
     ScriptedPrompter prompter;
+    prompter.Answer({Answer::OK, Answer::OK});
     {
         // A session that has not logged in yet knows no brand.
         SessionScope scope(std::make_unique<GrpcServerSession>(server.Channel()));
-        prompter.Answer(Answer::OK);
-        ShowErrorMessage(1u, QStringLiteral("Failed"), QStringLiteral("Some.Component"));
+        ShowErrorMessage(conflict);
         QCOMPARE(prompter.LastPrompt().title, kBuiltInTitle);
     }
     SessionScope scope(server.Login());
-    // An error the server raised: the box names the product, the error
-    // object keeps its source for whoever handles it.
-    SessionError refused(0, {}, {});
-    try {
-        TheSession()->StartServer(QStringLiteral("no-such-host"));
-        QFAIL("the call was expected to fail");
-    } catch (const SessionError& error) {
-        refused = error;
-    }
-    QCOMPARE(refused.Source(), QStringLiteral("Kelvar.Administrator"));
-    prompter.Answer(Answer::OK);
+    // An error the server raised names the product, not its source; over
+    // nested busy sections, as a failing editor leaves them.
+    const SessionError refused(conflict.Number(), conflict.Description(),
+                               QStringLiteral("Kelvar.Administrator"));
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     QCOMPARE(ShowErrorMessage(refused), int(Answer::OK));
-    QCOMPARE(prompter.LastPrompt().title, QStringLiteral("Quorel Administrator"));
-    QVERIFY(!prompter.LastPrompt().text.contains(refused.Source()));
+    const ScriptedPrompter::Record& shown = prompter.Prompts().constLast();
+    QVERIFY(!shown.busyPointer);
+    QVERIFY(!QGuiApplication::overrideCursor());
+    QCOMPARE(shown.prompt.title, QStringLiteral("Quorel Administrator"));
+    QCOMPARE(shown.prompt.text, conflict.Description() + QStringLiteral(" (8101000E)."));
 }
 
 QTEST_MAIN(TestQtPrompter)

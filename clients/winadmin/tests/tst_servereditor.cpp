@@ -1,13 +1,15 @@
-// The server editor, driven through the dialog's widgets against the demo
-// installation: its checks, the roles and what their removal takes along,
-// and what a refused or failed save leaves.
+// The server, printer and gateway user editors against the demo
+// installation: the server's checks and what a failed role removal leaves;
+// a Windows printer's fields; a gateway user keyed by its gateway too.
 
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QScopeGuard>
 #include <QTest>
 
-#include "common/FormParameters.h"
+#include "common/Labels.h"
+#include "editors/frmGatewayUser.h"
+#include "editors/frmPrinterDetails.h"
 #include "editors/frmServerDetails.h"
 #include "session/ServerSession.h"
 #include "session/SessionError.h"
@@ -33,6 +35,23 @@ void DeleteRoutesTo(veldrano::server::Store& store, const std::string& host) {
         if (route.user().host_name() == host) store.DeleteRoute(route.name(), route.version());
 }
 
+const QString kMaster = QStringLiteral("fxmaster");
+const QString kSmtp = QStringLiteral("smtp.example.com");
+const QString kX400 = QStringLiteral("x400.example.net");
+
+FormParameterList OpenRequest(const QString& printer, const QString& host = kMaster) {
+    return {{QStringLiteral("PrinterName"), printer}, {QStringLiteral("HostName"), host}};
+}
+
+// An empty address starts a new gateway user.
+FormParameterList GatewayRequest(const QString& address, const QString& gateway) {
+    return {{address.isEmpty() ? QStringLiteral("New") : QStringLiteral("GatewayUser"), address},
+            {QStringLiteral("GatewayAddress"), gateway}};
+}
+
+using PrinterEditor = ShownEditor<frmPrinterDetails>;
+using GatewayEditor = ShownEditor<frmGatewayUser>;
+
 bool Reachable() {
     try {
         TheSession()->GetServer(QStringLiteral("fxmaster"));
@@ -49,11 +68,13 @@ class TestServerEditor : public ExplorerSuite {
 
 private slots:
     void Lifecycle();
-    void NewServerSavedThenDeletedFromTheDialog();
-    void ChecksInOrderAndBounds();
-    void RoleRemovalAsksInOrderThenDeletesTheRolesObjects();
+    void RolesAndComment();
     void RoleRemovalFailingHalfwayWritesNothingAndAsksAgain();
     void RoleRemovalRetriedAfterTheServerCameBack();
+    void PrinterLifecycle();
+    void WindowsPrinterHasNoPaperSizeOrSplitPage();
+    void GatewayUserLifecycle();
+    void GatewayUserKeyedByItsGateway();
 };
 
 void TestServerEditor::Lifecycle() {
@@ -71,81 +92,20 @@ void TestServerEditor::Lifecycle() {
                    fx_->prompter);
 }
 
-void TestServerEditor::NewServerSavedThenDeletedFromTheDialog() {
-    ServerEditor editor(kNew);
-    editor.Type("edtHostName", QStringLiteral("fxnew"));
-    editor.Key("edtHostName", Qt::Key_Return);
-    editor.Type("edtComment", QStringLiteral("New print host"));
-    editor.Field<QCheckBox>("chkUserServer")->setChecked(false);
-    editor.Field<QCheckBox>("chkPrinterServer")->setChecked(true);
-    QVERIFY(EditorFrameProbe::Save(editor.dialog));
-    const auto stored = Store().GetServer("fxnew");
-    QVERIFY(stored.printer_server() && !stored.user_server());
-    // Deleted from the dialog after a question that names it, No the default.
-    fx_->prompter.Answer(Answer::Yes);
-    editor.Click("cmdDelete");
-    const Prompt& asked = fx_->prompter.LastPrompt();
-    QCOMPARE(asked.text, QStringLiteral("Do you really want to delete this object?\r'fxnew'"));
-    QCOMPARE(asked.defaultButton, 2);
-    QCOMPARE(editor.dialog.State(), EditorState::Empty);
-    QVERIFY(Store().GetServer("fxnew").is_new());
-    editor.Click("cmdOK");
-    QCOMPARE(editor.Answer(), QStringLiteral("-1"));
-}
-
-void TestServerEditor::ChecksInOrderAndBounds() {
+void TestServerEditor::RolesAndComment() {
     ServerEditor editor(Host("fxprint01"));
-    auto* user = editor.Field<QCheckBox>("chkUserServer");
     auto* printer = editor.Field<QCheckBox>("chkPrinterServer");
     printer->setChecked(false);
     editor.ExpectOK(fx_->prompter, QStringLiteral("Please choose at least one role: user "
                                                   "server, printer server or device server."));
-    // The comment comes first, and only a user server needs one.
+    // Only a user server needs a comment.
     editor.Type("edtComment", {});
-    editor.Type("edtDispatchCount", QStringLiteral("10001"));
-    user->setChecked(true);
-    editor.ExpectOK(fx_->prompter, EmptyMessage("Comment"));
-    user->setChecked(false);
     printer->setChecked(true);
-    editor.ExpectOK(fx_->prompter, RangeMessage("Dispatch Count", "1", "10000"));
-    editor.Type("edtDispatchCount", QStringLiteral("10000"));
     // What is shown only is never written: the stored online state stays.
     editor.Field("edtOnline")->setText(QStringLiteral("No"));
     editor.ExpectOK(fx_->prompter, {});
     const auto stored = Store().GetServer("fxprint01");
-    QVERIFY(stored.online());
-    QCOMPARE(stored.dispatch_count(), 10000);
-}
-
-void TestServerEditor::RoleRemovalAsksInOrderThenDeletesTheRolesObjects() {
-    const auto before = Store().GetServer("fxmaster");
-    const size_t users = Store().ListUsers("fxmaster").size();
-    ServerEditor editor(Host("fxmaster"));
-    editor.Field<QCheckBox>("chkUserServer")->setChecked(false);
-    editor.Field<QCheckBox>("chkPrinterServer")->setChecked(false);
-    // No to the second question: nothing is written.
-    fx_->prompter.Answer({Answer::Yes, Answer::No});
-    editor.Click("cmdOK");
-    const auto& prompts = fx_->prompter.Prompts();
-    QCOMPARE(prompts.size(), 2);
-    QVERIFY(prompts[0].prompt.text.contains(QLatin1String("no longer a user server")));
-    QVERIFY(prompts[1].prompt.text.contains(QLatin1String("no longer a printer server")));
-    QCOMPARE(prompts[1].prompt.defaultButton, 2);
-    QCOMPARE(Store().GetServer("fxmaster").version(), before.version());
-    // Yes to both while routes deliver to its users: the server refuses,
-    // naming the routes, and nothing goes.
-    fx_->prompter.Answer({Answer::Yes, Answer::Yes, Answer::OK});
-    editor.Click("cmdOK");
-    QVERIFY(fx_->prompter.LastPrompt().text.contains(QLatin1String("route 'night'")));
-    QVERIFY(fx_->prompter.LastPrompt().text.contains(QLatin1String("(81010011)")));
-    QCOMPARE(Store().ListUsers("fxmaster").size(), users);
-    // Once no route names them: the roles go with their objects.
-    DeleteRoutesTo(Store(), "fxmaster");
-    fx_->prompter.Answer({Answer::Yes, Answer::Yes});
-    editor.ExpectOK(fx_->prompter, {});
-    QVERIFY(Store().ListUsers("fxmaster").empty());
-    QVERIFY(Store().GetPrinter("fxmaster", "lj-acc").is_new());
-    QVERIFY(!Store().GetServer("fxmaster").printer_server());
+    QVERIFY(stored.online() && stored.comment().empty());
 }
 
 void TestServerEditor::RoleRemovalFailingHalfwayWritesNothingAndAsksAgain() {
@@ -198,6 +158,81 @@ void TestServerEditor::RoleRemovalRetriedAfterTheServerCameBack() {
     QCOMPARE(fx_->prompter.LastPrompt().buttons, PromptButtons::RetryCancel);
     QVERIFY(!editor.dialog.isVisible());
     QVERIFY(Store().ListUsers("fxmaster").empty());
+}
+
+void TestServerEditor::PrinterLifecycle() {
+    CheckLifecycle(
+        {.make = [] { return std::make_unique<frmPrinterDetails>(); },
+         .open = OpenRequest(QStringLiteral("lj-acc")),
+         .missing = OpenRequest(QStringLiteral("lj-acc"), QStringLiteral("fxprint01")),
+         .notExistText = GetLabel(QStringLiteral("PrinterNotExist")),
+         .missingServer = OpenRequest(QStringLiteral("lj-acc"), QStringLiteral("nowhere")),
+         .create = {{QStringLiteral("New"), QString()}, {QStringLiteral("HostName"), kMaster}},
+         .keyField = "edtPrinterName",
+         .takenKey = QStringLiteral("ps-board"),
+         .existsText = GetLabel(QStringLiteral("PrinterExist")),
+         .edit = TypeCounted("edtComment", QStringLiteral("Accounts laser ")),
+         .storedVersion = [this] { return Store().GetPrinter("fxmaster", "lj-acc").version(); }},
+        fx_->prompter);
+}
+
+void TestServerEditor::WindowsPrinterHasNoPaperSizeOrSplitPage() {
+    PrinterEditor editor(OpenRequest(QStringLiteral("ps-board")));
+    // An empty split page is not checked while the type has none.
+    editor.Type("edtSplitPage", QString());
+    editor.Set("cboPrinterType=" + GetLabel(QStringLiteral("PRN_WINDOWS")));
+    QVERIFY(!editor.Enabled("cboPaperSize") && !editor.Enabled("updSplitPage"));
+    // Any other type brings them back, with their check.
+    editor.Set("cboPrinterType=" + GetLabel(QStringLiteral("PRN_PS")));
+    editor.ExpectOK(fx_->prompter, EmptyMessage("Split Page"));
+    editor.Set("cboPrinterType=" + GetLabel(QStringLiteral("PRN_WINDOWS")));
+    editor.ExpectOK(fx_->prompter, {});
+    // A disabled field is not written: the stored split page stays.
+    const auto stored = Store().GetPrinter("fxmaster", "ps-board");
+    QCOMPARE(stored.type(), 11);
+    QCOMPARE(stored.split_page(), 20);
+}
+
+void TestServerEditor::GatewayUserLifecycle() {
+    const QString address = QStringLiteral("sales@example.com");
+    CheckLifecycle(
+        {.make = [] { return std::make_unique<frmGatewayUser>(); },
+         .open = GatewayRequest(address, kSmtp),
+         .missing = GatewayRequest(address, kX400),  // known to the other gateway only
+         .notExistText = GetLabel(QStringLiteral("GtwUsrNotExist")),
+         .missingServer = {},
+         .create = GatewayRequest({}, kSmtp),
+         .keyField = "edtMailAddress",
+         .takenKey = address,
+         .existsText = GetLabel(QStringLiteral("GtwUsrExist")),
+         .edit = TypeCounted("edtExtension", QStringLiteral("30")),
+         .storedVersion =
+             [this] {
+                 return Store().GetGatewayUser("smtp.example.com", "sales@example.com").version();
+             }},
+        fx_->prompter);
+}
+
+void TestServerEditor::GatewayUserKeyedByItsGateway() {
+    // The other gateway's address (its lifecycle's taken key) is free here.
+    const QString address = QStringLiteral("sales@example.com");
+    const auto stored = [&] {
+        return Store().GetGatewayUser(kX400.toStdString(), address.toStdString());
+    };
+    GatewayEditor editor(GatewayRequest({}, kX400));
+    editor.Type("edtMailAddress", address);
+    editor.Key("edtMailAddress", Qt::Key_Return);
+    editor.Type("edtExtension", QStringLiteral("4711"));
+    QVERIFY(EditorFrameProbe::Save(editor.dialog));
+    QCOMPARE(stored().extension(), std::string("4711"));
+    // Deleted from the dialog: the other gateway's users, that address's
+    // among them, are never touched.
+    fx_->prompter.Answer(Answer::Yes);
+    editor.Click("cmdDelete");
+    QCOMPARE(fx_->prompter.LastPrompt().defaultButton, 2);
+    QCOMPARE(editor.dialog.State(), EditorState::Empty);
+    QVERIFY(stored().is_new());
+    QVERIFY(!Store().GetGatewayUser(kSmtp.toStdString(), address.toStdString()).is_new());
 }
 
 QTEST_MAIN(TestServerEditor)

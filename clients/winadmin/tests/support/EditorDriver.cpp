@@ -92,11 +92,6 @@ QString EmptyMessage(const char* field) {
     return QStringLiteral("The field '%1' cannot be empty.").arg(QLatin1String(field));
 }
 
-QString RangeMessage(const char* field, const char* from, const char* to) {
-    return QStringLiteral("The valid range for '%1' is from %2 to %3.")
-        .arg(QLatin1String(field), QLatin1String(from), QLatin1String(to));
-}
-
 void EditorDriver::Show(const FormParameterList& request) {
     SetFormParameters(request);
     ShowActive(window_);

@@ -58,9 +58,8 @@ private:
 // (or Cancel when cancel is set); a dialog a mismatch keeps open is closed.
 void WhenAskedForPassword(const QString& entry, const QString& confirmation, bool cancel = false);
 
-// The messages of a refused field, as the English labels make them.
+// The message of an empty mandatory field, as the English labels make it.
 QString EmptyMessage(const char* field);
-QString RangeMessage(const char* field, const char* from, const char* to);
 
 template <class Dialog>
 struct DialogHolder {

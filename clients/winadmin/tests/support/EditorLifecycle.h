@@ -52,11 +52,4 @@ std::function<void(EditorDriver&)> TypeCounted(const char* field, const QString&
 // with its message.
 void CheckLifecycle(const LifecycleSubject& subject, ScriptedPrompter& prompter);
 
-// The single checks, for a test that wants one of them on its own.
-void CheckNotExistClosesWithZero(const LifecycleSubject& subject, ScriptedPrompter& prompter);
-void CheckLoadingIsNoEdit(const LifecycleSubject& subject, ScriptedPrompter& prompter);
-void CheckSaveChangesAnswers(const LifecycleSubject& subject, ScriptedPrompter& prompter);
-void CheckSaveThenNoAnswersSaved(const LifecycleSubject& subject, ScriptedPrompter& prompter);
-void CheckNewKey(const LifecycleSubject& subject, ScriptedPrompter& prompter);
-
 }  // namespace winadmin

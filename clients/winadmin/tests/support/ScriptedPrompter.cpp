@@ -48,13 +48,9 @@ std::optional<QString> ScriptedPrompter::AskPassword(const QString& title, const
 }
 
 QString ScriptedPrompter::AskSaveFileName(const QString& title, const QString& /*filter*/) {
-    fileDialogTitles_.append(title);
-    if (fileNames_.isEmpty()) {
-        const QByteArray message = "unexpected save dialog \"" + title.toUtf8() + "\"";
-        QTest::qFail(message.constData(), __FILE__, __LINE__);
-        return {};
-    }
-    return fileNames_.dequeue();
+    const QByteArray message = "unexpected save dialog \"" + title.toUtf8() + "\"";
+    QTest::qFail(message.constData(), __FILE__, __LINE__);
+    return {};
 }
 
 }  // namespace winadmin

@@ -30,22 +30,18 @@ public:
     // Answers for the coming prompts, in order.
     void Answer(int answer) { answers_.enqueue(answer); }
     void Answer(std::initializer_list<int> answers);
-    // File names for the coming save dialogs; "" answers a cancelled dialog.
-    void AnswerFileName(const QString& fileName) { fileNames_.enqueue(fileName); }
     // Passwords for the coming password prompts; nothing answers a cancel.
     void AnswerPassword(std::optional<QString> password) { passwords_.enqueue(password); }
 
     const QList<Record>& Prompts() const { return prompts_; }
     const Prompt& LastPrompt() const;
     int BeepCount() const { return beeps_; }
-    const QStringList& FileDialogTitles() const { return fileDialogTitles_; }
     // Scripted answers that no prompt has used yet.
-    int UnusedAnswers() const {
-        return int(answers_.size() + fileNames_.size() + passwords_.size());
-    }
+    int UnusedAnswers() const { return int(answers_.size() + passwords_.size()); }
 
     int Show(const Prompt& prompt) override;
     void Beep() override { ++beeps_; }
+    // No suite scripts a save dialog: one that opens fails the test.
     QString AskSaveFileName(const QString& title, const QString& filter) override;
     std::optional<QString> AskPassword(const QString& title, const QString& text) override;
 
@@ -56,10 +52,8 @@ public:
 private:
     Prompter* previous_;
     QQueue<int> answers_;
-    QQueue<QString> fileNames_;
     QQueue<std::optional<QString>> passwords_;
     QList<Record> prompts_;
-    QStringList fileDialogTitles_;
     int beeps_ = 0;
 };
 

@@ -93,17 +93,4 @@ void TestServer::RunSqlBehindTheServer(const char* sql) {
     if (!error.empty()) throw std::runtime_error("store SQL failed: " + error);
 }
 
-void TestServer::AddUsers(const QString& host, int count, const QString& prefix) {
-    veldrano::server::Store& store = GetStore();
-    const std::string hostName = host.toStdString();
-    store.Bulk([&] {
-        for (int i = 0; i < count; ++i) {
-            veldrano::admin::v1::User user =
-                store.GetUser(hostName, (prefix + QString::number(i)).toStdString());
-            user.set_comment("user " + std::to_string(i));
-            store.CommitUser(user);
-        }
-    });
-}
-
 }  // namespace winadmin

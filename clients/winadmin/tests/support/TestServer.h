@@ -55,10 +55,8 @@ public:
     // service, with the given administrator password.
     void Restart(const QString& password = Password);
 
-    // Fills the store directly (no protocol calls): a user server and users
-    // with the server's defaults and the given comment.
+    // Adds a server with every role straight to the store (no protocol call).
     void AddUserServer(const QString& name);
-    void AddUsers(const QString& host, int count, const QString& prefix = QStringLiteral("u"));
     // Runs SQL on the store file through a connection of its own, bypassing
     // every check of the server: for states that only a store written by an
     // older release can hold.
