@@ -107,7 +107,7 @@ void TestListFill::CaptionsAndCodeTextsFollowTheLanguageOfTheMoment() {
     QCOMPARE(stop->text(), QStringLiteral("S&toppen"));
 }
 
-// The texts of whole rows are below and in tst_explorer's viewers.
+// The texts of whole rows are below and in tst_monitors.
 void TestListFill::CodeTablesFallBackToUnknown() {
     QCOMPARE(PrinterTypeText(-1), L("<Unknown>"));
     QCOMPARE(OriginatorText(20), L("<Unknown>"));
